@@ -1,0 +1,21 @@
+// Operating-system facts the program needs outside the drivers: its own folder
+// and a writable folder for its state.
+#pragma once
+
+#include <string>
+
+// The folder of the running executable, with a trailing separator.
+std::string Host_GetProgramDir();
+
+// The folder for the tracking store and the processing log: the program's own
+// folder when it is writable (a portable install), otherwise the user's state
+// folder ($XDG_STATE_HOME/pellucida, by default ~/.local/state/pellucida;
+// %LOCALAPPDATA%\Pellucida on Windows), created on first use. With a trailing
+// separator. PELLUCIDA_STATE_DIR overrides both (tests, batch runs).
+std::string Host_GetDataDir();
+
+// The path separator of the platform.
+char Host_PathSeparator();
+
+// Asks the desktop to open a web link; a failure is not reported.
+void HostOs_ShowURL(const char* url);

@@ -1,0 +1,146 @@
+// Worker threads, the background task and the process-wide critical section.
+//
+// Workers are detached at once; only the worker count says they still run.
+// Host_WaitWorkers wakes as soon as the last worker ends (a condition variable)
+// rather than sleeping a fixed 50 ms per parallel pass, which would add visible
+// latency to every preview; it still looks at least every 50 ms.
+#include "host/Host_Threads.h"
+
+#include "host/Host.h"
+#include "host/Host_Backend.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+namespace {
+
+// Recursive, as a critical section is: a thread that holds it may enter again.
+std::recursive_mutex& CriticalSection() {
+    static std::recursive_mutex section;
+    return section;
+}
+
+std::condition_variable_any& WorkersDone() {
+    static std::condition_variable_any done;
+    return done;
+}
+
+// Counters live in the host state; before Host_Init (tests, the command line)
+// a process-wide fallback record serves, so the thread operations work alone.
+HostState& ThreadState() {
+    if (HostState* state = Host_GetState()) return *state;
+    static HostState fallback;
+    return fallback;
+}
+
+struct WorkerStart {
+    void* argument;
+    HostThreadFn function;
+};
+
+[[noreturn]] void ThreadCreationFailed() {
+    std::fputs("Could not create thread\n", stdout);
+    std::fflush(stdout);
+    std::exit(0);
+}
+
+void WorkerMain(WorkerStart* start) {
+    start->function(start->argument);
+    {
+        std::lock_guard lock(CriticalSection());
+        HostState& state = ThreadState();
+        --state.workerCount;
+        delete start;
+        if (state.workerCount == 0) WorkersDone().notify_all();
+    }
+}
+
+void BackgroundMain(HostThreadFn function, void* context) {
+    function(context);
+    std::lock_guard lock(CriticalSection());
+    HostState& state = ThreadState();
+    state.backgroundTask = nullptr;
+    state.backgroundFinished = 1;
+    state.backgroundRunning = 0;
+}
+
+}  // namespace
+
+void Host_Lock() { CriticalSection().lock(); }
+void Host_Unlock() { CriticalSection().unlock(); }
+
+void Host_StartWorker(HostThreadFn function, void* argument) {
+    auto* start = new WorkerStart{argument, function};
+    // Counted before the thread exists, so a worker that ends at once can never
+    // take the count below zero.
+    {
+        std::lock_guard lock(CriticalSection());
+        ++ThreadState().workerCount;
+    }
+    try {
+        std::thread(WorkerMain, start).detach();
+    } catch (const std::system_error&) {
+        ThreadCreationFailed();
+    }
+}
+
+uint32_t Host_GetWorkerCount() {
+    std::lock_guard lock(CriticalSection());
+    return ThreadState().workerCount;
+}
+
+void Host_WaitWorkers() {
+    std::unique_lock lock(CriticalSection());
+    while (ThreadState().workerCount != 0) WorkersDone().wait_for(lock, std::chrono::milliseconds(50));
+}
+
+void Host_StartBackgroundTask(HostThreadFn function, void* context) {
+    {
+        std::lock_guard lock(CriticalSection());
+        HostState& state = ThreadState();
+        if (state.backgroundTask != nullptr || state.backgroundRunning) return;
+        state.backgroundTask = function;
+    }
+    try {
+        std::thread(BackgroundMain, function, context).detach();
+    } catch (const std::system_error&) {
+        ThreadCreationFailed();
+    }
+    // Set only once the thread exists: a task that already ended leaves the
+    // flag set, and callers must not expect it to fall for so short a task.
+    std::lock_guard lock(CriticalSection());
+    ThreadState().backgroundRunning = 1;
+}
+
+uint8_t Host_IsBackgroundRunning() {
+    std::lock_guard lock(CriticalSection());
+    return ThreadState().backgroundRunning;
+}
+
+uint8_t Host_TakeBackgroundFinished() {
+    std::lock_guard lock(CriticalSection());
+    uint8_t finished = ThreadState().backgroundFinished;
+    ThreadState().backgroundFinished = 0;
+    return finished;
+}
+
+void Host_SetBackgroundFinished() {
+    std::lock_guard lock(CriticalSection());
+    ThreadState().backgroundFinished = 1;
+}
+
+uint32_t Host_GetProcessorCount() {
+    if (const char* env = std::getenv("PELLUCIDA_WORKERS"); env && *env) {
+        int n = std::atoi(env);
+        if (n >= 1) return static_cast<uint32_t>(n);
+    }
+    unsigned n = std::thread::hardware_concurrency();
+    return n == 0 ? 1 : n;
+}
+
+void Host_ShowMessage(const char* text) { HostBackend_ShowMessage(kHostMessageCaption, text); }

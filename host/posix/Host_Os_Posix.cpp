@@ -1,0 +1,77 @@
+// Operating-system facts on POSIX systems: the executable's folder from
+// /proc/self/exe, the XDG state folder, and opening links with xdg-open.
+#include "host/Host_Os.h"
+
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+extern char** environ;
+
+namespace {
+
+std::string WithSeparator(std::string dir) {
+    if (dir.empty() || dir.back() != '/') dir += '/';
+    return dir;
+}
+
+bool IsWritableDir(const std::string& dir) { return access(dir.c_str(), W_OK | X_OK) == 0; }
+
+}  // namespace
+
+std::string Host_GetProgramDir() {
+    char buffer[PATH_MAX + 1];
+    ssize_t n = readlink("/proc/self/exe", buffer, PATH_MAX);
+    if (n <= 0) return "./";
+    buffer[n] = 0;
+    std::string path(buffer);
+    size_t slash = path.rfind('/');
+    return slash == std::string::npos ? std::string("./") : path.substr(0, slash + 1);
+}
+
+std::string Host_GetDataDir() {
+    if (const char* env = std::getenv("PELLUCIDA_STATE_DIR"); env && *env) {
+        std::error_code ec;
+        std::filesystem::create_directories(env, ec);
+        return WithSeparator(env);
+    }
+    std::string program = Host_GetProgramDir();
+    if (IsWritableDir(program)) return program;
+
+    std::string base;
+    if (const char* xdg = std::getenv("XDG_STATE_HOME"); xdg && *xdg) {
+        base = xdg;
+    } else if (const char* home = std::getenv("HOME"); home && *home) {
+        base = std::string(home) + "/.local/state";
+    } else {
+        return program;  // nowhere better; writes will fail and say so
+    }
+    std::string dir = WithSeparator(base) + "pellucida";
+    std::error_code ec;
+    std::filesystem::create_directories(dir, ec);
+    return WithSeparator(dir);
+}
+
+char Host_PathSeparator() { return '/'; }
+
+void HostOs_ShowURL(const char* url) {
+    if (!url || !*url) return;
+    // The shell puts xdg-open in the background and ends at once, so the browser
+    // is never our child and nothing is left to reap. A failure is not reported.
+    pid_t pid;
+    char* argv[] = {const_cast<char*>("sh"), const_cast<char*>("-c"),
+                    const_cast<char*>("xdg-open \"$1\" >/dev/null 2>&1 &"), const_cast<char*>("sh"),
+                    const_cast<char*>(url), nullptr};
+    if (posix_spawn(&pid, "/bin/sh", nullptr, nullptr, argv, environ) == 0) {
+        int status;
+        while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+        }
+    }
+}
