@@ -1,0 +1,84 @@
+// What the tracking store's files share: the slot file layout, the Y, B - Y,
+// R - Y transform of compose mode, and the safe replacement of a slot file.
+// Not part of the store's public face (image/Tracking.h).
+#pragma once
+
+#include "image/Image.h"
+
+#include <lz4.h>
+
+#include <bit>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+// Planes go to and from the file as they lie in memory.
+static_assert(std::endian::native == std::endian::little,
+              "slot files hold little-endian samples, written straight from the planes");
+
+constexpr uint32_t kTrackingHeaderBytes = 16;        // link, stride, height, bitDepth
+constexpr uint32_t kTrackingBlockBytes = 8388608;    // 8 MiB of plane per block
+constexpr int kTrackingCompressBound = LZ4_COMPRESSBOUND(kTrackingBlockBytes);
+static_assert(kTrackingCompressBound == 8421520);
+constexpr uint32_t kTrackingReadBufferBytes = 16777216;  // largest block length a reader takes
+
+// How a plane of `samples` 8-byte samples is cut into blocks. Blocks are
+// numbered through the file: block i belongs to plane i / blocksPerPlane.
+struct TrackingLayout {
+    uint64_t planeBytes = 0;
+    uint32_t blocksPerPlane = 0;
+    uint32_t blockCount = 0;  // all three planes
+
+    uint32_t Plane(uint32_t block) const { return block / blocksPerPlane; }
+    uint64_t Offset(uint32_t block) const {
+        return uint64_t{block % blocksPerPlane} * kTrackingBlockBytes;
+    }
+    uint32_t Size(uint32_t block) const {
+        const uint64_t left = planeBytes - Offset(block);
+        return left < kTrackingBlockBytes ? static_cast<uint32_t>(left) : kTrackingBlockBytes;
+    }
+};
+
+inline TrackingLayout Tracking_Layout(uint64_t samples) {
+    TrackingLayout layout;
+    layout.planeBytes = samples * 8;
+    layout.blocksPerPlane =
+        static_cast<uint32_t>((layout.planeBytes + kTrackingBlockBytes - 1) / kTrackingBlockBytes);
+    layout.blockCount = layout.blocksPerPlane * 3;
+    return layout;
+}
+
+inline void Tracking_PutWord(uint8_t* p, uint32_t value) {
+    p[0] = static_cast<uint8_t>(value);
+    p[1] = static_cast<uint8_t>(value >> 8);
+    p[2] = static_cast<uint8_t>(value >> 16);
+    p[3] = static_cast<uint8_t>(value >> 24);
+}
+
+inline uint32_t Tracking_GetWord(const uint8_t* p) {
+    return uint32_t{p[0]} | uint32_t{p[1]} << 8 | uint32_t{p[2]} << 16 | uint32_t{p[3]} << 24;
+}
+
+struct TrackingFileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using TrackingFile = std::unique_ptr<std::FILE, TrackingFileCloser>;
+
+// Compose mode, in place over the red, green and blue planes, split over the
+// host's workers. Forward: Y, B - Y, R - Y with Y = 0.299 R + 0.587 G +
+// 0.114 B truncated towards zero. Back: R and B restored exactly, G from Y,
+// every sample clamped to 0..maxValue.
+void Tracking_ComposeForward(ImageBuffer* image);
+void Tracking_ComposeBack(ImageBuffer* image);
+
+// Where a slot's new contents are written before they replace the slot.
+std::string Tracking_PendingPath(const std::string& slotPath);
+
+// Puts the finished pending file in the slot's place; false when it cannot
+// (the pending file is removed then, the slot left as it was).
+bool Tracking_CommitPending(const std::string& pendingPath, const std::string& slotPath);
+
+// Tells the user that slot `slotPath` could not be created or, when it
+// exists, modified.
+void Tracking_ShowWriteRefused(const std::string& slotPath);

@@ -1,0 +1,85 @@
+// Slot names, link records and the safe replacement of a slot file.
+//
+// A slot's new contents go to a pending file beside it that is renamed over
+// the slot only once it is complete, so the state a slot held survives any
+// failed write (full disk, no permission, a crash half way).
+#include "image/Tracking.h"
+#include "image/Tracking_Internal.h"
+
+#include "host/Host_Os.h"
+#include "host/Host_Threads.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+namespace {
+
+constexpr const char* kCouldNotCreateText =
+    "Could not create Tracking data. Please make sure Pellucida has read/write permission for the folder "
+    "you are running the application from.";
+constexpr const char* kCouldNotModifyText =
+    "Could not modify Tracking data. Please make sure Pellucida has read/write permission for the folder "
+    "you are running the application from.";
+
+constexpr const char* kPendingSuffix = ".new";
+
+}  // namespace
+
+std::string Tracking_SlotPath(int a, int b) {
+    std::string name = "QVXX.trk";
+    name[2] = static_cast<char>('0' + a);
+    name[3] = static_cast<char>('0' + b);
+    return Host_GetDataDir() + name;
+}
+
+std::string Tracking_PendingPath(const std::string& slotPath) { return slotPath + kPendingSuffix; }
+
+bool Tracking_CommitPending(const std::string& pendingPath, const std::string& slotPath) {
+    std::error_code ec;
+    std::filesystem::rename(pendingPath, slotPath, ec);
+    if (!ec) return true;
+    std::filesystem::remove(pendingPath, ec);
+    return false;
+}
+
+void Tracking_ShowWriteRefused(const std::string& slotPath) {
+    std::error_code ec;
+    const bool exists = std::filesystem::exists(slotPath, ec);
+    Host_ShowMessage(exists ? kCouldNotModifyText : kCouldNotCreateText);
+}
+
+uint32_t Tracking_ReadLink(int a, int b) {
+    TrackingFile file(std::fopen(Tracking_SlotPath(a, b).c_str(), "rb"));
+    if (!file) return 0;
+    uint8_t word[4];
+    if (std::fread(word, 1, sizeof word, file.get()) != sizeof word) return 0;
+    return Tracking_GetWord(word);
+}
+
+bool Tracking_WriteLink(int a, int b, uint32_t target) {
+    if (target == 0) return false;
+    const std::string path = Tracking_SlotPath(a, b);
+    const std::string pending = Tracking_PendingPath(path);
+    TrackingFile file(std::fopen(pending.c_str(), "wb"));
+    if (!file) {
+        Tracking_ShowWriteRefused(path);
+        return false;
+    }
+    uint8_t word[4];
+    Tracking_PutWord(word, target);
+    const bool written = std::fwrite(word, 1, sizeof word, file.get()) == sizeof word;
+    const bool closed = std::fclose(file.release()) == 0;
+    if (!written || !closed) {
+        std::error_code ec;
+        std::filesystem::remove(pending, ec);
+        Tracking_ShowWriteRefused(path);
+        return false;
+    }
+    if (!Tracking_CommitPending(pending, path)) {
+        Tracking_ShowWriteRefused(path);
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,153 @@
+// Writing a full slot record: the header, then every plane as a run of LZ4
+// blocks, each a 4-byte compressed length and the block's compressed bytes.
+//
+// Blocks are compressed by all of the host's workers at once and written in
+// file order: worker k compresses blocks k, k + n, ... into a buffer of its
+// own (allocated once per write) and appends each when its turn comes, so the
+// file is byte for byte what a single loop would write while the disk writes
+// overlap the compression of the next blocks.
+#include "image/Tracking.h"
+#include "image/Tracking_Internal.h"
+
+#include "host/Host_Threads.h"
+
+#include <lz4.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <string>
+#include <system_error>
+
+namespace {
+
+constexpr const char* kSwapErrorText =
+    "Error while swapping tracking information to disk. Tracking information has likely been corrupted. Use "
+    "the Undo button to recover previous tracking information. Free disk space on the drive you are running "
+    "Pellucida from and try again.";
+
+// Planes below this size are compressed on the calling thread.
+constexpr uint64_t kParallelPlaneBytes = uint64_t{1} << 20;
+
+struct BlockWriter {
+    const int64_t* planes[3] = {};
+    TrackingLayout layout;
+    std::FILE* file = nullptr;
+
+    std::mutex mutex;
+    std::condition_variable turn;
+    uint32_t nextBlock = 0;                     // the block whose turn it is to be written
+    uint64_t fileBytes = kTrackingHeaderBytes;  // what the file holds once all are written
+    std::atomic<bool> failed{false};
+};
+
+struct CompressWorker {
+    BlockWriter* writer = nullptr;
+    uint32_t workerIndex = 0;
+    uint32_t workerCount = 1;
+};
+
+bool AppendBlock(std::FILE* file, const char* data, int length) {
+    uint8_t word[4];
+    Tracking_PutWord(word, static_cast<uint32_t>(length));
+    return std::fwrite(word, 1, sizeof word, file) == sizeof word &&
+           std::fwrite(data, 1, static_cast<size_t>(length), file) == static_cast<size_t>(length);
+}
+
+void CompressBlocks(CompressWorker* worker) {
+    BlockWriter& writer = *worker->writer;
+    const TrackingLayout& layout = writer.layout;
+    std::unique_ptr<char[]> buffer;
+    for (uint32_t block = worker->workerIndex; block < layout.blockCount; block += worker->workerCount) {
+        int length = 0;
+        if (!writer.failed.load(std::memory_order_relaxed)) {
+            if (!buffer) buffer.reset(new (std::nothrow) char[kTrackingCompressBound]);
+            if (buffer) {
+                const char* source =
+                    reinterpret_cast<const char*>(writer.planes[layout.Plane(block)]) + layout.Offset(block);
+                length = LZ4_compress_default(source, buffer.get(), static_cast<int>(layout.Size(block)),
+                                              kTrackingCompressBound);
+            }
+        }
+        // Every worker takes every one of its turns, failed or not, so that
+        // none waits for a block that will never come.
+        std::unique_lock lock(writer.mutex);
+        writer.turn.wait(lock, [&] { return writer.nextBlock == block; });
+        if (!writer.failed.load(std::memory_order_relaxed)) {
+            if (length > 0 && AppendBlock(writer.file, buffer.get(), length)) {
+                writer.fileBytes += 4 + static_cast<uint64_t>(length);
+            } else {
+                writer.failed.store(true, std::memory_order_relaxed);
+            }
+        }
+        ++writer.nextBlock;
+        writer.turn.notify_all();
+    }
+}
+
+// Appends the three planes; the size the file must have, or 0 on failure.
+uint64_t WritePlanes(std::FILE* file, const ImageBuffer* image) {
+    BlockWriter writer;
+    writer.planes[0] = image->red;
+    writer.planes[1] = image->green;
+    writer.planes[2] = image->blue;
+    writer.layout = Tracking_Layout(static_cast<uint64_t>(image->stride) * static_cast<uint64_t>(image->height));
+    writer.file = file;
+    CompressWorker worker;
+    worker.writer = &writer;
+    if (writer.layout.planeBytes < kParallelPlaneBytes) {
+        CompressBlocks(&worker);
+    } else {
+        Host_RunWorkers(worker, &CompressBlocks);
+    }
+    return writer.failed.load() ? 0 : writer.fileBytes;
+}
+
+bool WriteHeader(std::FILE* file, const ImageBuffer* image) {
+    uint8_t header[kTrackingHeaderBytes];
+    Tracking_PutWord(header + 0, 0);
+    Tracking_PutWord(header + 4, static_cast<uint32_t>(image->stride));
+    Tracking_PutWord(header + 8, static_cast<uint32_t>(image->height));
+    Tracking_PutWord(header + 12, image->bitDepth);
+    return std::fwrite(header, 1, sizeof header, file) == sizeof header;
+}
+
+}  // namespace
+
+bool Tracking_WriteSlot(int a, int b, ImageBuffer* image, bool compose) {
+    if (!image || !image->red || !image->green || !image->blue || image->stride <= 0 || image->height <= 0) {
+        return false;
+    }
+    const std::string path = Tracking_SlotPath(a, b);
+    const std::string pending = Tracking_PendingPath(path);
+    TrackingFile file(std::fopen(pending.c_str(), "wb"));
+    if (!file) {
+        Tracking_ShowWriteRefused(path);
+        return false;
+    }
+
+    bool ok = WriteHeader(file.get(), image);
+    if (compose) Tracking_ComposeForward(image);
+    const uint64_t expected = ok ? WritePlanes(file.get(), image) : 0;
+    if (compose) Tracking_ComposeBack(image);
+
+    // The size check catches what a buffered write can hide (a full disk).
+    ok = expected != 0 && std::fflush(file.get()) == 0;
+    std::error_code ec;
+    ok = ok && std::filesystem::file_size(pending, ec) == expected && !ec;
+    ok = (std::fclose(file.release()) == 0) && ok;
+    if (!ok) {
+        std::filesystem::remove(pending, ec);
+        Host_ShowMessage(kSwapErrorText);
+        return false;
+    }
+    if (!Tracking_CommitPending(pending, path)) {
+        Tracking_ShowWriteRefused(path);
+        return false;
+    }
+    return true;
+}
