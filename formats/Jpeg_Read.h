@@ -1,0 +1,16 @@
+// Reader for baseline JPEG files through stb's decoder. Progressive and other
+// non-baseline files are refused before decoding. Returns null on any failure
+// and reports nothing.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+struct ImageBuffer;
+
+ImageBuffer* Jpeg_Read(const char* path);
+ImageBuffer* Jpeg_ReadMemory(const uint8_t* data, size_t size);
+
+// True when the marker segments before the first scan are those of a baseline
+// file: SOF0, DHT, DQT, DRI, COM and APPn only.
+bool Jpeg_IsBaseline(const uint8_t* data, size_t size);
