@@ -115,6 +115,8 @@ void Host_DriverRemoveDependency(HostDriver* driver, HostDriver* other);
 // one after the iterator; null at the end.
 HostDriver* Host_DriverGetDependency(HostDriver* driver, HostDriver* iterator);
 HostDriver* Host_FindDriver(const char* name);
+// Copies a driver or method name with the registry's bound of 32 characters.
+void Host_CopyName(char (&to)[kHostNameBound], const char* from);
 
 // Calls method `method` of the driver named `pattern` ("*" for every driver).
 // Results come back through the caller-owned argument block.
@@ -152,6 +154,8 @@ std::vector<std::string> Host_ListBackends();
 // Creates the main window (once, before Host_Init). Ends the process, as the
 // platform rules say, when the window cannot be created.
 void Host_CreateMainWindow();
+// Closes the main window after Host_Shutdown.
+void Host_DestroyMainWindow();
 
 // Creates the host state, registers and resumes the drivers, installs the
 // handler and queues start, then resized. Returns false when no host could be made.

@@ -100,21 +100,22 @@ void Host_WaitWorkers() {
 }
 
 void Host_StartBackgroundTask(HostThreadFn function, void* context) {
+    // The running flag is raised before the thread exists, not after: a task
+    // that ended before the starter got round to it would otherwise leave the
+    // flag set for good, no later task could start, and everyone who waits for
+    // the flag to fall (leaving a module does) would wait forever.
     {
         std::lock_guard lock(CriticalSection());
         HostState& state = ThreadState();
         if (state.backgroundTask != nullptr || state.backgroundRunning) return;
         state.backgroundTask = function;
+        state.backgroundRunning = 1;
     }
     try {
         std::thread(BackgroundMain, function, context).detach();
     } catch (const std::system_error&) {
         ThreadCreationFailed();
     }
-    // Set only once the thread exists: a task that already ended leaves the
-    // flag set, and callers must not expect it to fall for so short a task.
-    std::lock_guard lock(CriticalSection());
-    ThreadState().backgroundRunning = 1;
 }
 
 uint8_t Host_IsBackgroundRunning() {

@@ -1,0 +1,18 @@
+// Registration of the host's own drivers. Host_Init calls HostDrivers_RegisterAll;
+// each driver's file registers its methods under the program's method names.
+#pragma once
+
+#include "host/Host.h"
+
+void HostDrivers_Add(HostDriver* driver, const char* name, HostMethodFn function);
+
+HostDriver* HostDrivers_RegisterVideo();
+HostDriver* HostDrivers_RegisterEvent();
+HostDriver* HostDrivers_RegisterKeyboard();
+HostDriver* HostDrivers_RegisterPointer();
+HostDriver* HostDrivers_RegisterFileDialog();
+HostDriver* HostDrivers_RegisterOs();
+
+// Creates "video", "event", "keyboard", "pointer", "filedialog" and "os" in that
+// order with their dependencies, proposes an empty file name and resumes them.
+void HostDrivers_RegisterAll();

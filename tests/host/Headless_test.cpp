@@ -1,0 +1,93 @@
+// The headless backend's scripts and screen dumps, and the program end to end
+// on them.
+#include "host/headless/Headless_Script.h"
+#include "tests/host/HostFixture.h"
+
+#include <lodepng.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+TEST(HeadlessScript, ParsesEveryCommand) {
+    HeadlessScript script;
+    std::string error;
+    ASSERT_TRUE(HeadlessScript_Parse(
+        "# comment\n\ntick 3\nchar A\nchar code 233\nkey escape\nmove 1 2\npress 3 4\nrelease 5 6\n"
+        "click 7 8\nresize 640 400\npaint\nwait 2\nscreenshot out dir/a b.png  \ndialog cancel\n"
+        "dialog /x/y.fits\nclose\n",
+        &script, &error))
+        << error;
+    ASSERT_EQ(script.commands.size(), 15u);
+    EXPECT_EQ(script.commands[0].kind, HeadlessCommand::kTick);
+    EXPECT_EQ(script.commands[0].a, 3u);
+    EXPECT_EQ(script.commands[1].a, uint32_t('A'));
+    EXPECT_EQ(script.commands[2].a, 233u);
+    EXPECT_EQ(script.commands[3].a, 27u);
+    EXPECT_EQ(script.commands[8].a, 640u);
+    EXPECT_EQ(script.commands[11].text, "out dir/a b.png");
+    EXPECT_TRUE(script.commands[12].cancel);
+    EXPECT_EQ(script.commands[13].text, "/x/y.fits");
+}
+
+TEST(HeadlessScript, RefusesWhatItDoesNotUnderstand) {
+    HeadlessScript script;
+    std::string error;
+    for (const char* bad : {"jump 1", "move 1", "move 1 -2", "tick 0", "char AB", "key f1", "close now",
+                            "screenshot", "resize 99999999999 1"}) {
+        EXPECT_FALSE(HeadlessScript_Parse(std::string("tick\n") + bad + "\n", &script, &error)) << bad;
+        EXPECT_NE(error.find("line 2"), std::string::npos) << error;
+    }
+}
+
+class HeadlessRun : public HostTest {};
+
+TEST_F(HeadlessRun, ScreenDumpIsThePresentedFramebuffer) {
+    Settle();
+    uint32_t* pixels = nullptr;
+    Host_Call("video", "Video_GetFramebuffer", &pixels);
+    const uint32_t ppr = VideoValue("Video_GetPixelsPerRow");
+    for (uint32_t y = 0; y < 480; ++y)
+        for (uint32_t x = 0; x < 800; ++x) pixels[y * ppr + x] = (x & 0xFF) << 16 | (y & 0xFF) << 8 | 0x5A;
+    Host_Call("video", "Video_Blit", nullptr);
+
+    auto path = std::filesystem::temp_directory_path() / "pellucida_headless_dump.png";
+    ASSERT_TRUE(Headless_SaveScreen(path.c_str()));
+    std::vector<unsigned char> rgb;
+    unsigned w = 0, h = 0;
+    ASSERT_EQ(lodepng::decode(rgb, w, h, path.string(), LCT_RGB, 8), 0u);
+    std::filesystem::remove(path);
+    ASSERT_EQ(w, 800u);
+    ASSERT_EQ(h, 480u);
+    for (uint32_t y : {0u, 123u, 479u}) {
+        for (uint32_t x : {0u, 300u, 799u}) {
+            const unsigned char* p = &rgb[(y * 800 + x) * 3];
+            EXPECT_EQ(p[0], x & 0xFF);
+            EXPECT_EQ(p[1], y & 0xFF);
+            EXPECT_EQ(p[2], 0x5A);
+        }
+    }
+}
+
+TEST_F(HeadlessRun, AScriptDrivesTheLoopAndClosesAtItsEnd) {
+    Settle();
+    events.clear();
+    auto path = std::filesystem::temp_directory_path() / "pellucida_script.txt";
+    std::ofstream(path) << "char x\nwait 3\nclick 40 50\n";
+    ASSERT_TRUE(Headless_LoadScript(path.c_str()));
+    std::filesystem::remove(path);
+    answer = [](const AppEvent& e) { return e.kind == kAppEventCloseRequested ? 1 : 0; };
+    int passes = 0;
+    while (Host_LoopPass() == 0 && passes < 100) ++passes;
+    EXPECT_LT(passes, 100);
+    auto input = EventsOfKind(kAppEventInput);
+    ASSERT_EQ(input.size(), 3u);
+    EXPECT_EQ(input[0].payload[1], uint32_t('x'));
+    EXPECT_EQ(input[1].payload[3], 1u);
+    EXPECT_EQ(input[2].payload[3], 0u);
+    EXPECT_EQ(EventsOfKind(kAppEventCloseRequested).size(), 1u);
+}
+
+}  // namespace

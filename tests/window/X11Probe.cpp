@@ -1,0 +1,156 @@
+// A small X11 client for the desktop-window test: finds the program's window
+// by title, reads its pixels back, moves the pointer over it and asks it to
+// close the way a window manager does (WM_DELETE_WINDOW).
+//
+//   x11probe wait TITLE SECONDS        wait until the window is mapped
+//   x11probe picture TITLE             the window shows the test picture
+//   x11probe marker TITLE X Y          the pointer marker is drawn at (X, Y)
+//   x11probe move TITLE X Y            move the pointer to (X, Y) in the window
+//   x11probe close TITLE               send WM_DELETE_WINDOW
+//   x11probe size TITLE                print the window's size
+#include "app/TestPicture.h"
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <thread>
+
+namespace {
+
+Window FindByTitle(Display* display, Window root, const char* title) {
+    char* name = nullptr;
+    if (XFetchName(display, root, &name) && name) {
+        bool match = std::strcmp(name, title) == 0;
+        XFree(name);
+        if (match) {
+            XWindowAttributes attributes;
+            if (XGetWindowAttributes(display, root, &attributes) && attributes.map_state == IsViewable) return root;
+        }
+    }
+    Window rootReturn, parent, *children = nullptr;
+    unsigned count = 0;
+    if (!XQueryTree(display, root, &rootReturn, &parent, &children, &count)) return 0;
+    Window found = 0;
+    for (unsigned i = 0; i < count && !found; ++i) found = FindByTitle(display, children[i], title);
+    if (children) XFree(children);
+    return found;
+}
+
+uint32_t PixelAt(XImage* image, int x, int y) {
+    unsigned long p = XGetPixel(image, x, y);
+    uint32_t r = uint32_t((p & image->red_mask) >> __builtin_ctzl(image->red_mask));
+    uint32_t g = uint32_t((p & image->green_mask) >> __builtin_ctzl(image->green_mask));
+    uint32_t b = uint32_t((p & image->blue_mask) >> __builtin_ctzl(image->blue_mask));
+    return r << 16 | g << 8 | b;
+}
+
+int CheckPicture(Display* display, Window window) {
+    XWindowAttributes a;
+    XGetWindowAttributes(display, window, &a);
+    XImage* image = XGetImage(display, window, 0, 0, a.width, a.height, AllPlanes, ZPixmap);
+    if (!image) {
+        std::fprintf(stderr, "x11probe: cannot read the window back\n");
+        return 1;
+    }
+    long wrong = 0;
+    int firstX = -1, firstY = -1;
+    for (int y = 0; y < a.height; ++y) {
+        for (int x = 0; x < a.width; ++x) {
+            if (PixelAt(image, x, y) != TestPicture_Pixel(x, y, a.width, a.height)) {
+                if (wrong++ == 0) firstX = x, firstY = y;
+            }
+        }
+    }
+    // The marker, if the pointer is over the window, may cover a few pixels.
+    const long allowed = 13 * 13;
+    std::printf("window %dx%d: %ld pixels differ from the test picture", a.width, a.height, wrong);
+    if (wrong) {
+        std::printf(" (first at %d,%d: %06x, expected %06x)", firstX, firstY, PixelAt(image, firstX, firstY),
+                    TestPicture_Pixel(firstX, firstY, a.width, a.height));
+    }
+    std::printf("\n");
+    XDestroyImage(image);
+    return wrong <= allowed ? 0 : 1;
+}
+
+int CheckMarker(Display* display, Window window, int x, int y) {
+    XImage* image = XGetImage(display, window, x - 6, y, 1, 1, AllPlanes, ZPixmap);
+    if (!image) return 1;
+    uint32_t colour = PixelAt(image, 0, 0);
+    XDestroyImage(image);
+    std::printf("marker edge at %d,%d: %06x\n", x - 6, y, colour);
+    return colour == kTestPictureMarkerColour ? 0 : 1;
+}
+
+int Close(Display* display, Window window) {
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = long(XInternAtom(display, "WM_DELETE_WINDOW", False));
+    event.xclient.data.l[1] = CurrentTime;
+    XSendEvent(display, window, False, NoEventMask, &event);
+    XFlush(display);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: x11probe wait|picture|marker|move|close|size TITLE [args]\n");
+        return 2;
+    }
+    Display* display = XOpenDisplay(nullptr);
+    if (!display) {
+        std::fprintf(stderr, "x11probe: no X display\n");
+        return 2;
+    }
+    std::string command = argv[1];
+    const char* title = argv[2];
+    Window root = DefaultRootWindow(display);
+
+    if (command == "wait") {
+        double seconds = argc > 3 ? std::atof(argv[3]) : 10;
+        auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+        while (!FindByTitle(display, root, title)) {
+            if (std::chrono::steady_clock::now() > deadline) {
+                std::fprintf(stderr, "x11probe: no window \"%s\"\n", title);
+                return 1;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+        return 0;
+    }
+    Window window = FindByTitle(display, root, title);
+    if (!window) {
+        std::fprintf(stderr, "x11probe: no window \"%s\"\n", title);
+        return 1;
+    }
+    int rc = 2;
+    if (command == "picture") {
+        rc = CheckPicture(display, window);
+    } else if (command == "marker" && argc == 5) {
+        rc = CheckMarker(display, window, std::atoi(argv[3]), std::atoi(argv[4]));
+    } else if (command == "move" && argc == 5) {
+        XWarpPointer(display, None, window, 0, 0, 0, 0, std::atoi(argv[3]), std::atoi(argv[4]));
+        XFlush(display);
+        rc = 0;
+    } else if (command == "close") {
+        rc = Close(display, window);
+    } else if (command == "size") {
+        XWindowAttributes a;
+        XGetWindowAttributes(display, window, &a);
+        std::printf("%dx%d\n", a.width, a.height);
+        rc = 0;
+    }
+    XCloseDisplay(display);
+    return rc;
+}
