@@ -1,0 +1,137 @@
+// A failing save never destroys the file it replaces: each writer is made to
+// fail part-way (a file-size limit makes the write itself fail) and the old
+// file must be left exactly as it was, with no temporary file beside it.
+#include "formats/File_SafeWrite.h"
+#include "formats/Jpeg_Write.h"
+#include "formats/Png_Write.h"
+#include "formats/Tiff_Write.h"
+#include "image/Image.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#if defined(__unix__) || defined(__APPLE__)
+#include <csignal>
+#include <sys/resource.h>
+#define PELLUCIDA_HAVE_FSIZE_LIMIT 1
+#endif
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class SafeWriteTest : public testing::Test {
+protected:
+    void SetUp() override {
+        m_dir = fs::temp_directory_path() /
+                ("pellucida_safewrite_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+        fs::remove_all(m_dir);
+        fs::create_directories(m_dir);
+    }
+    void TearDown() override { fs::remove_all(m_dir); }
+
+    std::string Path(const char* name) const { return (m_dir / name).string(); }
+    static std::string Contents(const std::string& path) {
+        std::ifstream in(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    }
+    static void Put(const std::string& path, const std::string& text) {
+        std::ofstream(path, std::ios::binary) << text;
+    }
+    size_t FilesInFolder() const { return size_t(std::distance(fs::directory_iterator(m_dir), {})); }
+
+    fs::path m_dir;
+};
+
+// Runs `write` with writes beyond `limit` bytes failing (EFBIG), as on a full disk.
+#ifdef PELLUCIDA_HAVE_FSIZE_LIMIT
+template <class Fn>
+int WithFileSizeLimit(rlim_t limit, Fn write) {
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    void (*oldHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit lowered = old;
+    lowered.rlim_cur = limit;
+    setrlimit(RLIMIT_FSIZE, &lowered);
+    const int result = write();
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+    return result;
+}
+#endif
+
+}  // namespace
+
+TEST_F(SafeWriteTest, SuccessfulWriteReplacesTheFileAndLeavesNoTemporary) {
+    const std::string target = Path("out.bin");
+    Put(target, "old contents");
+    const uint8_t data[] = {1, 2, 3};
+    EXPECT_EQ(File_SafeWrite(target.c_str(), data, 3), 1);
+    EXPECT_EQ(Contents(target), std::string("\x01\x02\x03", 3));
+    EXPECT_EQ(FilesInFolder(), 1u);
+}
+
+TEST_F(SafeWriteTest, AbandonedWriteLeavesTheOldFile) {
+    const std::string target = Path("out.bin");
+    Put(target, "old contents");
+    {
+        SafeWriteFile file;
+        ASSERT_TRUE(file.Open(target.c_str()));
+        std::fputs("partial", file.Stream());
+    }  // destroyed without Commit
+    EXPECT_EQ(Contents(target), "old contents");
+    EXPECT_EQ(FilesInFolder(), 1u);
+}
+
+TEST_F(SafeWriteTest, AStaleTemporaryFileIsNeitherReusedNorDestroyed) {
+    const std::string target = Path("out.bin");
+    Put(target + ".tmp0", "someone else's");
+    const uint8_t data[] = {9};
+    EXPECT_EQ(File_SafeWrite(target.c_str(), data, 1), 1);
+    EXPECT_EQ(Contents(target + ".tmp0"), "someone else's");
+    EXPECT_EQ(Contents(target), "\x09");
+}
+
+TEST_F(SafeWriteTest, UnwritableFolderFailsAndCreatesNothing) {
+    const uint8_t data[] = {1};
+    EXPECT_EQ(File_SafeWrite(Path("no/such/folder/out.bin").c_str(), data, 1), 0);
+    EXPECT_EQ(File_SafeWrite(nullptr, data, 1), 0);
+    EXPECT_EQ(FilesInFolder(), 0u);
+}
+
+#ifdef PELLUCIDA_HAVE_FSIZE_LIMIT
+TEST_F(SafeWriteTest, EveryWriterThatFailsMidWayKeepsTheOldFile) {
+    struct Writer {
+        const char* name;
+        int (*write)(const ImageBuffer*, const char*);
+    };
+    const Writer writers[] = {{"old.tiff", &Tiff_Write}, {"old.png", &Png_Write}, {"old.jpg", &Jpeg_Write}};
+    // Noise compresses badly, so every encoded file is far above the limit.
+    ImagePtr image(Image_Create(256, 256));
+    uint32_t seed = 12345;
+    for (int32_t i = 0; i < 256 * 256; ++i) {
+        for (int64_t* plane : {image->red, image->green, image->blue}) {
+            seed = seed * 1664525u + 1013904223u;
+            plane[i] = seed >> 16;
+        }
+    }
+    for (const Writer& w : writers) {
+        SCOPED_TRACE(w.name);
+        const std::string target = Path(w.name);
+        Put(target, "the user's previous save");
+        const int result = WithFileSizeLimit(4096, [&] { return w.write(image.get(), target.c_str()); });
+        EXPECT_EQ(result, 0);
+        EXPECT_EQ(Contents(target), "the user's previous save");
+        EXPECT_EQ(FilesInFolder(), 1u) << "temporary file left behind";
+        fs::remove(target);
+        // Without the limit the same write succeeds.
+        EXPECT_EQ(w.write(image.get(), target.c_str()), 1);
+        fs::remove(target);
+    }
+}
+#endif
