@@ -1,0 +1,183 @@
+// BMP reader: the bmpsuite samples (24 and 32 bits, BI_RGB and BI_BITFIELDS,
+// a fourth byte that is not alpha, an 8-bit palette file refused), row order,
+// channel masks, and refused or truncated headers.
+#include "formats/Bmp_Read.h"
+#include "formats/Manifest.h"
+#include "image/Image.h"
+#include "support/TestData.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+ImagePtr ReadMemory(const std::vector<uint8_t>& bytes) {
+    return ImagePtr(Bmp_ReadMemory(bytes.data(), bytes.size()));
+}
+
+void Put16(std::vector<uint8_t>& out, size_t at, uint32_t v) {
+    out[at] = uint8_t(v);
+    out[at + 1] = uint8_t(v >> 8);
+}
+void Put32(std::vector<uint8_t>& out, size_t at, uint32_t v) {
+    for (int i = 0; i < 4; ++i) out[at + i] = uint8_t(v >> (8 * i));
+}
+
+// A BMP with a 40-byte info header (plus masks for compression 3); pixel bytes
+// are given per file row, already padded.
+std::vector<uint8_t> MakeBmp(int32_t width, int32_t height, uint32_t bits, uint32_t compression,
+                             const std::vector<uint8_t>& pixels, std::vector<uint32_t> masks = {}) {
+    const size_t header = 14 + 40 + masks.size() * 4;
+    std::vector<uint8_t> out(header, 0);
+    out[0] = 'B';
+    out[1] = 'M';
+    Put32(out, 2, uint32_t(header + pixels.size()));
+    Put32(out, 10, uint32_t(header));
+    Put32(out, 14, 40);
+    Put32(out, 18, uint32_t(width));
+    Put32(out, 22, uint32_t(height));
+    Put16(out, 26, 1);
+    Put16(out, 28, bits);
+    Put32(out, 30, compression);
+    for (size_t i = 0; i < masks.size(); ++i) Put32(out, 54 + 4 * i, masks[i]);
+    out.insert(out.end(), pixels.begin(), pixels.end());
+    return out;
+}
+
+}  // namespace
+
+TEST(BmpSamples, EveryFileIsReadOrRefusedAsTheManifestSays) {
+    PELLUCIDA_REQUIRE_DATA(manifest, "expected.json");
+    const auto entries = Manifest_Entries("BMP");
+    ASSERT_GE(entries.size(), 5u);
+    for (const ManifestEntry& e : entries) {
+        SCOPED_TRACE(e.file + ": " + e.result);
+        ImagePtr image(Bmp_Read(TestData_Path(e.file).c_str()));
+        if (e.refused) {
+            EXPECT_EQ(image, nullptr);
+            continue;
+        }
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(image->width, e.width);
+        EXPECT_EQ(image->height, e.height);
+        EXPECT_EQ(image->bitDepth, 8);
+        EXPECT_EQ(image->maxValue, 255);
+        EXPECT_EQ(image->mono, 0);
+        EXPECT_EQ(image->alpha, nullptr) << "the fourth byte is never alpha";
+    }
+}
+
+TEST(BmpSamples, AllFourEncodingsGiveTheSamePicture) {
+    const char* files[] = {"bmp/bmpsuite_g_rgb24.bmp", "bmp/bmpsuite_g_rgb32.bmp", "bmp/bmpsuite_g_rgb32bf.bmp",
+                           "bmp/bmpsuite_q_rgb32fakealpha.bmp"};
+    ImagePtr images[4];
+    for (int i = 0; i < 4; ++i) {
+        const std::string path = TestData_Path(files[i]);
+        if (path.empty()) GTEST_SKIP() << "sample data not found: " << files[i];
+        images[i].reset(Bmp_Read(path.c_str()));
+        ASSERT_NE(images[i], nullptr) << files[i];
+    }
+    // Top-left is red, the middle white, the bottom-right (96, 96, 126).
+    const struct {
+        int x, y;
+        int64_t r, g, b;
+    } known[] = {{0, 0, 255, 0, 0}, {63, 31, 255, 255, 255}, {126, 63, 96, 96, 126}, {100, 10, 149, 149, 153}};
+    for (int i = 0; i < 4; ++i) {
+        SCOPED_TRACE(files[i]);
+        for (const auto& k : known) {
+            const size_t at = size_t(k.y) * 127 + size_t(k.x);
+            EXPECT_EQ(images[i]->red[at], k.r);
+            EXPECT_EQ(images[i]->green[at], k.g);
+            EXPECT_EQ(images[i]->blue[at], k.b);
+        }
+        for (size_t p = 0; p < 127 * 64; ++p) {
+            ASSERT_EQ(images[i]->red[p], images[0]->red[p]) << p;
+            ASSERT_EQ(images[i]->green[p], images[0]->green[p]) << p;
+            ASSERT_EQ(images[i]->blue[p], images[0]->blue[p]) << p;
+        }
+    }
+}
+
+TEST(BmpRows, BottomUpAndTopDownGiveTheSameImage) {
+    // 3 x 2 pixels, 24 bits: rows of 9 bytes padded to 12.
+    const std::vector<uint8_t> top = {1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0};
+    const std::vector<uint8_t> bottom = {11, 12, 13, 14, 15, 16, 17, 18, 19, 0, 0, 0};
+    std::vector<uint8_t> bottomUp = bottom;
+    bottomUp.insert(bottomUp.end(), top.begin(), top.end());
+    std::vector<uint8_t> topDown = top;
+    topDown.insert(topDown.end(), bottom.begin(), bottom.end());
+    ImagePtr a = ReadMemory(MakeBmp(3, 2, 24, 0, bottomUp));
+    ImagePtr b = ReadMemory(MakeBmp(3, -2, 24, 0, topDown));
+    ASSERT_NE(a, nullptr);
+    ASSERT_NE(b, nullptr);
+    for (const ImagePtr* image : {&a, &b}) {
+        const ImageBuffer* im = image->get();
+        EXPECT_EQ(im->height, 2);
+        // Bytes are blue, green, red.
+        EXPECT_EQ(im->blue[0], 1);
+        EXPECT_EQ(im->green[0], 2);
+        EXPECT_EQ(im->red[0], 3);
+        EXPECT_EQ(im->red[2], 9);
+        EXPECT_EQ(im->blue[3], 11);
+        EXPECT_EQ(im->red[5], 19);
+    }
+}
+
+TEST(BmpRows, MissingPaddingAfterTheLastRowIsAccepted) {
+    std::vector<uint8_t> px = {1, 2, 3, 0, 4, 5, 6};  // 1 x 2, last row unpadded
+    ImagePtr image = ReadMemory(MakeBmp(1, 2, 24, 0, px));
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->red[0], 6);
+    EXPECT_EQ(image->red[1], 3);
+}
+
+TEST(BmpBitFields, MasksOfAnyWidthScaleToEightBits) {
+    // 10 bits a channel: red in bits 20..29, green 10..19, blue 0..9.
+    const uint32_t pixel = 1023u << 20 | 512u << 10 | 4u;
+    std::vector<uint8_t> px(4);
+    Put32(px, 0, pixel);
+    ImagePtr wide = ReadMemory(MakeBmp(1, 1, 32, 3, px, {0x3FF00000, 0x000FFC00, 0x000003FF}));
+    ASSERT_NE(wide, nullptr);
+    EXPECT_EQ(wide->red[0], 255);
+    EXPECT_EQ(wide->green[0], 128);
+    EXPECT_EQ(wide->blue[0], 1);
+    // 5-6-5 in 32 bits: narrow channels stretch to the full range.
+    Put32(px, 0, 31u << 11 | 32u << 5 | 1u);
+    ImagePtr narrow = ReadMemory(MakeBmp(1, 1, 32, 3, px, {0xF800, 0x07E0, 0x001F}));
+    ASSERT_NE(narrow, nullptr);
+    EXPECT_EQ(narrow->red[0], 255);
+    EXPECT_EQ(narrow->green[0], 130);  // 32 x 255 / 63, rounded
+    EXPECT_EQ(narrow->blue[0], 8);     // 1 x 255 / 31, rounded
+}
+
+TEST(BmpRefused, UnsupportedOrDamagedHeaders) {
+    const std::vector<uint8_t> px(64, 7);
+    EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 16, 0, px)), nullptr) << "16 bits";
+    EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 8, 0, px)), nullptr) << "palette";
+    EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 24, 1, px)), nullptr) << "RLE";
+    EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 24, 3, px, {0xFF0000, 0xFF00, 0xFF})), nullptr) << "bit fields at 24 bits";
+    EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 32, 3, px, {0, 0xFF00, 0xFF})), nullptr) << "empty mask";
+    EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 32, 3, px, {0xF0F000, 0xFF00, 0xFF})), nullptr) << "split mask";
+    EXPECT_EQ(ReadMemory(MakeBmp(0, 2, 24, 0, px)), nullptr) << "zero width";
+    EXPECT_EQ(ReadMemory(MakeBmp(2, 0, 24, 0, px)), nullptr) << "zero height";
+    EXPECT_EQ(ReadMemory(MakeBmp(-2, 2, 24, 0, px)), nullptr) << "negative width";
+    EXPECT_EQ(ReadMemory(MakeBmp(2, INT32_MIN, 24, 0, px)), nullptr);
+    EXPECT_EQ(ReadMemory(MakeBmp(40000, 40000, 24, 0, px)), nullptr) << "pixels not in the file";
+    auto core = MakeBmp(2, 2, 24, 0, px);
+    Put32(core, 14, 12);
+    EXPECT_EQ(ReadMemory(core), nullptr) << "OS/2 core header";
+    auto offset = MakeBmp(2, 2, 24, 0, px);
+    Put32(offset, 10, 0xFFFFFFF0);
+    EXPECT_EQ(ReadMemory(offset), nullptr) << "pixel offset past the end";
+    EXPECT_EQ(Bmp_ReadMemory(nullptr, 0), nullptr);
+    EXPECT_EQ(Bmp_Read(nullptr), nullptr);
+}
+
+TEST(BmpRefused, EveryTruncationIsRefused) {
+    std::vector<uint8_t> px(4 * 3 * 4, 0x33);
+    const auto bytes = MakeBmp(4, -3, 32, 3, px, {0xFF0000, 0xFF00, 0xFF});
+    ASSERT_NE(ReadMemory(bytes), nullptr);
+    for (size_t n = 0; n < bytes.size(); ++n)
+        EXPECT_EQ(ReadMemory(std::vector<uint8_t>(bytes.begin(), bytes.begin() + long(n))), nullptr) << n;
+}

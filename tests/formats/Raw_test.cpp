@@ -1,0 +1,108 @@
+// Raw-frame reader: recognition by exact file size only, the documented bit
+// packing (MSB-first stream) at 10 and 12 bits, and the mono result.
+#include "formats/Raw_Read.h"
+#include "image/Image.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <vector>
+
+namespace {
+
+// Packs samples MSB-first into a bit stream, independently of the reader.
+std::vector<uint8_t> Pack(const std::vector<uint32_t>& samples, int bits) {
+    std::vector<uint8_t> out((samples.size() * size_t(bits) + 7) / 8, 0);
+    size_t bit = 0;
+    for (uint32_t s : samples)
+        for (int b = bits - 1; b >= 0; --b, ++bit)
+            if (s >> b & 1) out[bit / 8] |= uint8_t(0x80 >> (bit % 8));
+    return out;
+}
+
+struct Frame {
+    size_t size;
+    int32_t width, height;
+    int bits;
+};
+
+const Frame kFrames[] = {
+    {6553440, 2664, 1968, 10},  {6573120, 2672, 1968, 10},  {7710960, 2888, 2136, 10},
+    {9219600, 3152, 2340, 10},  {10341600, 3336, 2480, 10}, {10383120, 3344, 2484, 10},
+    {12945240, 3736, 2772, 10}, {15636240, 4104, 3048, 10}, {15467760, 3720, 2772, 12},
+};
+
+}  // namespace
+
+TEST(RawFrames, EveryKnownSizeGivesItsFrame) {
+    for (const Frame& f : kFrames) {
+        SCOPED_TRACE(f.size);
+        // Row 0 starts 0, 1, 2, ... ; the last pixel is the largest value.
+        const uint32_t top = (1u << f.bits) - 1;
+        std::vector<uint32_t> head = {0, 1, 2, 3, top, 0x155, 0x2AA, 7};
+        std::vector<uint8_t> bytes(f.size, 0);
+        const auto packed = Pack(head, f.bits);
+        std::copy(packed.begin(), packed.end(), bytes.begin());
+        const auto last = Pack({top, top, top, top}, f.bits);
+        std::copy(last.begin(), last.end(), bytes.end() - long(last.size()));
+        ImagePtr image(Raw_ReadMemory(bytes.data(), bytes.size()));
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(image->width, f.width);
+        EXPECT_EQ(image->height, f.height);
+        EXPECT_EQ(image->bitDepth, f.bits);
+        EXPECT_EQ(image->maxValue, int64_t(top));
+        EXPECT_EQ(image->mono, 1);
+        for (size_t i = 0; i < head.size(); ++i) {
+            EXPECT_EQ(image->red[i], int64_t(head[i])) << i;
+            EXPECT_EQ(image->green[i], int64_t(head[i])) << i;
+            EXPECT_EQ(image->blue[i], int64_t(head[i])) << i;
+        }
+        const size_t end = size_t(f.width) * size_t(f.height) - 1;
+        EXPECT_EQ(image->red[end], int64_t(top));
+        EXPECT_EQ(image->red[f.width], 0) << "second row starts after the first";
+    }
+}
+
+TEST(RawFrames, RowsFollowEachOtherWithoutPadding) {
+    const Frame& f = kFrames[0];
+    std::vector<uint8_t> bytes(f.size, 0);
+    const size_t rowBytes = size_t(f.width) * 10 / 8;
+    const auto packed = Pack({1023, 5, 6, 7}, 10);
+    std::copy(packed.begin(), packed.end(), bytes.begin() + long(rowBytes));
+    ImagePtr image(Raw_ReadMemory(bytes.data(), bytes.size()));
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->red[f.width - 1], 0);
+    EXPECT_EQ(image->red[f.width], 1023);
+    EXPECT_EQ(image->red[f.width + 3], 7);
+}
+
+TEST(RawFrames, AnyOtherSizeIsRefused) {
+    std::vector<uint8_t> bytes(6553440 + 1, 0);
+    EXPECT_EQ(Raw_ReadMemory(bytes.data(), bytes.size()), nullptr);
+    EXPECT_EQ(Raw_ReadMemory(bytes.data(), bytes.size() - 2), nullptr);
+    EXPECT_EQ(Raw_ReadMemory(bytes.data(), 0), nullptr);
+    EXPECT_EQ(Raw_ReadMemory(nullptr, 6553440), nullptr);
+}
+
+TEST(RawFrames, ReadFromAFileByItsSize) {
+    const auto path = std::filesystem::temp_directory_path() / "pellucida_raw_test.crw";
+    const Frame& f = kFrames[8];
+    {
+        std::vector<uint8_t> bytes(f.size, 0);
+        const auto packed = Pack({4095, 1, 2048}, 12);
+        std::copy(packed.begin(), packed.end(), bytes.begin());
+        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), long(bytes.size()));
+    }
+    ImagePtr image(Raw_Read(path.string().c_str()));
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->width, 3720);
+    EXPECT_EQ(image->red[0], 4095);
+    EXPECT_EQ(image->red[1], 1);
+    EXPECT_EQ(image->red[2], 2048);
+    std::filesystem::resize_file(path, f.size - 1);
+    EXPECT_EQ(Raw_Read(path.string().c_str()), nullptr);
+    std::filesystem::remove(path);
+    EXPECT_EQ(Raw_Read(path.string().c_str()), nullptr);
+    EXPECT_EQ(Raw_Read(nullptr), nullptr);
+}
