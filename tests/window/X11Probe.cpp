@@ -120,18 +120,22 @@ int main(int argc, char** argv) {
     if (command == "wait") {
         double seconds = argc > 3 ? std::atof(argv[3]) : 10;
         auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+        int rc = 0;
         while (!FindByTitle(display, root, title)) {
             if (std::chrono::steady_clock::now() > deadline) {
                 std::fprintf(stderr, "x11probe: no window \"%s\"\n", title);
-                return 1;
+                rc = 1;
+                break;
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
         }
-        return 0;
+        XCloseDisplay(display);
+        return rc;
     }
     Window window = FindByTitle(display, root, title);
     if (!window) {
         std::fprintf(stderr, "x11probe: no window \"%s\"\n", title);
+        XCloseDisplay(display);
         return 1;
     }
     int rc = 2;
