@@ -1,0 +1,178 @@
+// pellucida-cli end to end: every sample file read or refused as the sample
+// folder says, FITS samples identical to the reference digests, conversions
+// and their logs, and the exit statuses.
+#include "app/Cli.h"
+#include "app/Shell_Log.h"
+#include "formats/File_Load.h"
+#include "image/Image.h"
+#include "support/ExpectedData.h"
+#include "support/Sha256.h"
+#include "support/TestData.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct CliResult {
+    int status;
+    std::string out, err;
+};
+
+CliResult RunCli(std::vector<std::string> args) {
+    args.insert(args.begin(), "pellucida-cli");
+    std::vector<char*> argv;
+    for (auto& a : args) argv.push_back(a.data());
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    int status = Cli_Run(int(argv.size()), argv.data());
+    CliResult r{status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+    return r;
+}
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// A temporary folder for outputs and the processing log.
+class CliTest : public testing::Test {
+protected:
+    fs::path dir;
+    void SetUp() override {
+        dir = fs::temp_directory_path() / ("pellucida_cli_" + std::to_string(getpid()));
+        fs::create_directories(dir);
+        setenv("PELLUCIDA_STATE_DIR", dir.c_str(), 1);
+    }
+    void TearDown() override {
+        unsetenv("PELLUCIDA_STATE_DIR");
+        fs::remove_all(dir);
+    }
+    std::string Log() { return ReadFile(dir / kShellLogFileName); }
+};
+
+TEST_F(CliTest, EverySampleIsReadOrRefusedAsExpected) {
+    PELLUCIDA_REQUIRE_DATA(json, "expected.json");
+    auto expected = ExpectedData_Load(json);
+    ASSERT_GE(expected.size(), 90u);
+    for (const ExpectedFile& e : expected) {
+        SCOPED_TRACE(e.path);
+        std::string path = TestData_Path(e.path);
+        ASSERT_FALSE(path.empty());
+        CliResult r = RunCli({"info", path});
+        if (e.refused()) {
+            EXPECT_EQ(r.status, 1);
+            EXPECT_NE(r.err.find(kLoadFailedText), std::string::npos);
+            continue;
+        }
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_NE(r.out.find("reader=" + e.format + " "), std::string::npos) << r.out;
+        std::string size = "width=" + std::to_string(e.width) + " height=" + std::to_string(e.height) + " ";
+        EXPECT_NE(r.out.find(size), std::string::npos) << r.out;
+        bool mono = e.result.find(" mono") != std::string::npos || e.result.find("mode L") != std::string::npos ||
+                    e.result.find("mode I") != std::string::npos;
+        EXPECT_NE(r.out.find(mono ? "mono=1" : "mono=0"), std::string::npos) << r.out;
+        bool alpha = e.result.find("+alpha") != std::string::npos || e.result.find("RGBA") != std::string::npos;
+        EXPECT_NE(r.out.find(alpha ? "alpha=1" : "alpha=0"), std::string::npos) << r.out;
+    }
+}
+
+TEST_F(CliTest, FitsSamplesMatchTheReferenceDigests) {
+    PELLUCIDA_REQUIRE_DATA(json, "expected.json");
+    int checked = 0;
+    for (const ExpectedFile& e : ExpectedData_Load(json)) {
+        if (e.format != "FITS" || e.refused()) continue;
+        SCOPED_TRACE(e.path);
+        fs::path out = dir / "samples.npy";
+        CliResult r = RunCli({"convert", TestData_Path(e.path), out.string()});
+        ASSERT_EQ(r.status, 0) << r.err;
+        std::string npy = ReadFile(out);
+        ASSERT_GT(npy.size(), 10u);
+        ASSERT_EQ(npy.compare(0, 6, "\x93NUMPY"), 0);
+        size_t headerLength = uint8_t(npy[8]) | uint8_t(npy[9]) << 8;
+        ASSERT_EQ((10 + headerLength) % 64, 0u);
+        std::string header = npy.substr(10, headerLength);
+        EXPECT_NE(header.find("'descr': '<i8'"), std::string::npos);
+        EXPECT_NE(header.find("'shape': (3, " + std::to_string(e.height) + ", " + std::to_string(e.width) + ")"),
+                  std::string::npos)
+            << header;
+        const char* data = npy.data() + 10 + headerLength;
+        size_t size = npy.size() - 10 - headerLength;
+        ASSERT_EQ(size, size_t(3) * e.width * e.height * 8);
+        EXPECT_EQ(Sha256_Hex(data, size).substr(0, 16), e.sha);
+        ++checked;
+    }
+    EXPECT_GE(checked, 30);
+}
+
+TEST_F(CliTest, ConvertLogsTheLoadAndTheSave) {
+    PELLUCIDA_REQUIRE_DATA(in, "fits/linear/iraf_M51_B600s_int16.fits");
+    fs::path out = dir / "m51.tif";
+    CliResult r = RunCli({"convert", in, out.string()});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.err.find("Possible stacking artifacts detected"), std::string::npos);
+    EXPECT_EQ(Log(), "File loaded [" + in + "].\nType of Data: Linear\nImage size is 512 x 512\nFile saved [" +
+                         out.string() + "].\n");
+    // The TIFF written reads back at its size, through the same load flow.
+    CliResult info = RunCli({"info", out.string()});
+    EXPECT_NE(info.out.find("reader=TIFF width=512 height=512 depth=16"), std::string::npos) << info.out;
+}
+
+TEST_F(CliTest, TheWriterFollowsTheExtension) {
+    PELLUCIDA_REQUIRE_DATA(in, "png/eso1723a_avm_320.png");
+    for (auto [name, magic] : std::vector<std::pair<std::string, std::string>>{
+             {"a.JPG", "\xFF\xD8"}, {"b.jps", "\xFF\xD8"}, {"c.png", "\x89PNG"}, {"d.tif", "II*"},
+             {"e.fits", "II*"}, {"f", "II*"}}) {
+        fs::path out = dir / name;
+        CliResult r = RunCli({"convert", in, out.string()});
+        ASSERT_EQ(r.status, 0) << name << r.err;
+        EXPECT_EQ(ReadFile(out).substr(0, magic.size()), magic) << name;
+    }
+    // A colour image from any reader but JPEG logs the colour answer.
+    EXPECT_NE(Log().find("Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n"),
+              std::string::npos);
+}
+
+TEST_F(CliTest, ExitStatusesAndMessages) {
+    EXPECT_EQ(RunCli({}).status, 2);
+    EXPECT_EQ(RunCli({"frobnicate"}).status, 2);
+    EXPECT_EQ(RunCli({"convert", "only-one"}).status, 2);
+    EXPECT_EQ(RunCli({"info"}).status, 2);
+    CliResult help = RunCli({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("convert IN OUT"), std::string::npos);
+
+    fs::path junk = dir / "junk.fits";
+    std::ofstream(junk) << "not an image at all";
+    CliResult r = RunCli({"info", junk.string(), junk.string()});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, junk.string() + ": " + kLoadFailedText + "\n" + junk.string() + ": " + kLoadFailedText + "\n");
+    EXPECT_EQ(RunCli({"convert", junk.string(), (dir / "x.tif").string()}).status, 1);
+    EXPECT_FALSE(fs::exists(dir / "x.tif"));
+}
+
+TEST_F(CliTest, AFailedWriteLeavesTheOldFileAndSaysSo) {
+    PELLUCIDA_REQUIRE_DATA(in, "png/stellarium_m49_grey8.png");
+    // A folder where the file should be: nothing can be written there.
+    fs::path blocked = dir / "blocked.tif";
+    fs::create_directories(blocked);
+    CliResult r = RunCli({"convert", in, blocked.string()});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("Could not save file [" + blocked.string() + "] for write"), std::string::npos);
+    EXPECT_TRUE(fs::is_directory(blocked));
+    std::string log = Log();
+    size_t failure = log.find("Could not save file [");
+    ASSERT_NE(failure, std::string::npos);
+    EXPECT_NE(log.find("File saved [" + blocked.string() + "].\n", failure), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,191 @@
+// The load and save flow's rules: names, the stacking-artefact detector, the
+// grey and transparency tests, and the dataset log lines.
+#include "formats/File_Load.h"
+#include "formats/File_Names.h"
+#include "formats/Stacking_Artefacts.h"
+#include "image/Image.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(FileNames, ExtensionTestIgnoresCaseAndNeedsADot) {
+    EXPECT_TRUE(File_HasExtension("m42.FITS", "fits"));
+    EXPECT_TRUE(File_HasExtension("a.b.tif", "TIF"));
+    EXPECT_FALSE(File_HasExtension("m42.fits.bak", "fits"));
+    EXPECT_FALSE(File_HasExtension("fits", "fits"));
+    EXPECT_FALSE(File_HasExtension("m42.", "fits"));
+    EXPECT_TRUE(File_HasExtension("m42.", ""));
+}
+
+TEST(FileNames, OpenAndSaveNameRules) {
+    for (const char* ok : {"a.jpg", "a.JPEG", "a.png", "a.fits", "a.tiff", "a.tif", "a.crw", "a.bmp", "a.fts", "a.fit"})
+        EXPECT_TRUE(File_IsOpenableName(ok)) << ok;
+    for (const char* no : {"a.gif", "a.npy", "a", "a.fits.gz"}) EXPECT_FALSE(File_IsOpenableName(no)) << no;
+    for (const char* ok : {"a.jpg", "a.jpeg", "a.JPS", "a.tiff", "a.png", "a.tif"})
+        EXPECT_TRUE(File_IsSaveableName(ok)) << ok;
+    for (const char* no : {"a.fits", "a.bmp", "a"}) EXPECT_FALSE(File_IsSaveableName(no)) << no;
+
+    EXPECT_EQ(File_SaveFormatFor("x.JPG"), SaveFormat::kJpeg);
+    EXPECT_EQ(File_SaveFormatFor("x.jps"), SaveFormat::kJpeg);
+    EXPECT_EQ(File_SaveFormatFor("x.Png"), SaveFormat::kPng);
+    EXPECT_EQ(File_SaveFormatFor("x.tif"), SaveFormat::kTiff);
+    EXPECT_EQ(File_SaveFormatFor("x.fits"), SaveFormat::kTiff);
+    EXPECT_EQ(File_SaveFormatFor("x"), SaveFormat::kTiff);
+}
+
+TEST(FileNames, DefaultSaveName) {
+    EXPECT_EQ(File_DefaultSaveName(nullptr), "NewFile.tiff");
+    EXPECT_EQ(File_DefaultSaveName(""), "NewFile.tiff");
+    EXPECT_EQ(File_DefaultSaveName("/data/m42.fits"), "/data/m42.tiff");
+    EXPECT_EQ(File_DefaultSaveName("/data/m42.FIT"), "/data/m42.tiff");
+    EXPECT_EQ(File_DefaultSaveName("/data/m42.fts"), "/data/m42.tiff");
+    EXPECT_EQ(File_DefaultSaveName("/data/m42.png"), "/data/m42.png");
+}
+
+// A 30-bit image filled with `value`.
+ImagePtr Filled(int w, int h, int64_t value) {
+    ImagePtr image(Image_CreateCleared(w, h));
+    Image_SetBitDepth(image.get(), 30);
+    for (int64_t* plane : {image->red, image->green, image->blue})
+        for (int i = 0; i < w * h; ++i) plane[i] = value;
+    return image;
+}
+
+void Set(ImageBuffer* image, int x, int y, int64_t value) {
+    for (int64_t* plane : {image->red, image->green, image->blue}) plane[y * image->stride + x] = value;
+}
+
+// Samples the size of real 30-bit data: the means are taken at 14 bits.
+constexpr int64_t kDim = int64_t(2000) << 16;
+constexpr int64_t kBright = int64_t(8000) << 16;
+
+void Textured(ImageBuffer* image) {
+    for (int y = 0; y < image->height; ++y)
+        for (int x = 0; x < image->width; ++x) Set(image, x, y, (x + y) % 2 ? kBright : kDim);
+}
+
+TEST(StackingArtefacts, CleanImageHasNoBorder) {
+    ImagePtr image = Filled(8, 6, 0);
+    Textured(image.get());
+    ArtefactBox box;
+    EXPECT_FALSE(File_DetectStackingArtefacts(image.get(), &box));
+    EXPECT_EQ(box.left, 0);
+    EXPECT_EQ(box.top, 0);
+    EXPECT_EQ(box.right, 8);
+    EXPECT_EQ(box.bottom, 6);
+}
+
+TEST(StackingArtefacts, ALineWithNothingAboveTheMeanIsBorder) {
+    // A flat image has no sample above its own mean: every line is border.
+    ImagePtr flat = Filled(5, 4, kDim);
+    ArtefactBox box;
+    EXPECT_TRUE(File_DetectStackingArtefacts(flat.get(), &box));
+    EXPECT_EQ(box.top, 4);
+    EXPECT_EQ(box.bottom, 0);
+    // Below 2^16 a sample is 0 at 14-bit precision, so the mean is 0 and any
+    // non-zero sample ends the border.
+    ImagePtr faint = Filled(5, 4, 1000);
+    EXPECT_FALSE(File_DetectStackingArtefacts(faint.get(), &box));
+}
+
+TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
+    const int w = 12, h = 10;
+    ImagePtr image = Filled(w, h, 0);
+    Textured(image.get());
+    for (int y = 0; y < h; ++y) {
+        Set(image.get(), 0, y, 0);  // two zero columns on the left
+        Set(image.get(), 1, y, 0);
+    }
+    ArtefactBox box;
+    EXPECT_TRUE(File_DetectStackingArtefacts(image.get(), &box));
+    EXPECT_EQ(box.left, 2);
+    // Every row starts with the zero columns, so walking along it meets a 0
+    // before anything bright: rows are border from both sides.
+    EXPECT_EQ(box.top, h);
+    EXPECT_EQ(box.bottom, 0);
+    EXPECT_EQ(box.right, w);
+
+    ImagePtr bottom = Filled(w, h, 0);
+    Textured(bottom.get());
+    for (int x = 0; x < w; ++x) Set(bottom.get(), x, h - 1, 0);
+    for (int x = 0; x < w; ++x) Set(bottom.get(), x, h - 2, kDim);  // dim, not zero: still border
+    EXPECT_TRUE(File_DetectStackingArtefacts(bottom.get(), &box));
+    EXPECT_EQ(box.top, 0);
+    EXPECT_EQ(box.bottom, h - 2);
+    EXPECT_EQ(box.left, 0);
+    EXPECT_EQ(box.right, w);
+}
+
+TEST(StackingArtefacts, TheWidestChannelDecides) {
+    const int w = 6, h = 6;
+    ImagePtr image = Filled(w, h, 0);
+    Textured(image.get());
+    // Only the blue channel has a dim last column.
+    for (int y = 0; y < h; ++y) image->blue[y * w + (w - 1)] = 10;
+    ArtefactBox box;
+    EXPECT_TRUE(File_DetectStackingArtefacts(image.get(), &box));
+    EXPECT_EQ(box.right, w - 1);
+    EXPECT_EQ(box.left, 0);
+}
+
+TEST(LoadPreparation, TransparencyDecidesTheDataGapsQuestion) {
+    struct Case {
+        int transparent;
+        bool ask;
+    };
+    for (Case c : {Case{0, false}, Case{3, true}, Case{16, false}}) {
+        ImageBuffer* image = Image_CreateCleared(4, 4);
+        Image_AddAlpha(image);
+        for (int i = 0; i < c.transparent; ++i) image->alpha[i] = 0;
+        LoadInfo info;
+        ASSERT_TRUE(File_PrepareLoaded(image, &info));
+        EXPECT_EQ(info.askDataGaps, c.ask) << c.transparent;
+        EXPECT_EQ(info.transparentCount, c.transparent);
+        EXPECT_EQ(image->alpha != nullptr, c.ask) << "alpha is kept only for the question";
+        EXPECT_TRUE(info.alphaAsRead);
+        EXPECT_EQ(image->bitDepth, 30);
+        EXPECT_EQ(info.bitDepthAsRead, 16);
+        Image_Free(image);
+    }
+}
+
+TEST(LoadPreparation, NearlyOpaqueCountsAsOpaqueAndGreyIsTested) {
+    // Counted after the depth is raised: at 30 bits, maxValue - 1 is opaque
+    // enough, anything lower is transparent.
+    ImageBuffer* image = Image_CreateCleared(2, 1);
+    Image_SetBitDepth(image, 30);
+    Image_AddAlpha(image);
+    image->alpha[0] = image->maxValue - 1;
+    LoadInfo info;
+    ASSERT_TRUE(File_PrepareLoaded(image, &info));
+    EXPECT_EQ(info.transparentCount, 0);
+    EXPECT_TRUE(info.grey);
+    Image_Free(image);
+
+    image = Image_CreateCleared(2, 1);
+    Image_AddAlpha(image);
+    image->alpha[1] = 65534;  // 16 bits: raised to 30 it falls below maxValue - 1
+    image->blue[1] = 7;
+    ASSERT_TRUE(File_PrepareLoaded(image, &info));
+    EXPECT_FALSE(info.grey);
+    EXPECT_EQ(info.transparentCount, 1);
+    Image_Free(image);
+}
+
+TEST(LoadPreparation, EmptyImagesAreRefused) {
+    LoadInfo info;
+    EXPECT_FALSE(File_PrepareLoaded(Image_CreateHeader(0, 5), &info));
+}
+
+TEST(DatasetAnswers, LogLinesForGreyAndColour) {
+    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinear, false),
+                 "Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n");
+    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinear, true), "Type of Data: Linear\n");
+    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinearOsc, false),
+                 "Type of Data: Linear and was Bayered, but not whitebalanced\n");
+    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kNonLinearSrgb, false), "Type of Data: Non-linear sRGB source\n");
+    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kNonLinearSrgb, true), "Type of Data: Modified and not linear\n");
+}
+
+}  // namespace
