@@ -1,0 +1,26 @@
+// What every fuzz target asserts about an image a reader accepted: a sane
+// header, the planes it promises, and every sample within 0..maxValue. A
+// violation traps, so the fuzzer keeps the input as a crasher.
+#pragma once
+
+#include "image/Image.h"
+
+#include <cstddef>
+
+inline void Fuzz_CheckImage(const ImageBuffer* image) {
+    if (!image) return;
+    if (image->width < 1 || image->height < 1 || image->stride != image->width) __builtin_trap();
+    if (image->bitDepth < 1 || image->bitDepth > 32) __builtin_trap();
+    if (image->maxValue != static_cast<int64_t>((uint64_t{1} << image->bitDepth) - 1)) __builtin_trap();
+    if (!image->red || !image->green || !image->blue) __builtin_trap();
+    if ((image->attachment == nullptr) != (image->attachmentSize == 0)) __builtin_trap();
+    const size_t n = static_cast<size_t>(image->width) * static_cast<size_t>(image->height);
+    for (const int64_t* plane : {image->red, image->green, image->blue, image->alpha}) {
+        if (!plane) continue;
+        for (size_t i = 0; i < n; ++i)
+            if (plane[i] < 0 || plane[i] > image->maxValue) __builtin_trap();
+    }
+    if (image->mono)
+        for (size_t i = 0; i < n; ++i)
+            if (image->red[i] != image->green[i] || image->red[i] != image->blue[i]) __builtin_trap();
+}
