@@ -51,11 +51,12 @@ struct CompressWorker {
     uint32_t workerCount = 1;
 };
 
-bool AppendBlock(std::FILE* file, const char* data, int length) {
-    uint8_t word[4];
-    Tracking_PutWord(word, static_cast<uint32_t>(length));
-    return std::fwrite(word, 1, sizeof word, file) == sizeof word &&
-           std::fwrite(data, 1, static_cast<size_t>(length), file) == static_cast<size_t>(length);
+// `block` holds 4 free bytes and then `length` compressed bytes: the length
+// goes in front, so each block reaches the file in one write.
+bool AppendBlock(std::FILE* file, char* block, int length) {
+    Tracking_PutWord(reinterpret_cast<uint8_t*>(block), static_cast<uint32_t>(length));
+    const size_t bytes = 4 + static_cast<size_t>(length);
+    return std::fwrite(block, 1, bytes, file) == bytes;
 }
 
 void CompressBlocks(CompressWorker* worker) {
@@ -65,11 +66,11 @@ void CompressBlocks(CompressWorker* worker) {
     for (uint32_t block = worker->workerIndex; block < layout.blockCount; block += worker->workerCount) {
         int length = 0;
         if (!writer.failed.load(std::memory_order_relaxed)) {
-            if (!buffer) buffer.reset(new (std::nothrow) char[kTrackingCompressBound]);
+            if (!buffer) buffer.reset(new (std::nothrow) char[4 + kTrackingCompressBound]);
             if (buffer) {
                 const char* source =
                     reinterpret_cast<const char*>(writer.planes[layout.Plane(block)]) + layout.Offset(block);
-                length = LZ4_compress_default(source, buffer.get(), static_cast<int>(layout.Size(block)),
+                length = LZ4_compress_default(source, buffer.get() + 4, static_cast<int>(layout.Size(block)),
                                               kTrackingCompressBound);
             }
         }
@@ -129,6 +130,8 @@ bool Tracking_WriteSlot(int a, int b, ImageBuffer* image, bool compose) {
         Tracking_ShowWriteRefused(path);
         return false;
     }
+    // Blocks are written whole; a stream buffer would only add a copy.
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
 
     bool ok = WriteHeader(file.get(), image);
     if (compose) Tracking_ComposeForward(image);
