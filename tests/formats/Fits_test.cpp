@@ -11,7 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdio>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -25,57 +27,82 @@ namespace {
 
 // ---------------------------------------------------------------- SHA-256
 
-std::string Sha256Hex16(const std::vector<uint8_t>& message) {
-    static const uint32_t k[64] = {
-        0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
-        0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
-        0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
-        0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
-        0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
-        0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
-        0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
-        0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
-    uint32_t h[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                     0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
-    std::vector<uint8_t> m = message;
-    const uint64_t bits = static_cast<uint64_t>(message.size()) * 8;
-    m.push_back(0x80);
-    while (m.size() % 64 != 56) m.push_back(0);
-    for (int i = 7; i >= 0; --i) m.push_back(static_cast<uint8_t>(bits >> (8 * i)));
-    auto rotr = [](uint32_t x, int n) { return (x >> n) | (x << (32 - n)); };
-    for (size_t off = 0; off < m.size(); off += 64) {
+class Sha256 {
+public:
+    void Update(const uint8_t* data, size_t size) {
+        total_ += size;
+        while (size > 0) {
+            const size_t n = std::min(size, size_t{64} - fill_);
+            std::memcpy(block_ + fill_, data, n);
+            fill_ += n, data += n, size -= n;
+            if (fill_ == 64) Compress(), fill_ = 0;
+        }
+    }
+    // The first 16 hex digits of the digest.
+    std::string Hex16() {
+        const uint64_t bits = total_ * 8;
+        const uint8_t one = 0x80, zero = 0;
+        Update(&one, 1);
+        while (fill_ != 56) Update(&zero, 1);
+        uint8_t length[8];
+        for (int i = 0; i < 8; ++i) length[i] = static_cast<uint8_t>(bits >> (56 - 8 * i));
+        Update(length, 8);
+        char out[17];
+        std::snprintf(out, sizeof out, "%08x%08x", h_[0], h_[1]);
+        return out;
+    }
+
+private:
+    static uint32_t Rotr(uint32_t x, int n) { return (x >> n) | (x << (32 - n)); }
+    void Compress() {
+        static const uint32_t k[64] = {
+            0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
+            0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
+            0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
+            0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
+            0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
+            0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
+            0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
+            0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
         uint32_t w[64];
         for (int i = 0; i < 16; ++i)
-            w[i] = uint32_t{m[off + 4 * i]} << 24 | uint32_t{m[off + 4 * i + 1]} << 16 |
-                   uint32_t{m[off + 4 * i + 2]} << 8 | m[off + 4 * i + 3];
+            w[i] = uint32_t{block_[4 * i]} << 24 | uint32_t{block_[4 * i + 1]} << 16 |
+                   uint32_t{block_[4 * i + 2]} << 8 | block_[4 * i + 3];
         for (int i = 16; i < 64; ++i) {
-            const uint32_t s0 = rotr(w[i - 15], 7) ^ rotr(w[i - 15], 18) ^ (w[i - 15] >> 3);
-            const uint32_t s1 = rotr(w[i - 2], 17) ^ rotr(w[i - 2], 19) ^ (w[i - 2] >> 10);
+            const uint32_t s0 = Rotr(w[i - 15], 7) ^ Rotr(w[i - 15], 18) ^ (w[i - 15] >> 3);
+            const uint32_t s1 = Rotr(w[i - 2], 17) ^ Rotr(w[i - 2], 19) ^ (w[i - 2] >> 10);
             w[i] = w[i - 16] + s0 + w[i - 7] + s1;
         }
-        uint32_t a = h[0], b = h[1], c = h[2], d = h[3], e = h[4], f = h[5], g = h[6], hh = h[7];
+        uint32_t a = h_[0], b = h_[1], c = h_[2], d = h_[3], e = h_[4], f = h_[5], g = h_[6], h = h_[7];
         for (int i = 0; i < 64; ++i) {
-            const uint32_t t1 = hh + (rotr(e, 6) ^ rotr(e, 11) ^ rotr(e, 25)) + ((e & f) ^ (~e & g)) + k[i] + w[i];
-            const uint32_t t2 = (rotr(a, 2) ^ rotr(a, 13) ^ rotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
-            hh = g, g = f, f = e, e = d + t1, d = c, c = b, b = a, a = t1 + t2;
+            const uint32_t t1 = h + (Rotr(e, 6) ^ Rotr(e, 11) ^ Rotr(e, 25)) + ((e & f) ^ (~e & g)) + k[i] + w[i];
+            const uint32_t t2 = (Rotr(a, 2) ^ Rotr(a, 13) ^ Rotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
+            h = g, g = f, f = e, e = d + t1, d = c, c = b, b = a, a = t1 + t2;
         }
-        h[0] += a, h[1] += b, h[2] += c, h[3] += d, h[4] += e, h[5] += f, h[6] += g, h[7] += hh;
+        h_[0] += a, h_[1] += b, h_[2] += c, h_[3] += d, h_[4] += e, h_[5] += f, h_[6] += g, h_[7] += h;
     }
-    char out[17];
-    std::snprintf(out, sizeof out, "%08x%08x", h[0], h[1]);
-    return out;
-}
+
+    uint32_t h_[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a, 0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+    uint8_t block_[64] = {};
+    size_t fill_ = 0;
+    uint64_t total_ = 0;
+};
 
 // The samples as the data folder hashes them: int64 little-endian, planes red,
 // green, blue, each height x width.
 std::string SampleHash(const ImageBuffer* image) {
-    std::vector<uint8_t> bytes;
+    Sha256 sha;
     const size_t n = static_cast<size_t>(image->width) * image->height;
-    bytes.reserve(n * 24);
+    std::vector<uint8_t> row(static_cast<size_t>(image->width) * 8);
     for (const int64_t* plane : {image->red, image->green, image->blue})
-        for (size_t i = 0; i < n; ++i)
-            for (int b = 0; b < 8; ++b) bytes.push_back(static_cast<uint8_t>(static_cast<uint64_t>(plane[i]) >> (8 * b)));
-    return Sha256Hex16(bytes);
+        for (size_t start = 0; start < n; start += image->width) {
+            for (int32_t x = 0; x < image->width; ++x) {
+                const uint64_t v = static_cast<uint64_t>(plane[start + x]);
+                for (int b = 0; b < 8; ++b) row[8 * x + b] = static_cast<uint8_t>(v >> (8 * b));
+            }
+            sha.Update(row.data(), row.size());
+        }
+    return sha.Hex16();
 }
 
 // ---------------------------------------------------------------- reference
