@@ -3,6 +3,10 @@
 // integer divisions stay integer.
 #include "ui/ValueLabel.h"
 
+#include "ui/Toolkit.h"
+#include "ui/Toolkit_Events.h"
+#include "ui/WidgetKinds.h"
+
 #include <cstdio>
 
 namespace {
@@ -155,4 +159,20 @@ std::string ValueLabel_Text(ValueLabelKind kind, const ValueLabelInput& input) {
     char text[kValueLabelCapacity];
     const size_t length = ValueLabel_Format(kind, input, text, sizeof text);
     return std::string(text, length);
+}
+
+void ValueLabel_Update(Toolkit* toolkit, Widget* setter, uint32_t position) {
+    auto* record = Widget_Record<LevelSetterRecord>(setter);
+    if (!toolkit || !record) return;
+    ValueLabelInput input;
+    input.position = position;
+    input.maximum = record->maximum;
+    input.extentW = record->extentW;
+    input.extentH = record->extentH;
+    if (record->figures) record->figures(record->figuresUser, position, input.figures);
+    if (auto* label = Widget_Record<LabelRecord>(record->valueLabel)) {
+        label->text = ValueLabel_Text(record->labelKind, input);
+        Toolkit_PostEvent(toolkit, record->valueLabel, kEventDraw);
+    }
+    Toolkit_ProcessPendingDraws(toolkit);
 }

@@ -65,3 +65,8 @@ std::string ValueLabel_Text(ValueLabelKind kind, const ValueLabelInput& input);
 
 // Fills the figures of the module-computed members from the position.
 using ValueLabelFiguresFn = void (*)(void* user, uint32_t position, double figures[3]);
+
+// Formats the setter's position with the member its record names, puts the
+// text into the setter's value label and runs the pending draw requests, so
+// that the label changes while the user is still dragging.
+void ValueLabel_Update(Toolkit* toolkit, Widget* setter, uint32_t position);

@@ -1,0 +1,220 @@
+// The resource archive: header checks, the slot walk, bucket chains, entry
+// reads and seeks, with archives written by the tests' own builder.
+#include "ArchiveBuilder.h"
+#include "host/Host.h"
+#include "ui/archive/Resources_Archive.h"
+#include "ui/archive/Resources_Open.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using archive_test::Build;
+using archive_test::Bytes;
+using archive_test::WriteTemp;
+
+struct OpenedArchive {
+    ResourceArchive archive;
+    int code = -1;
+};
+
+std::unique_ptr<OpenedArchive> Open(const std::vector<uint8_t>& file, const std::string& tag) {
+    auto opened = std::make_unique<OpenedArchive>();
+    opened->code = ResourceArchive_AddVolume(&opened->archive, WriteTemp(file, tag).c_str());
+    return opened;
+}
+
+TEST(ResourceArchiveHeader, AcceptsVdskWithIndex) {
+    auto a = Open(Build({{"a.xml", Bytes("<FORM></FORM>")}}), "ok");
+    EXPECT_EQ(a->code, kResourceOk);
+    EXPECT_EQ(a->archive.volumes.size(), 1u);
+}
+
+TEST(ResourceArchiveHeader, WrongCreatorIsRefusedWithTen) {
+    archive_test::Options options;
+    options.creator = "VDSX";
+    auto a = Open(Build({{"a.xml", Bytes("x")}}, options), "creator");
+    EXPECT_EQ(a->code, kResourceCorrupt);
+    EXPECT_TRUE(a->archive.volumes.empty());
+}
+
+TEST(ResourceArchiveHeader, WrongTypeIsRefusedWithTen) {
+    archive_test::Options options;
+    options.type = "DATA";
+    EXPECT_EQ(Open(Build({{"a.xml", Bytes("x")}}, options), "type")->code, kResourceCorrupt);
+}
+
+TEST(ResourceArchiveHeader, MissingFileGivesThree) {
+    ResourceArchive archive;
+    EXPECT_EQ(ResourceArchive_AddVolume(&archive, "/nonexistent/pellucida/resources"), kResourceCannotOpen);
+}
+
+TEST(ResourceArchiveHeader, NoIndexRecordGivesEleven) {
+    archive_test::Options options;
+    options.withIndex = false;
+    auto a = Open(Build({{"a.xml", Bytes("x")}}, options), "noindex");
+    EXPECT_EQ(a->code, kResourceNoIndex);
+    EXPECT_TRUE(a->archive.volumes.empty());
+}
+
+TEST(ResourceArchiveHeader, ZeroSpanBeforeTheIndexGivesEleven) {
+    // Put an entry before the index: the walk must step over it by its span.
+    archive_test::Options options;
+    options.withIndex = false;
+    archive_test::Layout layout;
+    std::vector<uint8_t> file = Build({{"a.xml", Bytes("x")}, {"#", std::vector<uint8_t>(16384, 0)}}, options, &layout);
+    auto good = Open(file, "spanok");
+    EXPECT_EQ(good->code, kResourceOk);
+    file[layout.recordOffsets[0] + 12] = 0;  // span of slot 0
+    EXPECT_EQ(Open(file, "span0")->code, kResourceNoIndex);
+}
+
+TEST(ResourceArchiveLookup, TwoNamesInOneBucketAreBothFound) {
+    const auto [first, second] = archive_test::CollidingNames();
+    ASSERT_EQ(archive_test::Bucket(first), archive_test::Bucket(second));
+    ASSERT_EQ(Resources_Hash(first.c_str()) & 0x1FFF, archive_test::Bucket(first));
+    auto a = Open(Build({{first, Bytes("one")}, {"other.png", Bytes("png")}, {second, Bytes("second")}}), "bucket");
+    ASSERT_EQ(a->code, kResourceOk);
+    EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, first.c_str()), Bytes("one"));
+    EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, second.c_str()), Bytes("second"));
+    EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, "other.png"), Bytes("png"));
+}
+
+TEST(ResourceArchiveLookup, EmptyBucketGivesSevenWithoutReadingARecord) {
+    // Every entry record is made unreadable (its slot points past the end of
+    // the file): had the lookup read one, it would report a broken archive.
+    archive_test::Layout layout;
+    std::vector<uint8_t> file = Build({{"a.xml", Bytes("x")}, {"b.xml", Bytes("y")}}, {}, &layout);
+    for (uint32_t slot = 1; slot < 3; ++slot) archive_test::PutBe32(file, 78 + 8 * slot, 0x7FFFFFF0);
+    auto a = Open(file, "empty_bucket");
+    ASSERT_EQ(a->code, kResourceOk);
+    std::string missing = "missing.xml";
+    ASSERT_NE(archive_test::Bucket(missing), archive_test::Bucket("a.xml"));
+    ASSERT_NE(archive_test::Bucket(missing), archive_test::Bucket("b.xml"));
+    ResourceEntry* entry = nullptr;
+    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, missing.c_str(), kResourceModeRead, &entry), kResourceNotFound);
+    EXPECT_EQ(entry, nullptr);
+    // The damaged records themselves are reported as a broken archive.
+    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, "a.xml", kResourceModeRead, &entry), kResourceCorrupt);
+}
+
+TEST(ResourceArchiveLookup, NameMissingFromItsChainGivesSeven) {
+    const auto [first, second] = archive_test::CollidingNames();
+    auto a = Open(Build({{first, Bytes("one")}}), "chain_missing");
+    ResourceEntry* entry = nullptr;
+    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, second.c_str(), kResourceModeRead, &entry), kResourceNotFound);
+}
+
+TEST(ResourceArchiveLookup, ChainLinkBeyondTheSlotsGivesTen) {
+    const auto [first, second] = archive_test::CollidingNames();
+    archive_test::Layout layout;
+    std::vector<uint8_t> file = Build({{first, Bytes("one")}}, {}, &layout);
+    archive_test::PutLe16(file, layout.recordOffsets[1] + 16, 99);  // "next" of the only record
+    auto a = Open(file, "chain_broken");
+    ResourceEntry* entry = nullptr;
+    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, second.c_str(), kResourceModeRead, &entry), kResourceCorrupt);
+}
+
+TEST(ResourceArchiveLookup, ChainThatLoopsGivesTen) {
+    const auto [first, second] = archive_test::CollidingNames();
+    archive_test::Layout layout;
+    std::vector<uint8_t> file = Build({{first, Bytes("one")}}, {}, &layout);
+    archive_test::PutLe16(file, layout.recordOffsets[1] + 16, 1);  // points at itself
+    auto a = Open(file, "chain_loop");
+    ResourceEntry* entry = nullptr;
+    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, second.c_str(), kResourceModeRead, &entry), kResourceCorrupt);
+}
+
+TEST(ResourceArchiveLookup, IndexItselfIsFoundByTheWalk) {
+    auto a = Open(Build({{"a.xml", Bytes("x")}}), "index");
+    ResourceEntry* entry = nullptr;
+    ASSERT_EQ(ResourceArchive_OpenEntry(&a->archive, "#", kResourceModeRead, &entry), kResourceOk);
+    EXPECT_EQ(entry->dataLength, 16384u);
+    ResourceEntry_Close(&a->archive, entry);
+    EXPECT_TRUE(a->archive.entries.empty());
+}
+
+TEST(ResourceArchiveLookup, NoArchiveGivesFive) {
+    ResourceEntry* entry = nullptr;
+    EXPECT_EQ(ResourceArchive_OpenEntry(nullptr, "a.xml", kResourceModeRead, &entry), kResourceNoTarget);
+}
+
+TEST(ResourceArchiveLookup, NewerVolumeIsSearchedFirst) {
+    auto a = Open(Build({{"a.xml", Bytes("old")}, {"b.xml", Bytes("only old")}}), "vol_old");
+    ASSERT_EQ(ResourceArchive_AddVolume(&a->archive, WriteTemp(Build({{"a.xml", Bytes("new")}}), "vol_new").c_str()),
+              kResourceOk);
+    EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, "a.xml"), Bytes("new"));
+    EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, "b.xml"), Bytes("only old"));
+}
+
+TEST(ResourceEntryRead, PastTheEndReturnsTheRestThenNothing) {
+    auto a = Open(Build({{"data.bin", Bytes("0123456789")}}), "read");
+    ResourceEntry* entry = nullptr;
+    ASSERT_EQ(ResourceArchive_OpenEntry(&a->archive, "data.bin", kResourceModeRead, &entry), kResourceOk);
+    char buffer[8] = {};
+    EXPECT_EQ(ResourceEntry_Read(&a->archive, entry, buffer, 4), kResourceOk);
+    EXPECT_EQ(std::string(buffer, 4), "0123");
+    std::fill(std::begin(buffer), std::end(buffer), '.');
+    EXPECT_EQ(ResourceEntry_Read(&a->archive, entry, buffer, 8), kResourceShortRead);
+    EXPECT_EQ(std::string(buffer, 8), "456789..");
+    EXPECT_EQ(entry->position, 10u);
+    EXPECT_EQ(ResourceEntry_Read(&a->archive, entry, buffer, 1), kResourceShortRead);
+    EXPECT_EQ(buffer[0], '4');
+}
+
+TEST(ResourceEntryRead, WithoutBufferOnlyAdvances) {
+    auto a = Open(Build({{"data.bin", Bytes("0123456789")}}), "nobuf");
+    ResourceEntry* entry = nullptr;
+    ASSERT_EQ(ResourceArchive_OpenEntry(&a->archive, "data.bin", kResourceModeRead, &entry), kResourceOk);
+    EXPECT_EQ(ResourceEntry_Read(&a->archive, entry, nullptr, 3), kResourceNoTarget);
+    EXPECT_EQ(entry->position, 3u);
+    char c = 0;
+    EXPECT_EQ(ResourceEntry_Read(&a->archive, entry, &c, 1), kResourceOk);
+    EXPECT_EQ(c, '3');
+}
+
+TEST(ResourceEntrySeek, ClampsToTheData) {
+    auto a = Open(Build({{"data.bin", Bytes("0123456789")}}), "seek");
+    ResourceEntry* entry = nullptr;
+    ASSERT_EQ(ResourceArchive_OpenEntry(&a->archive, "data.bin", kResourceModeRead, &entry), kResourceOk);
+    ResourceEntry_Seek(&a->archive, entry, 5, 2);
+    EXPECT_EQ(entry->position, 10u);
+    ResourceEntry_Seek(&a->archive, entry, -3, 2);
+    EXPECT_EQ(entry->position, 7u);
+    ResourceEntry_Seek(&a->archive, entry, -100, 1);
+    EXPECT_EQ(entry->position, 0u);
+    ResourceEntry_Seek(&a->archive, entry, 2, 0);
+    ResourceEntry_Seek(&a->archive, entry, 3, 1);
+    char c = 0;
+    EXPECT_EQ(ResourceEntry_Read(&a->archive, entry, &c, 1), kResourceOk);
+    EXPECT_EQ(c, '5');
+}
+
+TEST(ResourceLoadWhole, EmptyAndMissingEntriesGiveNothing) {
+    auto a = Open(Build({{"empty.txt", {}}, {"a.txt", Bytes("abc")}}), "whole");
+    EXPECT_TRUE(ResourceArchive_LoadWhole(&a->archive, "empty.txt").empty());
+    EXPECT_TRUE(ResourceArchive_LoadWhole(&a->archive, "nothere.txt").empty());
+    EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, "a.txt"), Bytes("abc"));
+    EXPECT_TRUE(a->archive.entries.empty());
+}
+
+TEST(ResourceOpen, StartUpMessageKeepsItsWording) {
+    EXPECT_STREQ(kResourcesMissingMessage,
+                 "The application could not start because it could not find the 'resources' file, or the "
+                 "'resources' file is write protected. Please make sure it is available in the same folder as the "
+                 "application executable and that it the folder and the 'resources' file has read/write "
+                 "permissions set.");
+    int code = -1;
+    EXPECT_EQ(Resources_OpenPath("/nonexistent/resources", &code), nullptr);
+    EXPECT_EQ(code, kResourceCannotOpen);
+}
+
+TEST(ResourceOpenDeathTest, MissingArchiveEndsWithStatusZero) {
+    // The program folder of the test binary holds no archive of that name
+    // unless the build put one there; the test is meaningful only without it.
+    if (std::filesystem::exists(Resources_DefaultPath())) GTEST_SKIP() << "an archive lies beside the test program";
+    Host_SelectBackend("headless");
+    EXPECT_EXIT(Resources_Open(), ::testing::ExitedWithCode(0), "could not find the 'resources' file");
+}
+
+}  // namespace

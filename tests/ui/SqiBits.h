@@ -1,0 +1,61 @@
+// Writing .sqi bit streams by hand for the decoder tests: bits least
+// significant first within each byte, a value's lowest bit first.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace sqi_test {
+
+struct BitWriter {
+    std::vector<uint8_t> bytes;
+    uint64_t bits = 0;
+
+    void Bit(uint32_t b) {
+        if (bits % 8 == 0) bytes.push_back(0);
+        if (b) bytes.back() |= uint8_t(1u << (bits % 8));
+        ++bits;
+    }
+    void Value(uint32_t v, int width) {
+        for (int i = 0; i < width; ++i) Bit((v >> i) & 1u);
+    }
+    // A node: its value, then its split bit.
+    void Leaf(uint32_t v, int width) {
+        Value(v, width);
+        Bit(0);
+    }
+    void Split(uint32_t v, int width) {
+        Value(v, width);
+        Bit(1);
+    }
+};
+
+inline void PutLe(std::vector<uint8_t>& out, uint32_t v, int bytes) {
+    for (int i = 0; i < bytes; ++i) out.push_back(uint8_t(v >> (8 * i)));
+}
+
+// A whole file from four plane streams.
+inline std::vector<uint8_t> File(uint16_t w, uint16_t h, uint32_t mode, const BitWriter (&planes)[4]) {
+    std::vector<uint8_t> out;
+    PutLe(out, w, 2);
+    PutLe(out, h, 2);
+    PutLe(out, mode, 4);
+    for (const BitWriter& p : planes) {
+        PutLe(out, uint32_t(p.bytes.size()), 4);
+        out.insert(out.end(), p.bytes.begin(), p.bytes.end());
+    }
+    return out;
+}
+
+// Four planes that are each one uniform leaf.
+inline std::vector<uint8_t> Uniform(uint16_t w, uint16_t h, uint32_t mode, uint32_t r, uint32_t g, uint32_t b,
+                                    uint32_t a) {
+    BitWriter planes[4];
+    planes[0].Leaf(r, 5);
+    planes[1].Leaf(g, 6);
+    planes[2].Leaf(b, 5);
+    planes[3].Leaf(a, 8);
+    return File(w, h, mode, planes);
+}
+
+}  // namespace sqi_test

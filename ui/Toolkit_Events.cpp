@@ -1,0 +1,60 @@
+// The toolkit's event ring.
+#include "ui/Toolkit_Events.h"
+
+#include "ui/Toolkit.h"
+
+#include <cstdlib>
+
+namespace {
+
+uint32_t Slot(const ToolkitEventRing& ring, uint32_t k) { return (ring.readIndex + k) % kToolkitEventRingSize; }
+
+bool IsPlainDraw(const ToolkitEvent& e) {
+    return e.code == kEventDraw && e.payload[0] == 0 && e.payload[1] == 0 && e.payload[2] == 0;
+}
+
+}  // namespace
+
+void Toolkit_PostEvent(Toolkit* toolkit, Widget* widget, uint32_t code, uint32_t payload0, uint32_t payload1,
+                       uint32_t payload2) {
+    ToolkitEventRing& ring = toolkit->events;
+    if (ring.pending >= kToolkitEventRingSize - 1) std::exit(0);
+    ToolkitEvent& e = ring.entries[Slot(ring, ring.pending)];
+    e.widget = widget;
+    e.code = code;
+    e.payload[0] = payload0;
+    e.payload[1] = payload1;
+    e.payload[2] = payload2;
+    ++ring.pending;
+}
+
+bool Toolkit_TakeEvent(Toolkit* toolkit, ToolkitEvent* event) {
+    ToolkitEventRing& ring = toolkit->events;
+    if (ring.pending == 0) return false;
+    if (event) *event = ring.entries[ring.readIndex];
+    ring.readIndex = Slot(ring, 1);
+    --ring.pending;
+    return true;
+}
+
+uint32_t Toolkit_PendingEvents(const Toolkit* toolkit) { return toolkit->events.pending; }
+
+void Toolkit_ProcessPendingDraws(Toolkit* toolkit) {
+    ToolkitEventRing& ring = toolkit->events;
+    // Compacts in place: kept entries slide towards the read end in order.
+    const uint32_t count = ring.pending;
+    uint32_t kept = 0;
+    for (uint32_t k = 0; k < count; ++k) {
+        const ToolkitEvent e = ring.entries[Slot(ring, k)];
+        if (!IsPlainDraw(e)) {
+            ring.entries[Slot(ring, kept++)] = e;
+            continue;
+        }
+        if (e.widget && e.widget->handler) {
+            WidgetEvent event;
+            event.code = kEventDraw;
+            e.widget->handler(toolkit, e.widget, &event);
+        }
+    }
+    ring.pending = kept;
+}
