@@ -162,6 +162,10 @@ int ResourceArchive_AddVolume(ResourceArchive* archive, const char* path) {
     volume->path = path;
     volume->file.reset(std::fopen(path, "rb"));
     if (!volume->file) return kResourceCannotOpen;
+    if (std::fseek(volume->file.get(), 0, SEEK_END) == 0) {
+        const long end = std::ftell(volume->file.get());
+        volume->fileSize = end > 0 ? static_cast<uint64_t>(end) : 0;
+    }
     uint8_t header[kResourceFileHeaderSize];
     if (!ReadAt(volume.get(), 0, header, sizeof header) || ReadBe32(header + kTypeOffset) != kResourceSignature ||
         ReadBe32(header + kCreatorOffset) != kResourceSignature)
@@ -253,7 +257,9 @@ std::vector<uint8_t> ResourceArchive_LoadWhole(ResourceArchive* archive, const c
     std::vector<uint8_t> data;
     ResourceEntry* entry = nullptr;
     if (ResourceArchive_OpenEntry(archive, name, kResourceModeRead, &entry) != kResourceOk) return data;
-    if (entry->dataLength > 0) {
+    // An entry that claims more than the file holds cannot be read whole:
+    // refused before the memory for it is asked for.
+    if (entry->dataLength > 0 && entry->dataOffset + entry->dataLength <= entry->volume->fileSize) {
         try {
             data.resize(entry->dataLength);
         } catch (const std::bad_alloc&) {

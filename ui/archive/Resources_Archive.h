@@ -42,6 +42,7 @@ struct ResourceVolume {
     std::string path;
     std::unique_ptr<std::FILE, FileCloser> file;
     int64_t streamPosition = -1;  // where the stream stands, -1 when unknown
+    uint64_t fileSize = 0;
     uint32_t writers = 0;
 };
 
