@@ -1,0 +1,342 @@
+// AutoDev's computation, stage by stage:
+//   1-5  the clamped source brought to 24 bits and reduced to its luminance L
+//        (read from the source on the fly: the source itself is never changed);
+//   6    detail suppression: L' = trunc(t * L + (1 - t) * blur(L)), t = (L / max)^(1/2.2);
+//   7    the weight map from L';
+//   8    the exact count and weight histograms over L;
+//   9-11 segments, curve, normalise and tone blend, as one map from each
+//        occurring L to its final grey value (AutoDev_Curve.cpp);
+//   12   colour given back from the clamped source, or grey for monochrome data.
+// Luminance planes are 24-bit values held in 32 bits. The cancel flag is tested
+// between the stages and per row inside the parallel ones.
+#include "modules/autodev/AutoDev_Kernel.h"
+
+#include "host/Host_Threads.h"
+#include "image/Image.h"
+#include "modules/autodev/AutoDev_Internal.h"
+#include "modules/common/GaussianBlur.h"
+#include "modules/common/WorkPlane.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+constexpr const char* kStageAutoDev = "AutoDev";
+constexpr double kBlurStep = 0.05;
+constexpr double kBlurBase = 0.5;
+constexpr double kPercent = 0.01;
+constexpr double kDetailExponent = 1 / 2.2;
+
+// Rows of one worker's band.
+struct Band {
+    int32_t begin, end;
+};
+Band BandOf(uint32_t k, uint32_t n, int32_t height) {
+    return {static_cast<int32_t>(int64_t{height} * k / n), static_cast<int32_t>(int64_t{height} * (k + 1) / n)};
+}
+
+bool RowStop(const KernelControl* control, std::atomic<bool>* stopped, int32_t row) {
+    if ((row & 31) != 0) return false;
+    if (stopped->load(std::memory_order_relaxed)) return true;
+    if (KernelControl_Cancelled(control)) {
+        stopped->store(true);
+        return true;
+    }
+    return false;
+}
+
+// ---- Stages 2, 4, 5: clamp, 24 bits, luminance ------------------------------
+
+struct LumJob {
+    const ImageBuffer* source;
+    int32_t* lum;
+    uint8_t* used;  // one flag per 24-bit value
+    const KernelControl* control;
+    std::atomic<bool>* stopped;
+    int32_t* ranges;  // per worker: smallest and largest L of its band
+    uint32_t workerIndex, workerCount;
+};
+
+void LumWorker(LumJob* j) {
+    const ImageBuffer& s = *j->source;
+    const Band band = BandOf(j->workerIndex, j->workerCount, s.height);
+    const int64_t top = s.maxValue - 1;
+    const int shift = static_cast<int>(s.bitDepth) - kAutoDevDepth;
+    int32_t lo = kAutoDevMax, hi = 0;
+    for (int32_t y = band.begin; y < band.end; ++y) {
+        if (RowStop(j->control, j->stopped, y - band.begin)) return;
+        const int64_t* r = s.red + int64_t{y} * s.stride;
+        const int64_t* g = s.green + int64_t{y} * s.stride;
+        const int64_t* b = s.blue + int64_t{y} * s.stride;
+        int32_t* out = j->lum + int64_t{y} * s.width;
+        for (int32_t x = 0; x < s.width; ++x) {
+            int64_t cr = std::clamp<int64_t>(r[x], 0, top);
+            int64_t cg = std::clamp<int64_t>(g[x], 0, top);
+            int64_t cb = std::clamp<int64_t>(b[x], 0, top);
+            if (shift >= 0) {
+                cr >>= shift;
+                cg >>= shift;
+                cb >>= shift;
+            } else {
+                cr <<= -shift;
+                cg <<= -shift;
+                cb <<= -shift;
+            }
+            const int32_t l = static_cast<int32_t>((cr + cg + cb) / 3);
+            out[x] = l;
+            lo = std::min(lo, l);
+            hi = std::max(hi, l);
+        }
+        // Marking in a second sweep keeps the loop above vectorisable. Both
+        // workers may store 1 into the same flag.
+        for (int32_t x = 0; x < s.width; ++x) std::atomic_ref<uint8_t>(j->used[out[x]]).store(1, std::memory_order_relaxed);
+    }
+    j->ranges[2 * j->workerIndex] = lo;
+    j->ranges[2 * j->workerIndex + 1] = hi;
+}
+
+// ---- Stage 6: detail suppression --------------------------------------------
+
+struct DetailTableJob {
+    const uint8_t* used;
+    double* t;
+    int32_t lo, hi;
+    uint32_t workerIndex, workerCount;
+};
+
+void DetailTableWorker(DetailTableJob* j) {
+    constexpr int32_t kBlock = 4096;
+    const double m = static_cast<double>(kAutoDevMax);
+    for (int64_t b = j->lo + int64_t{kBlock} * j->workerIndex; b <= j->hi; b += int64_t{kBlock} * j->workerCount)
+        for (int64_t v = b; v < std::min<int64_t>(b + kBlock, int64_t{j->hi} + 1); ++v)
+            if (j->used[v]) j->t[v] = std::pow(static_cast<double>(v) / m, kDetailExponent);
+}
+
+struct BlendJob {
+    const int32_t* lum;
+    int32_t* blurred;  // becomes L'
+    const double* t;
+    int64_t count;
+    uint32_t workerIndex, workerCount;
+};
+
+void BlendWorker(BlendJob* j) {
+    const int64_t begin = j->count * j->workerIndex / j->workerCount;
+    const int64_t end = j->count * (j->workerIndex + 1) / j->workerCount;
+    for (int64_t i = begin; i < end; ++i) {
+        const int32_t l = j->lum[i];
+        const double t = j->t[l];
+        j->blurred[i] = static_cast<int32_t>(t * static_cast<double>(l) + (1 - t) * static_cast<double>(j->blurred[i]));
+    }
+}
+
+// ---- Stage 8: histograms ------------------------------------------------------
+
+void FillHistograms(const int32_t* lum, const int32_t* weight, int32_t width, int32_t height,
+                    const AutoDevSettings& st, uint32_t* counts, int64_t* weights) {
+    const int32_t x0 = std::clamp(st.roiX, 0, width), x1 = std::clamp(st.roiX + st.roiWidth, x0, width);
+    for (int32_t y = 0; y < height; ++y) {
+        const int32_t* l = lum + int64_t{y} * width;
+        const int32_t* w = weight + int64_t{y} * width;
+        for (int32_t x = 0; x < width; ++x) ++counts[l[x]];
+        const bool rowInside = y >= st.roiY && y < st.roiY + st.roiHeight;
+        const int32_t in0 = rowInside ? x0 : width, in1 = rowInside ? x1 : width;
+        for (int32_t x = 0; x < in0; ++x) weights[l[x]] += static_cast<int64_t>(w[x] * st.p4);
+        for (int32_t x = in0; x < in1; ++x) weights[l[x]] += w[x];
+        for (int32_t x = std::max(in1, in0); x < width; ++x) weights[l[x]] += static_cast<int64_t>(w[x] * st.p4);
+    }
+}
+
+// ---- Stage 12: output --------------------------------------------------------
+
+struct OutputJob {
+    const ImageBuffer* source;
+    ImageBuffer* destination;
+    const int32_t* lum;
+    const int64_t* map;
+    bool monochrome;
+    uint32_t workerIndex, workerCount;
+};
+
+void OutputWorker(OutputJob* j) {
+    const ImageBuffer& s = *j->source;
+    ImageBuffer& d = *j->destination;
+    const Band band = BandOf(j->workerIndex, j->workerCount, s.height);
+    const int64_t maxValue = s.maxValue;
+    const int64_t top = maxValue - 1;
+    for (int32_t y = band.begin; y < band.end; ++y) {
+        const int32_t* l = j->lum + int64_t{y} * s.width;
+        const int64_t* r = s.red + int64_t{y} * s.stride;
+        const int64_t* g = s.green + int64_t{y} * s.stride;
+        const int64_t* b = s.blue + int64_t{y} * s.stride;
+        int64_t* dr = d.red + int64_t{y} * d.stride;
+        int64_t* dg = d.green + int64_t{y} * d.stride;
+        int64_t* db = d.blue + int64_t{y} * d.stride;
+        if (j->monochrome) {
+            for (int32_t x = 0; x < s.width; ++x) dr[x] = dg[x] = db[x] = j->map[l[x]];
+            continue;
+        }
+        for (int32_t x = 0; x < s.width; ++x) {
+            const int64_t grey = j->map[l[x]];
+            const int64_t cr = std::clamp<int64_t>(r[x], 0, top);
+            const int64_t cg = std::clamp<int64_t>(g[x], 0, top);
+            const int64_t cb = std::clamp<int64_t>(b[x], 0, top);
+            const int64_t ls = (cr + cg + cb) / 3;
+            if (ls == 0) {
+                dr[x] = dg[x] = db[x] = grey;
+                continue;
+            }
+            int64_t outR = grey * cr / ls, outG = grey * cg / ls, outB = grey * cb / ls;
+            const int64_t peak = std::max(outR, std::max(outG, outB));
+            if (peak > maxValue) {
+                outR = static_cast<int64_t>(static_cast<__int128>(outR) * maxValue / peak);
+                outG = static_cast<int64_t>(static_cast<__int128>(outG) * maxValue / peak);
+                outB = static_cast<int64_t>(static_cast<__int128>(outB) * maxValue / peak);
+            }
+            dr[x] = outR;
+            dg[x] = outG;
+            db[x] = outB;
+        }
+    }
+}
+
+}  // namespace
+
+AutoDevSettings AutoDev_Settings(const AutoDevParams& params, int32_t width, int32_t height) {
+    int32_t v[8];
+    AutoDev_ParamValues(params, width, height, v);
+    const AutoDevParams p = AutoDev_ParamsFromValues(v);
+    AutoDevSettings s;
+    s.p1 = p.blur * kBlurStep + kBlurBase;
+    s.p2 = p.curve * kPercent;
+    s.p3 = p.tone * kPercent;
+    s.p4 = p.outside * kPercent;
+    s.roiX = std::min(p.roiX0, p.roiX1);
+    s.roiY = std::min(p.roiY0, p.roiY1);
+    s.roiWidth = std::max(p.roiX0, p.roiX1) - s.roiX;
+    s.roiHeight = std::max(p.roiY0, p.roiY1) - s.roiY;
+    const int64_t roiArea = int64_t{s.roiWidth} * s.roiHeight;
+    if (roiArea != 0)
+        s.p4 = s.p4 * (static_cast<double>(roiArea) / static_cast<double>(int64_t{width} * height));
+    return s;
+}
+
+bool AutoDev_IsMonochrome(const ImageBuffer* image) {
+    if (!image) return true;
+    const int64_t threshold = image->bitDepth >= 8 ? int64_t{1} << (image->bitDepth - 8) : 1;
+    for (int32_t y = 0; y < image->height; ++y) {
+        const int64_t* r = image->red + int64_t{y} * image->stride;
+        const int64_t* g = image->green + int64_t{y} * image->stride;
+        const int64_t* b = image->blue + int64_t{y} * image->stride;
+        bool colour = false;
+        for (int32_t x = 0; x < image->width; ++x)
+            colour |= std::abs(r[x] - g[x]) >= threshold || std::abs(r[x] - b[x]) >= threshold ||
+                      std::abs(g[x] - b[x]) >= threshold;
+        if (colour) return false;
+    }
+    return true;
+}
+
+bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const AutoDevParams& params,
+                     bool monochrome, const KernelControl* control) {
+    if (!source || !destination || source->width <= 0 || source->height <= 0) return false;
+    if (destination->width != source->width || destination->height != source->height) return false;
+    const int32_t width = source->width, height = source->height;
+    const int64_t pixels = int64_t{width} * height;
+    const AutoDevSettings settings = AutoDev_Settings(params, width, height);
+    std::atomic<bool> stopped{false};
+
+    KernelControl_Report(control, kStageAutoDev, 0);
+    WorkPlane<int32_t> lum = WorkPlane_Allocate<int32_t>(size_t(pixels));
+    WorkPlane<uint8_t> used = WorkPlane_AllocateZeroed<uint8_t>(kAutoDevValues);
+    const uint32_t workers = Host_GetProcessorCount();
+    std::vector<int32_t> ranges(2 * size_t(workers));
+    for (uint32_t k = 0; k < workers; ++k) {
+        ranges[2 * k] = kAutoDevMax;
+        ranges[2 * k + 1] = 0;
+    }
+    Host_RunWorkers(LumJob{source, lum.get(), used.get(), control, &stopped, ranges.data(), 0, 1}, &LumWorker);
+    if (stopped.load()) return false;
+    int32_t lo = kAutoDevMax, hi = 0;
+    for (uint32_t k = 0; k < workers; ++k) {
+        lo = std::min(lo, ranges[2 * k]);
+        hi = std::max(hi, ranges[2 * k + 1]);
+    }
+    if (KernelControl_Cancelled(control)) return false;
+    KernelControl_Report(control, kStageAutoDev, 10);
+
+    // Stage 6: t depends on one 24-bit value only; it is worked out once for
+    // every value that occurs.
+    WorkPlane<int32_t> blended = WorkPlane_Allocate<int32_t>(size_t(pixels));
+    {
+        WorkPlane<double> t = WorkPlane_Allocate<double>(kAutoDevValues);
+        Host_RunWorkers(DetailTableJob{used.get(), t.get(), lo, hi, 0, 1}, &DetailTableWorker);
+        used.reset();
+        if (!GaussianBlur(lum.get(), blended.get(), width, height, width, settings.p1, control)) return false;
+        Host_RunWorkers(BlendJob{lum.get(), blended.get(), t.get(), pixels, 0, 1}, &BlendWorker);
+    }
+    if (KernelControl_Cancelled(control)) return false;
+    KernelControl_Report(control, kStageAutoDev, 40);
+
+    // Stage 7.
+    WorkPlane<int32_t> weight = WorkPlane_Allocate<int32_t>(size_t(pixels));
+    if (!AutoDev_WeightMap(blended.get(), weight.get(), width, height, width, settings.p2, kAutoDevMax, control))
+        return false;
+    blended.reset();
+    KernelControl_Report(control, kStageAutoDev, 60);
+
+    // Stages 8 to 11.
+    WorkPlane<int64_t> map = WorkPlane_Allocate<int64_t>(kAutoDevValues);
+    {
+        WorkPlane<uint32_t> counts = WorkPlane_AllocateZeroed<uint32_t>(kAutoDevValues);
+        WorkPlane<int64_t> weights = WorkPlane_AllocateZeroed<int64_t>(kAutoDevValues);
+        FillHistograms(lum.get(), weight.get(), width, height, settings, counts.get(), weights.get());
+        weight.reset();
+        if (KernelControl_Cancelled(control)) return false;
+        KernelControl_Report(control, kStageAutoDev, 75);
+        const AutoDevHistogram histogram{counts.get(), weights.get(), lo, hi};
+        AutoDev_BuildOutputMap(histogram, pixels, settings, source->bitDepth, source->maxValue, map.get());
+    }
+    if (KernelControl_Cancelled(control)) return false;
+    KernelControl_Report(control, kStageAutoDev, 85);
+
+    // Stage 12; from here on the destination is written and nothing cancels.
+    destination->bitDepth = source->bitDepth;
+    destination->maxValue = source->maxValue;
+    destination->mono = source->mono;
+    Host_RunWorkers(OutputJob{source, destination, lum.get(), map.get(), monochrome, 0, 1}, &OutputWorker);
+    KernelControl_Report(control, kStageAutoDev, 100);
+    return true;
+}
+
+ImageBuffer* AutoDev_Run(const ImageBuffer* source, const AutoDevParams& params, bool monochrome,
+                         const KernelControl* control) {
+    if (!source) return nullptr;
+    ImagePtr result(Image_Create(source->width, source->height));
+    if (source->attachment && source->attachmentSize > 0) {
+        result->attachment = static_cast<uint8_t*>(WorkPlane_AllocateBytes(source->attachmentSize, 1));
+        std::memcpy(result->attachment, source->attachment, source->attachmentSize);
+        result->attachmentSize = source->attachmentSize;
+    }
+    if (!AutoDev_RunInto(source, result.get(), params, monochrome, control)) return nullptr;
+    return result.release();
+}
+
+void AutoDev_ShadeOutsideRoi(ImageBuffer* preview, const AutoDevSettings& settings) {
+    if (!preview) return;
+    const int64_t max = preview->maxValue;
+    for (int32_t y = 0; y < preview->height; ++y) {
+        const bool rowInside = y >= settings.roiY && y < settings.roiY + settings.roiHeight;
+        for (int64_t* plane : {preview->red, preview->green, preview->blue}) {
+            int64_t* row = plane + int64_t{y} * preview->stride;
+            for (int32_t x = 0; x < preview->width; ++x) {
+                const bool inside = rowInside && x >= settings.roiX && x < settings.roiX + settings.roiWidth;
+                if (!inside) row[x] = (3 * row[x] + max) / 4;
+            }
+        }
+    }
+}

@@ -1,0 +1,19 @@
+// RotateImage: turns an image by an angle in degrees about its centre onto the
+// bounding canvas, bilinear and black outside the source. 0 is a copy; 90, 180
+// and 270 are lossless quarter turns in the same sense as the general case:
+// output (x, y) takes source (y, H - 1 - x) at 90, (W - 1 - x, H - 1 - y) at
+// 180 and (W - 1 - y, x) at 270.
+#pragma once
+
+#include "modules/common/KernelControl.h"
+
+#include <cstdint>
+
+struct ImageBuffer;
+
+// Canvas of the general rotation: trunc(2 x the largest x') by trunc(2 x the
+// largest y') over the four rotated corners (+-W/2, +-H/2).
+void Rotate_OutputSize(int32_t width, int32_t height, double degrees, int32_t* outWidth, int32_t* outHeight);
+
+// New image, or null when cancelled (tested per row; progress is row * 100 / H').
+ImageBuffer* RotateImage(const ImageBuffer* image, double degrees, const KernelControl* control);

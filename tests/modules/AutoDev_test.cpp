@@ -1,0 +1,323 @@
+// AutoDev: the derived parameters and RoI sizes, the monochrome test, the clamp
+// to max - 1, the segment and curve rules, the tone blend, determinism over
+// worker counts, and the stretch of a real linear stack.
+#include "modules/autodev/AutoDev_Internal.h"
+#include "modules/autodev/AutoDev_Kernel.h"
+
+#include "ModuleTestImages.h"
+#include "formats/Fits_Read.h"
+#include "support/TestData.h"
+
+#include <gtest/gtest.h>
+#include <lodepng.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+int64_t Median(std::vector<int64_t> v) {
+    std::nth_element(v.begin(), v.begin() + v.size() / 2, v.end());
+    return v[v.size() / 2];
+}
+
+std::vector<int64_t> Luminance(const ImageBuffer* image) {
+    std::vector<int64_t> l;
+    l.reserve(size_t(image->width) * size_t(image->height));
+    for (int32_t y = 0; y < image->height; ++y)
+        for (int32_t x = 0; x < image->width; ++x)
+            l.push_back((Pixel(image, 0, x, y) + Pixel(image, 1, x, y) + Pixel(image, 2, x, y)) / 3);
+    return l;
+}
+
+// A linear sky: faint background, noise, a few stars and a colour cast.
+ImagePtr SyntheticSky(int32_t w, int32_t h) {
+    return MakeImage(w, h, 30, [&](int32_t x, int32_t y, int c) {
+        const int64_t base = 20000000 + 3000000 * c;
+        const int64_t noise = static_cast<int64_t>(TestHash(uint64_t(y) * 7919 + uint64_t(x) * 3 + uint64_t(c)) % 2000000);
+        const int64_t dx = x % 37 - 18, dy = y % 29 - 14;
+        const int64_t star = dx * dx + dy * dy < 6 ? 600000000 / (1 + dx * dx + dy * dy) : 0;
+        return std::min<int64_t>(base + noise + star, (int64_t{1} << 30) - 1);
+    });
+}
+
+}  // namespace
+
+TEST(AutoDevSettings, DefaultsAndTheOffBlurPosition) {
+    const AutoDevSettings s = AutoDev_Settings(AutoDevParams{}, 100, 80);
+    // "off" on the form, yet a half-width of 0.5: the blur is not skipped.
+    EXPECT_EQ(s.p1, 0.5);
+    EXPECT_EQ(s.p2, 1.0);
+    EXPECT_EQ(s.p3, 0.5);
+    EXPECT_EQ(AutoDev_LogBlock(AutoDevParams{}, 100, 80).find("Parameter [Detail Blur] set to [off]\n") !=
+                  std::string::npos,
+              true);
+}
+
+TEST(AutoDevSettings, WholeImageRoiIsMaxMinusMinAndScalesTheOutsideWeight) {
+    const AutoDevSettings s = AutoDev_Settings(AutoDevParams{}, 100, 80);
+    EXPECT_EQ(s.roiX, 0);
+    EXPECT_EQ(s.roiY, 0);
+    EXPECT_EQ(s.roiWidth, 99);
+    EXPECT_EQ(s.roiHeight, 79);
+    EXPECT_DOUBLE_EQ(s.p4, 0.15 * (99.0 * 79.0 / 8000.0));
+}
+
+TEST(AutoDevSettings, CornersInAnyOrderAndZeroAreaRoi) {
+    AutoDevParams p;
+    p.roiX0 = 60;
+    p.roiX1 = 20;
+    p.roiY0 = 50;
+    p.roiY1 = 10;
+    const AutoDevSettings s = AutoDev_Settings(p, 100, 80);
+    EXPECT_EQ(s.roiX, 20);
+    EXPECT_EQ(s.roiY, 10);
+    EXPECT_EQ(s.roiWidth, 40);
+    EXPECT_EQ(s.roiHeight, 40);
+    EXPECT_DOUBLE_EQ(s.p4, 0.15 * (1600.0 / 8000.0));
+    p.roiX1 = 60;  // zero width: p4 stays as set
+    EXPECT_EQ(AutoDev_Settings(p, 100, 80).p4, 0.15);
+    // Corners beyond the image are clamped by the setters' ranges.
+    p.roiX0 = 0;
+    p.roiX1 = 5000;
+    EXPECT_EQ(AutoDev_Settings(p, 100, 80).roiWidth, 99);
+}
+
+TEST(AutoDevMonochrome, ThresholdIsTwoToTheDepthMinusEight) {
+    const int64_t t = int64_t{1} << 22;  // 30 bits
+    ImagePtr grey = MakeImage(8, 8, 30, [&](int32_t x, int32_t, int c) { return 1000000 + x + (c == 2 ? t - 1 : 0); });
+    EXPECT_TRUE(AutoDev_IsMonochrome(grey.get()));
+    ImagePtr colour = MakeImage(8, 8, 30, [&](int32_t x, int32_t y, int c) {
+        return 1000000 + x + (c == 1 && x == 7 && y == 7 ? t : 0);
+    });
+    EXPECT_FALSE(AutoDev_IsMonochrome(colour.get()));
+    ImagePtr eight = MakeImage(4, 4, 8, [](int32_t, int32_t, int c) { return 100 + c; });
+    EXPECT_FALSE(AutoDev_IsMonochrome(eight.get()));
+}
+
+TEST(AutoDevRun, InputsAtMaxEndAtMaxMinusOne) {
+    // A flat 24-bit image at its maximum: no structure, so the curve is the
+    // identity, and with no tone blend the clamp to max - 1 shows directly.
+    ImagePtr flat = MakeImage(16, 12, 24, [](int32_t, int32_t, int) { return (1 << 24) - 1; });
+    AutoDevParams p;
+    p.tone = 0;
+    for (bool mono : {true, false}) {
+        ImagePtr out(AutoDev_Run(flat.get(), p, mono, nullptr));
+        ASSERT_TRUE(out);
+        for (int c = 0; c < 3; ++c) EXPECT_EQ(Pixel(out.get(), c, 5, 5), (1 << 24) - 2);
+    }
+}
+
+TEST(AutoDevRun, FlatImageKeepsItsValueThroughTheIdentityCurve) {
+    ImagePtr flat = MakeImage(20, 10, 30, [](int32_t, int32_t, int) { return int64_t{123456} << 6; });
+    AutoDevParams p;
+    p.tone = 0;
+    ImagePtr out(AutoDev_Run(flat.get(), p, true, nullptr));
+    ASSERT_TRUE(out);
+    // Back from 24 bits with the new low bits set, as Image_SetBitDepth does.
+    EXPECT_EQ(Pixel(out.get(), 0, 3, 3), (int64_t{123456} << 6) | 63);
+    EXPECT_EQ(out->bitDepth, 30);
+    EXPECT_EQ(out->maxValue, (int64_t{1} << 30) - 1);
+}
+
+TEST(AutoDevCurve, SegmentsCloseWhenTheCountExceedsNAndTheLastEndsAtTheTop) {
+    std::vector<uint32_t> counts(kAutoDevValues, 0);
+    std::vector<int64_t> weights(kAutoDevValues, 0);
+    // 3 x 4096 pixels: N = 3.
+    counts[10] = 2;
+    counts[20] = 2;  // 4 > 3: closes [0, 20]
+    counts[30] = 5;  // closes [21, 30]
+    counts[40] = 1;  // left over: [31, 2^24 - 1]
+    weights[10] = 100;
+    weights[20] = 300;
+    weights[30] = 0;
+    weights[40] = 600;
+    const AutoDevHistogram h{counts.data(), weights.data(), 10, 40};
+    const std::vector<AutoDevSegment> s = AutoDev_Segments(h, 3 * 4096);
+    ASSERT_EQ(s.size(), 3u);
+    EXPECT_EQ(s[0].first, 0);
+    EXPECT_EQ(s[0].last, 20);
+    EXPECT_EQ(s[0].weight, 400);
+    EXPECT_EQ(s[1].first, 21);
+    EXPECT_EQ(s[1].last, 30);
+    EXPECT_EQ(s[2].first, 31);
+    EXPECT_EQ(s[2].last, kAutoDevMax);
+    // Shares (w << 24) / total, outputs running over the 24-bit range.
+    EXPECT_EQ(s[0].ya, 0);
+    EXPECT_EQ(s[0].yb, (int64_t{400} << 24) / 1000);
+    EXPECT_EQ(s[1].ya, s[0].yb);
+    EXPECT_EQ(s[1].yb, s[1].ya);  // no weight, no output range
+    EXPECT_EQ(s[2].yb, s[2].ya + (int64_t{600} << 24) / 1000);
+    // Linear inside a segment, truncating.
+    EXPECT_EQ(AutoDev_CurveValue(s[0], 0), 0);
+    EXPECT_EQ(AutoDev_CurveValue(s[0], 20), s[0].yb);
+    EXPECT_EQ(AutoDev_CurveValue(s[0], 10), (10 * s[0].ya + 10 * s[0].yb) / 20);
+}
+
+TEST(AutoDevCurve, SegmentClosedOnTheTopValueLeavesNoEmptySegmentAndNoWeightMeansIdentity) {
+    std::vector<uint32_t> counts(kAutoDevValues, 0);
+    std::vector<int64_t> weights(kAutoDevValues, 0);
+    counts[kAutoDevMax] = 4096;  // N = 1
+    weights[kAutoDevMax] = 5;
+    const AutoDevHistogram h{counts.data(), weights.data(), kAutoDevMax, kAutoDevMax};
+    const std::vector<AutoDevSegment> s = AutoDev_Segments(h, 4096);
+    ASSERT_EQ(s.size(), 1u);
+    EXPECT_EQ(s[0].first, 0);
+    EXPECT_EQ(s[0].last, kAutoDevMax);
+    weights[kAutoDevMax] = 0;
+    EXPECT_TRUE(AutoDev_Segments(h, 4096).empty());
+    // A segment whose ends are equal maps to its Ya.
+    EXPECT_EQ(AutoDev_CurveValue(AutoDevSegment{7, 7, 1, 1234, 5678}, 7), 1234);
+}
+
+TEST(AutoDevCurve, ToneBlendEnds) {
+    const int64_t m = (int64_t{1} << 30) - 1;
+    // Full blend: black stays black, white stays (nearly) white, mid-grey is
+    // the sRGB-decoded value re-encoded with a pure 2.2 power, a little darker.
+    EXPECT_EQ(AutoDev_ToneBlend(0, m, 1.0), 0);
+    EXPECT_GE(AutoDev_ToneBlend(m, m, 1.0), m - 1);
+    const int64_t mid = AutoDev_ToneBlend(m / 2, m, 1.0);
+    EXPECT_LT(mid, m / 2);
+    EXPECT_GT(mid, m / 2 - m / 20);
+    // Half blend lies between.
+    const int64_t half = AutoDev_ToneBlend(m / 2, m, 0.5);
+    EXPECT_GT(half, mid);
+    EXPECT_LT(half, m / 2);
+}
+
+TEST(AutoDevRun, StretchesALinearSkyAndKeepsItsColour) {
+    ImagePtr sky = SyntheticSky(300, 200);
+    ASSERT_FALSE(AutoDev_IsMonochrome(sky.get()));
+    ImagePtr out(AutoDev_Run(sky.get(), AutoDevParams{}, false, nullptr));
+    ASSERT_TRUE(out);
+    const int64_t before = Median(Luminance(sky.get())), after = Median(Luminance(out.get()));
+    EXPECT_LT(before, sky->maxValue / 20);
+    EXPECT_GT(after, sky->maxValue / 8);
+    // The colour of each pixel is the source's: blue above red in the background.
+    EXPECT_GT(Pixel(out.get(), 2, 3, 3), Pixel(out.get(), 0, 3, 3));
+    for (int32_t y = 0; y < out->height; ++y)
+        for (int32_t x = 0; x < out->width; ++x)
+            for (int c = 0; c < 3; ++c) {
+                ASSERT_GE(Pixel(out.get(), c, x, y), 0);
+                ASSERT_LE(Pixel(out.get(), c, x, y), out->maxValue);
+            }
+}
+
+TEST(AutoDevRun, MonochromeStaysGreyAndTheSourceIsNotTouched) {
+    ImagePtr sky = SyntheticSky(120, 90);
+    ImagePtr copy(Image_Clone(sky.get()));
+    ImagePtr out(AutoDev_Run(sky.get(), AutoDevParams{}, true, nullptr));
+    ASSERT_TRUE(out);
+    EXPECT_EQ(ImageDifference(sky.get(), copy.get()), "");
+    for (int32_t y = 0; y < out->height; y += 7)
+        for (int32_t x = 0; x < out->width; x += 5) {
+            EXPECT_EQ(Pixel(out.get(), 0, x, y), Pixel(out.get(), 1, x, y));
+            EXPECT_EQ(Pixel(out.get(), 0, x, y), Pixel(out.get(), 2, x, y));
+        }
+}
+
+TEST(AutoDevRun, SameResultForAnyWorkerCountAndInPlace) {
+    ImagePtr sky = SyntheticSky(157, 101);
+    AutoDevParams p;
+    p.blur = 37;
+    p.curve = 250;
+    p.roiX0 = 10;
+    p.roiY0 = 20;
+    p.roiX1 = 90;
+    p.roiY1 = 70;
+    ImagePtr one, three;
+    {
+        WorkerCountScope w(1);
+        one.reset(AutoDev_Run(sky.get(), p, false, nullptr));
+    }
+    {
+        WorkerCountScope w(3);
+        three.reset(AutoDev_Run(sky.get(), p, false, nullptr));
+    }
+    ASSERT_TRUE(one && three);
+    EXPECT_EQ(ImageDifference(one.get(), three.get()), "");
+    ImagePtr inPlace(Image_Clone(sky.get()));
+    ASSERT_TRUE(AutoDev_RunInto(inPlace.get(), inPlace.get(), p, false, nullptr));
+    EXPECT_EQ(ImageDifference(one.get(), inPlace.get()), "");
+    // The RoI changes the curve.
+    ImagePtr whole(AutoDev_Run(sky.get(), AutoDevParams{}, false, nullptr));
+    EXPECT_NE(ImageDifference(whole.get(), one.get()), "");
+}
+
+TEST(AutoDevRun, CancelledRunGivesNothingAndLeavesTheDestination) {
+    ImagePtr sky = SyntheticSky(64, 48);
+    std::atomic<bool> cancel{true};
+    KernelControl control;
+    control.cancel = &cancel;
+    EXPECT_EQ(AutoDev_Run(sky.get(), AutoDevParams{}, false, &control), nullptr);
+    ImagePtr copy(Image_Clone(sky.get()));
+    EXPECT_FALSE(AutoDev_RunInto(copy.get(), copy.get(), AutoDevParams{}, false, &control));
+    EXPECT_EQ(ImageDifference(sky.get(), copy.get()), "");
+}
+
+TEST(AutoDevPreview, OutsideTheRoiIsLightened) {
+    ImagePtr image = MakeImage(10, 10, 30, [](int32_t, int32_t, int) { return 1000; });
+    AutoDevParams p;
+    p.roiX0 = 2;
+    p.roiY0 = 2;
+    p.roiX1 = 6;
+    p.roiY1 = 6;
+    AutoDev_ShadeOutsideRoi(image.get(), AutoDev_Settings(p, 10, 10));
+    EXPECT_EQ(Pixel(image.get(), 0, 3, 3), 1000);
+    EXPECT_EQ(Pixel(image.get(), 0, 6, 3), (3000 + image->maxValue) / 4);  // x = x0 + width is outside
+    EXPECT_EQ(Pixel(image.get(), 1, 0, 0), (3000 + image->maxValue) / 4);
+}
+
+TEST(AutoDevRealData, StretchesTheM94StackWithItsColour) {
+    PELLUCIDA_REQUIRE_DATA(path, "derived/siril_M94_32x10s_rgb_uint16.fit");
+    ImagePtr stack(Fits_Read(path.c_str()));
+    ASSERT_TRUE(stack);
+    ASSERT_EQ(stack->bitDepth, 30);
+    const bool mono = AutoDev_IsMonochrome(stack.get());
+    EXPECT_FALSE(mono);
+    ImagePtr out(AutoDev_Run(stack.get(), AutoDevParams{}, mono, nullptr));
+    ASSERT_TRUE(out);
+    const std::vector<int64_t> lin = Luminance(stack.get()), str = Luminance(out.get());
+    const int64_t before = Median(lin), after = Median(str);
+    // Linear: the sky median sits near black; stretched: well up into the
+    // tones, yet far from white.
+    EXPECT_LT(before, stack->maxValue / 10);
+    EXPECT_GT(after, out->maxValue / 10);
+    EXPECT_LT(after, out->maxValue * 7 / 10);
+    // Brighter stays brighter on the whole: the curve is monotonic.
+    const std::vector<int64_t> sortedIdx = [&] {
+        std::vector<int64_t> v;
+        for (size_t i = 0; i < lin.size(); i += 997) v.push_back(int64_t(i));
+        return v;
+    }();
+    int64_t inversions = 0;
+    for (size_t k = 1; k < sortedIdx.size(); ++k) {
+        const size_t a = size_t(sortedIdx[k - 1]), b = size_t(sortedIdx[k]);
+        if ((lin[a] < lin[b]) != (str[a] < str[b]) && lin[a] != lin[b] && str[a] != str[b]) ++inversions;
+    }
+    EXPECT_LT(inversions, int64_t(sortedIdx.size() / 20));
+    EXPECT_FALSE(AutoDev_IsMonochrome(out.get()));
+    // Colour ratios of bright, unsaturated pixels are those of the source.
+    int checked = 0;
+    for (int32_t y = 0; y < out->height && checked < 200; y += 3)
+        for (int32_t x = 0; x < out->width && checked < 200; x += 3) {
+            const int64_t g = Pixel(stack.get(), 1, x, y), r = Pixel(stack.get(), 0, x, y);
+            const int64_t og = Pixel(out.get(), 1, x, y), orr = Pixel(out.get(), 0, x, y);
+            if (g < stack->maxValue / 64 || og > out->maxValue / 2 || og == 0) continue;
+            EXPECT_NEAR(double(orr) / double(og), double(r) / double(g), 0.01);
+            ++checked;
+        }
+    EXPECT_GT(checked, 0);
+    // An 8-bit picture from the top bits, to look at.
+    if (const char* png = std::getenv("PELLUCIDA_AUTODEV_PNG"); png && *png) {
+        std::vector<unsigned char> rgb(size_t(out->width) * size_t(out->height) * 3);
+        for (int32_t y = 0; y < out->height; ++y)
+            for (int32_t x = 0; x < out->width; ++x)
+                for (int c = 0; c < 3; ++c)
+                    rgb[(size_t(y) * size_t(out->width) + size_t(x)) * 3 + size_t(c)] =
+                        static_cast<unsigned char>(Pixel(out.get(), c, x, y) >> 22);
+        EXPECT_EQ(lodepng::encode(png, rgb, unsigned(out->width), unsigned(out->height), LCT_RGB, 8), 0u);
+    }
+}
