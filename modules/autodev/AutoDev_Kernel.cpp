@@ -162,6 +162,20 @@ struct OutputJob {
     uint32_t workerIndex, workerCount;
 };
 
+// trunc(a * b / d) for 0 <= a, b < 2^31 and 0 < d: a double estimate, which
+// is within one of the quotient, corrected with exact 64-bit products. Three
+// integer divisions per pixel would cost more than the rest of the pass.
+inline int64_t ScaledQuotient(int64_t a, int64_t b, int64_t d, double inverse) {
+    const int64_t product = a * b;
+    int64_t q = static_cast<int64_t>(static_cast<double>(a) * static_cast<double>(b) * inverse);
+    const int64_t rest = product - q * d;
+    if (rest < 0)
+        --q;
+    else if (rest >= d)
+        ++q;
+    return q;
+}
+
 void OutputWorker(OutputJob* j) {
     const ImageBuffer& s = *j->source;
     ImageBuffer& d = *j->destination;
@@ -190,7 +204,10 @@ void OutputWorker(OutputJob* j) {
                 dr[x] = dg[x] = db[x] = grey;
                 continue;
             }
-            int64_t outR = grey * cr / ls, outG = grey * cg / ls, outB = grey * cb / ls;
+            const double inverse = 1.0 / static_cast<double>(ls);
+            int64_t outR = ScaledQuotient(grey, cr, ls, inverse);
+            int64_t outG = ScaledQuotient(grey, cg, ls, inverse);
+            int64_t outB = ScaledQuotient(grey, cb, ls, inverse);
             const int64_t peak = std::max(outR, std::max(outG, outB));
             if (peak > maxValue) {
                 outR = static_cast<int64_t>(static_cast<__int128>(outR) * maxValue / peak);
@@ -272,18 +289,23 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
     // Stage 6: t depends on one 24-bit value only; it is worked out once for
     // every value that occurs.
     WorkPlane<int32_t> blended = WorkPlane_Allocate<int32_t>(size_t(pixels));
+    // One more plane serves the blur as its intermediate and then holds the
+    // weight map: fresh pages cost more than a pass over them.
+    static_assert(sizeof(float) == sizeof(int32_t));
+    WorkPlane<int32_t> weight = WorkPlane_Allocate<int32_t>(size_t(pixels));
     {
         WorkPlane<double> t = WorkPlane_Allocate<double>(kAutoDevValues);
         Host_RunWorkers(DetailTableJob{used.get(), t.get(), lo, hi, 0, 1}, &DetailTableWorker);
         used.reset();
-        if (!GaussianBlur(lum.get(), blended.get(), width, height, width, settings.p1, control)) return false;
+        if (!GaussianBlur(lum.get(), blended.get(), width, height, width, settings.p1, control,
+                          reinterpret_cast<float*>(weight.get())))
+            return false;
         Host_RunWorkers(BlendJob{lum.get(), blended.get(), t.get(), pixels, 0, 1}, &BlendWorker);
     }
     if (KernelControl_Cancelled(control)) return false;
     KernelControl_Report(control, kStageAutoDev, 40);
 
     // Stage 7.
-    WorkPlane<int32_t> weight = WorkPlane_Allocate<int32_t>(size_t(pixels));
     if (!AutoDev_WeightMap(blended.get(), weight.get(), width, height, width, settings.p2, kAutoDevMax, control))
         return false;
     blended.reset();

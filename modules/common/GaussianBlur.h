@@ -26,5 +26,7 @@ bool GaussianBlur(const int64_t* in, int64_t* out, int32_t width, int32_t height
                   const KernelControl* control);
 
 // The same on 32-bit samples in 0..2^24 (the 24-bit working planes of AutoDev).
+// `scratch`, when given, holds stride x height intermediate samples, so a
+// caller can lend a plane it reuses afterwards; otherwise one is allocated.
 bool GaussianBlur(const int32_t* in, int32_t* out, int32_t width, int32_t height, int32_t stride, double r,
-                  const KernelControl* control);
+                  const KernelControl* control, float* scratch = nullptr);
