@@ -1,0 +1,60 @@
+// Setting a line of text: UTF-8 decoding, glyph lookup, kerning and whole-
+// pixel advances, shared by measuring and drawing so both agree exactly.
+#include "ui/font/Font.h"
+
+#include "ui/draw/Draw_Blit.h"
+#include "ui/font/Font_Format.h"
+#include "ui/font/Font_Glyph.h"
+#include "ui/font/Utf8.h"
+
+namespace {
+
+// Calls place(glyph, penX) for each glyph of the line and returns the advance width.
+template <class Place>
+int32_t SetLine(const Font& font, int32_t scale, std::string_view utf8, Place place) {
+    const int32_t spacing = font.letterSpacing * kFontSubUnits;
+    int32_t pen = 0;
+    int32_t previous = -1;
+    for (size_t at = 0; at < utf8.size();) {
+        const uint32_t cp = Utf8_Next(utf8, &at);
+        if (cp < 32 || cp == 127) continue;
+        const uint16_t glyph = Font_GlyphFor(font, cp);
+        if (previous >= 0) pen += FontGlyph_Pixels(Font_Kerning(font, static_cast<uint16_t>(previous), glyph), scale);
+        place(glyph, pen);
+        pen += FontGlyph_Pixels(font.glyphs[glyph].advance + spacing, scale);
+        previous = glyph;
+    }
+    return pen;
+}
+
+}  // namespace
+
+TextMetrics Font_MeasureText(const Font& font, int32_t pixelHeight, std::string_view utf8) {
+    TextMetrics m;
+    if (font.glyphs.empty() || pixelHeight <= 0) return m;
+    const int32_t height = FontGlyph_Size(font, pixelHeight).pixelHeight;
+    const int32_t scale = Font_Scale(font, height);
+    m.ascent = FontGlyph_Pixels(font.ascent, scale);
+    m.descent = height - m.ascent;
+    m.width = SetLine(font, scale, utf8, [](uint16_t, int32_t) {});
+    return m;
+}
+
+int32_t Font_DrawText(const Surface& surface, const Font& font, int32_t x, int32_t baselineY, int32_t pixelHeight,
+                      std::string_view utf8, Colour565 colour) {
+    if (font.glyphs.empty() || pixelHeight <= 0) return 0;
+    FontSizeCache& size = FontGlyph_Size(font, pixelHeight);
+    const int32_t scale = Font_Scale(font, size.pixelHeight);
+    const DrawRect& clip = surface.clip;
+    return SetLine(font, scale, utf8, [&](uint16_t glyph, int32_t pen) {
+        const FontGlyphImage& image = FontGlyph_Image(font, size, glyph);
+        if (image.width == 0) return;
+        const int32_t gx = x + pen + image.left;
+        const int32_t gy = baselineY + image.top;
+        if (gx >= clip.x + clip.width || gy >= clip.y + clip.height || gx + image.width <= clip.x ||
+            gy + image.height <= clip.y)
+            return;
+        Draw_BlendMask(surface, gx, gy, size.coverage.data() + image.offset, image.width, image.width, image.height,
+                       colour);
+    });
+}
