@@ -9,6 +9,7 @@
 #include "formats/Npy_Write.h"
 #include "host/Host.h"
 #include "image/Image.h"
+#include "modules/Pipeline.h"
 
 #include <atomic>
 #include <csignal>
@@ -33,6 +34,21 @@ constexpr const char* kHelp =
     "                     exact 30-bit samples as a NumPy int64 array of shape (3, height, width), and\n"
     "                     anything else 16-bit TIFF. An existing OUT is replaced only when the new file\n"
     "                     was written completely.\n"
+    "  process IN -o OUT [--dataset=linear|osc|srgb] [STEP]...\n"
+    "                     Loads IN, runs the steps in the order given, and saves OUT as convert does.\n"
+    "                     Values are the modules' own slider positions, so a processing log can be\n"
+    "                     replayed:\n"
+    "                       --autodev[=LIST]   global stretch; LIST is a comma-separated choice of\n"
+    "                                          blur=V (0..490), curve=V (0..1000), tone=V (0..100),\n"
+    "                                          outside=V (0..100) and roi=X0:Y0:X1:Y1\n"
+    "                       --bin=V            scale in steps of 0.0001 (1..10000; 5000 halves)\n"
+    "                       --rotate=V         tenths of a degree (0..3599)\n"
+    "                       --crop=X0:Y0:X1:Y1 keep the box between the two corners, both included\n"
+    "                       --flip=h | --flip=v  mirror left-right or top-bottom\n"
+    "                     --dataset answers the load question \"Type of dataset?\" (default linear;\n"
+    "                     osc: linear, from a colour camera with a Bayer matrix, not white balanced;\n"
+    "                     srgb: non-linear sRGB source). Progress goes to standard output; Ctrl-C\n"
+    "                     stops the run and no output file is written.\n"
     "  help               This text.\n"
     "\n"
     "Formats read: FITS, uncompressed TIFF, PNG, baseline JPEG, 24/32-bit BMP and raw sensor frames\n"
@@ -43,7 +59,12 @@ constexpr const char* kHelp =
 
 std::atomic<bool> g_cancelled{false};
 
-void OnInterrupt(int) { g_cancelled = true; }
+// The first Ctrl-C asks the running step to stop; a second one ends the
+// program at once.
+void OnInterrupt(int) {
+    g_cancelled = true;
+    std::signal(SIGINT, SIG_DFL);
+}
 
 int Usage(const char* why) {
     std::fprintf(stderr, "pellucida-cli: %s\n\n%s", why, kHelp);
@@ -71,29 +92,59 @@ int Info(int count, char** paths) {
     return status;
 }
 
-int Convert(const char* in, const char* out) {
+void PrintProgress(void* context, const char* stage, int percent) {
+    auto* last = static_cast<std::string*>(context);
+    std::string now = std::string(stage) + std::to_string(percent);
+    if (now == *last) return;
+    *last = now;
+    std::printf("%s [%3d%%]\r", stage, percent);
+    std::fflush(stdout);
+}
+
+int Process(const char* in, const char* out, const std::vector<PipelineStep>& steps, DatasetAnswer dataset) {
     LoadInfo info;
-    ImagePtr image(File_LoadImageData(nullptr, in, &info));
-    if (!image) {
+    ImageBuffer* loaded = File_LoadImageData(nullptr, in, &info);
+    if (!loaded) {
         ReportUnreadable(in);
         return 1;
     }
-    // The batch answers the load flow's questions with their defaults: the
-    // transparent values are used as they are, and the data are linear.
+    ImageBuffer* image = loaded;
+    ImageBuffer* mask = nullptr;  // the batch has no mask
+    // The batch answers the load flow's questions: transparent values are used
+    // as they are, and the dataset type comes from --dataset.
     if (info.artefacts) std::fprintf(stderr, "%s: %s\n", kArtefactsTitle, kArtefactsText);
-    if (info.reader != FileReaderKind::kJpeg) File_LogDatasetAnswer(DatasetAnswer::kLinear, info.grey);
-    File_LogImageSize(image.get());
+    if (info.reader != FileReaderKind::kJpeg) File_LogDatasetAnswer(dataset, info.grey);
+    File_LogImageSize(image);
 
-    if (g_cancelled) {
-        std::fputs("pellucida-cli: cancelled; nothing was written\n", stderr);
+    std::string lastProgress;
+    KernelControl control;
+    control.cancel = &g_cancelled;
+    control.progress = PrintProgress;
+    control.context = &lastProgress;
+    bool cancelled = g_cancelled;
+    for (const PipelineStep& step : steps) {
+        if (cancelled) break;
+        std::string block;
+        if (!Pipeline_RunStep(step, &image, &mask, &control, &block)) {
+            cancelled = true;
+            break;
+        }
+        if (!lastProgress.empty()) std::fputc('\n', stdout);
+        lastProgress.clear();
+        if (!block.empty()) Shell_Log(block.c_str());
+    }
+    ImagePtr result(image);
+    Image_Free(mask);
+    if (cancelled || g_cancelled) {
+        std::fputs("\npellucida-cli: cancelled; nothing was written\n", stderr);
         return 130;
     }
     bool written;
     if (File_HasExtension(out, "npy")) {
-        written = Npy_Write(image.get(), out) != 0;
+        written = Npy_Write(result.get(), out) != 0;
         Shell_Logf("File saved [%s].\n", out);
     } else {
-        written = File_SaveImageAs(nullptr, out, image.get());
+        written = File_SaveImageAs(nullptr, out, result.get());
     }
     if (!written) {
         std::fprintf(stderr,
@@ -103,6 +154,44 @@ int Convert(const char* in, const char* out) {
         return 1;
     }
     return 0;
+}
+
+int ProcessCommand(int argc, char** argv) {
+    const char* in = nullptr;
+    const char* out = nullptr;
+    DatasetAnswer dataset = DatasetAnswer::kLinear;
+    std::vector<PipelineStep> steps;
+    for (int i = 0; i < argc; ++i) {
+        std::string arg = argv[i];
+        if (arg == "-o" || arg == "--output") {
+            if (++i >= argc) return Usage("-o needs a file name");
+            out = argv[i];
+        } else if (arg.rfind("--output=", 0) == 0) {
+            out = argv[i] + 9;
+        } else if (arg.rfind("--dataset=", 0) == 0) {
+            std::string v = arg.substr(10);
+            if (v == "linear") {
+                dataset = DatasetAnswer::kLinear;
+            } else if (v == "osc") {
+                dataset = DatasetAnswer::kLinearOsc;
+            } else if (v == "srgb") {
+                dataset = DatasetAnswer::kNonLinearSrgb;
+            } else {
+                return Usage(("unknown dataset \"" + v + "\" (linear, osc or srgb)").c_str());
+            }
+        } else if (arg.rfind("--", 0) == 0) {
+            PipelineStep step;
+            std::string error;
+            if (!Pipeline_ParseStep(arg, &step, &error)) return Usage((arg + ": " + error).c_str());
+            steps.push_back(step);
+        } else if (!in) {
+            in = argv[i];
+        } else {
+            return Usage(("unexpected argument \"" + arg + "\"").c_str());
+        }
+    }
+    if (!in || !out) return Usage("process needs IN and -o OUT");
+    return Process(in, out, steps, dataset);
 }
 
 }  // namespace
@@ -125,7 +214,10 @@ int Cli_Run(int argc, char** argv) {
     }
     if (command == "convert") {
         if (argc != 4) return Usage("convert needs IN and OUT");
-        return Convert(argv[2], argv[3]);
+        return Process(argv[2], argv[3], {}, DatasetAnswer::kLinear);
+    }
+    if (command == "process") {
+        return ProcessCommand(argc - 2, argv + 2);
     }
     return Usage(("unknown command \"" + command + "\"").c_str());
 }

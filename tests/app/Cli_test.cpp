@@ -176,3 +176,42 @@ TEST_F(CliTest, AFailedWriteLeavesTheOldFileAndSaysSo) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(CliTest, ProcessRunsTheStepsInOrderAndLogsThem) {
+    PELLUCIDA_REQUIRE_DATA(in, "fits/linear/iraf_M51_B600s_int16.fits");
+    fs::path out = dir / "m51.npy";
+    CliResult r = RunCli({"process", in, "--dataset=osc", "--bin=5000", "--rotate=900", "--crop=10:20:110:70",
+                          "--flip=h", "--autodev=blur=40,tone=60", "-o", out.string()});
+    ASSERT_EQ(r.status, 0) << r.err;
+    // 512 binned to 256, a quarter turn keeps 256 x 256, the crop keeps both corners: 101 x 51.
+    std::string npy = ReadFile(out);
+    EXPECT_NE(npy.find("'shape': (3, 51, 101)"), std::string::npos);
+    std::string log = Log();
+    // Grey data is never offered the colour-camera answer: its line is the grey one.
+    EXPECT_NE(log.find("Type of Data: Linear\n"), std::string::npos) << log;
+    size_t bin = log.find("--- ");
+    ASSERT_NE(bin, std::string::npos);
+    size_t autodev = log.find("--- AutoDev");
+    ASSERT_NE(autodev, std::string::npos);
+    EXPECT_LT(bin, autodev);  // blocks in the order the steps ran
+    EXPECT_LT(autodev, log.find("File saved ["));
+    EXPECT_NE(r.out.find("AutoDev ["), std::string::npos);  // progress lines on the console
+}
+
+TEST_F(CliTest, ProcessRefusesBadStepsBeforeReadingAnything) {
+    for (std::vector<std::string> args : std::vector<std::vector<std::string>>{
+             {"process", "in.fits", "--bin=20000", "-o", "x.tif"},
+             {"process", "in.fits", "--rotate=3600", "-o", "x.tif"},
+             {"process", "in.fits", "--sharpen", "-o", "x.tif"},
+             {"process", "in.fits", "--dataset=raw", "-o", "x.tif"},
+             {"process", "in.fits", "--autodev"},
+             {"process", "-o", "x.tif"}}) {
+        CliResult r = RunCli(args);
+        EXPECT_EQ(r.status, 2) << args[2];
+    }
+    EXPECT_FALSE(fs::exists(dir / kShellLogFileName));
+}
+
+}  // namespace
