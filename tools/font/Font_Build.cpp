@@ -13,11 +13,14 @@
 #include "Font_Encode.h"
 #include "ui/font/Font_Format.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -85,23 +88,28 @@ std::vector<std::vector<FontPoint>> Contours(const stbtt_vertex* v, int count, c
     return out;
 }
 
-// The left edge of the longest upward vertical line (outer contours run
-// clockwise, so left edges of filled areas go up), or 0 when there is none.
-int32_t StemX(const stbtt_vertex* v, int count, int minLength, const Scaler& s) {
-    int bestLength = 0, bestX = 0;
+// The left edges of the glyph's two main stems, left to right: the longest
+// upward vertical lines (outer contours run clockwise, so left edges of
+// filled areas go up) at least minLength long, the second at least minGap
+// from the first. 0 where there is none.
+std::pair<int32_t, int32_t> Stems(const stbtt_vertex* v, int count, int minLength, int minGap, const Scaler& s) {
+    std::vector<std::pair<int, int>> edges;  // (length, x)
     int px = 0, py = 0;
     for (int i = 0; i < count; ++i) {
-        if (v[i].type == STBTT_vline && v[i].x == px && v[i].y - py >= minLength) {
-            const int length = v[i].y - py;
-            if (length > bestLength || (length == bestLength && v[i].x < bestX)) {
-                bestLength = length;
-                bestX = v[i].x;
-            }
-        }
+        if (v[i].type == STBTT_vline && v[i].x == px && v[i].y - py >= minLength) edges.emplace_back(v[i].y - py, v[i].x);
         px = v[i].x;
         py = v[i].y;
     }
-    return s(bestX);
+    // Longest first; of equal length the leftmost.
+    std::sort(edges.begin(), edges.end(), [](auto a, auto b) { return a.first != b.first ? a.first > b.first : a.second < b.second; });
+    if (edges.empty()) return {0, 0};
+    const int first = edges[0].second;
+    for (size_t i = 1; i < edges.size(); ++i)
+        if (std::abs(edges[i].second - first) >= minGap) {
+            const int second = edges[i].second;
+            return {s(std::min(first, second)), s(std::max(first, second))};
+        }
+    return {s(first), 0};
 }
 
 }  // namespace
@@ -158,7 +166,7 @@ int main(int argc, char** argv) {
         FontGlyphSource glyph;
         glyph.contours = Contours(v, n, s);
         glyph.advance = s(advance) + allowance;
-        glyph.stemX = StemX(v, n, minStem, s);
+        std::tie(glyph.stemX, glyph.secondStemX) = Stems(v, n, minStem, minStem, s);
         stbtt_FreeShape(&info, v);
         font.glyphs.push_back(std::move(glyph));
     }

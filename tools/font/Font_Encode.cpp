@@ -41,7 +41,6 @@ bool EncodeGlyph(const FontGlyphSource& glyph, std::vector<uint8_t>& out, std::s
 
     std::vector<uint8_t> counts, flags, xs, ys;
     int32_t lastX = 0, lastY = 0;
-    size_t points = 0;
     for (const auto& c : contours) {
         if (c.size() > 255) return *error = "contour with more than 255 points", false;
         counts.push_back(static_cast<uint8_t>(c.size()));
@@ -65,7 +64,6 @@ bool EncodeGlyph(const FontGlyphSource& glyph, std::vector<uint8_t>& out, std::s
             flags.push_back(f);
             lastX = p.x;
             lastY = p.y;
-            ++points;
         }
     }
     std::vector<uint8_t> body;
@@ -75,14 +73,14 @@ bool EncodeGlyph(const FontGlyphSource& glyph, std::vector<uint8_t>& out, std::s
     body.insert(body.end(), ys.begin(), ys.end());
     if (body.size() % 2) body.push_back(0);
     if (body.size() / 2 > 255) return *error = "glyph body over 510 bytes", false;
-    if (glyph.advance < 0 || glyph.advance > 65535 || !FitsI16(glyph.stemX))
+    if (glyph.advance < 0 || glyph.advance > 65535 || !FitsI16(glyph.stemX) || !FitsI16(glyph.secondStemX))
         return *error = "advance or stem out of range", false;
 
     out.push_back(static_cast<uint8_t>(contours.size()));
     out.push_back(static_cast<uint8_t>(body.size() / 2));
     Put16(out, glyph.advance);
     Put16(out, glyph.stemX);
-    Put16(out, static_cast<int32_t>(points));
+    Put16(out, glyph.secondStemX);
     out.insert(out.end(), body.begin(), body.end());
     return true;
 }

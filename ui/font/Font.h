@@ -34,7 +34,8 @@ struct FontGlyphData {
     uint32_t firstContour = 0;
     uint16_t contourCount = 0;
     int32_t advance = 0;  // sub-units, with the allowance the default letter spacing takes back
-    int32_t stemX = 0;
+    int32_t stemX = 0;        // left edge of the main stem; 0 for none
+    int32_t secondStemX = 0;  // left edge of a second stem right of it; 0 for none
 };
 
 struct FontZoneData {

@@ -27,8 +27,12 @@
 //          renderer puts on a pixel boundary so that stems stay crisp at small
 //          sizes; 0 for glyphs without one (round and diagonal shapes keep
 //          their designed place)
-//   6..7   u16 P, the number of points
-// The body holds C x u8 point counts of the contours, P x u8 point flags, the
+//   6..7   i16 x of the left edge of a second vertical stem right of the first
+//          (the "n" of "H" or "n"), 0 for none: it goes on a pixel boundary
+//          too, the part of the glyph between the two stretched or narrowed
+//          by less than half a pixel
+// The body holds C x u8 point counts of the contours (P points in all), then
+// P x u8 point flags, the
 // x deltas and then the y deltas of the points (each from the point before;
 // the first from 0, 0), padded with zeros to an even length. Flags:
 //   bit 0  the point is on the curve (else a quadratic control point; two

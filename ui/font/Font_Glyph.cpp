@@ -7,10 +7,12 @@
 //   half a pixel or more, so at small sizes an "o" sits on the baseline
 //   instead of smearing a faint row below it;
 // - horizontally, each glyph moves by less than half a pixel so that the
-//   left edge of its main stem falls on a pixel boundary.
+//   left edge of its main stem falls on a pixel boundary, and a second stem
+//   (the right leg of "H", "n", "u") is put on one too.
 // Widths are not changed; the pen advances in whole pixels (Font_Text.cpp).
 #include "ui/font/Font_Glyph.h"
 
+#include "ui/font/Font_Format.h"
 #include "ui/font/Glyph_Raster.h"
 
 #include <algorithm>
@@ -22,8 +24,20 @@ namespace {
 constexpr size_t kCachedSizes = 6;
 // Overshoots smaller than this many pixels are folded onto their zone.
 constexpr float kSmallestOvershoot = 0.5f;
+// Coverage is lifted by this gamma before blending: blending in the
+// framebuffer's own values makes partly covered pixels of light text on a
+// dark ground look dimmer than their share, and thin stems fade.
+constexpr double kCoverageGamma = 1.0 / 1.4;
 // Hostile sizes are not rendered: masks stay small.
 constexpr int32_t kLargestPixelHeight = 1024;
+
+struct CoverageCurve {
+    uint8_t table[256];
+    CoverageCurve() {
+        for (int i = 0; i < 256; ++i)
+            table[i] = static_cast<uint8_t>(std::lround(255.0 * std::pow(i / 255.0, kCoverageGamma)));
+    }
+};
 
 void BuildZones(const Font& font, int32_t pixelHeight, FontSizeCache& size) {
     const float s = static_cast<float>(Font_Scale(font, pixelHeight)) / 16384.0f;
@@ -35,6 +49,13 @@ void BuildZones(const Font& font, int32_t pixelHeight, FontSizeCache& size) {
         const float over = static_cast<float>(z.overshoot - z.flat) * s;
         anchors.emplace_back(static_cast<float>(z.overshoot), flat + (std::fabs(over) < kSmallestOvershoot ? 0 : over));
     }
+    // The line's own top and bottom hold too, so that accents stay within the
+    // ascent and descent that Font_MeasureText reports.
+    const int32_t scale = Font_Scale(font, pixelHeight);
+    const int32_t ascentPixels = FontGlyph_Pixels(font.ascent, scale);
+    anchors.emplace_back(static_cast<float>(font.ascent), static_cast<float>(ascentPixels));
+    anchors.emplace_back(static_cast<float>(font.ascent - font.designSize * kFontSubUnits),
+                         static_cast<float>(ascentPixels - pixelHeight));
     std::sort(anchors.begin(), anchors.end());
     size.zoneFrom.clear();
     size.zoneTo.clear();
@@ -64,8 +85,19 @@ void Render(const Font& font, FontSizeCache& size, uint16_t glyphIndex, FontGlyp
     const FontGlyphData& glyph = font.glyphs[glyphIndex];
     const int32_t scale = Font_Scale(font, size.pixelHeight);
     const float s = static_cast<float>(scale) / 16384.0f;
-    const float stem = static_cast<float>(glyph.stemX) * s;
-    const float shift = std::round(stem) - stem;
+    // The stem's left edge goes to the whole pixel the text setter expects it
+    // on; a second stem goes to its nearest whole pixel, the part between the
+    // two stretched to match, the part right of it moved with it.
+    const float stem1 = static_cast<float>(glyph.stemX) * s;
+    const float shift = static_cast<float>(FontGlyph_Pixels(glyph.stemX, scale)) - stem1;
+    const bool twoStems = glyph.secondStemX > glyph.stemX;
+    const float stem2 = static_cast<float>(glyph.secondStemX) * s;
+    const float shift2 = twoStems ? static_cast<float>(FontGlyph_Pixels(glyph.secondStemX, scale)) - stem2 : shift;
+    auto mapX = [&](float x) {
+        if (!twoStems || x <= stem1) return x + shift;
+        if (x >= stem2) return x + shift2;
+        return x + shift + (shift2 - shift) * (x - stem1) / (stem2 - stem1);
+    };
 
     uint32_t count = 0;
     for (uint32_t c = 0; c < glyph.contourCount; ++c) count += font.contourSizes[glyph.firstContour + c];
@@ -74,7 +106,7 @@ void Render(const Font& font, FontSizeCache& size, uint16_t glyphIndex, FontGlyp
     float minX = 1e30f, minY = 1e30f, maxX = -1e30f, maxY = -1e30f;
     for (uint32_t i = 0; i < count; ++i) {
         const FontPointData& p = font.points[glyph.firstPoint + i];
-        xs[i] = static_cast<float>(p.x) * s + shift;
+        xs[i] = mapX(static_cast<float>(p.x) * s);
         ys[i] = -MapHeight(size, s, static_cast<float>(p.y));
         minX = std::min(minX, xs[i]);
         maxX = std::max(maxX, xs[i]);
@@ -126,7 +158,10 @@ void Render(const Font& font, FontSizeCache& size, uint16_t glyphIndex, FontGlyp
     }
     image.offset = static_cast<uint32_t>(size.coverage.size());
     size.coverage.resize(size.coverage.size() + static_cast<size_t>(image.width) * image.height);
-    GlyphRaster_Resolve(raster, size.coverage.data() + image.offset, image.width);
+    uint8_t* mask = size.coverage.data() + image.offset;
+    GlyphRaster_Resolve(raster, mask, image.width);
+    static const CoverageCurve curve;
+    for (size_t i = 0, n = static_cast<size_t>(image.width) * image.height; i < n; ++i) mask[i] = curve.table[mask[i]];
 }
 
 }  // namespace

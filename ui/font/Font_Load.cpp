@@ -31,23 +31,23 @@ bool DecodeGlyph(const Reader& r, size_t at, Font& font, size_t* recordEnd) {
     const size_t bodyAt = at + kFontGlyphHeadSize;
     const size_t bodyEnd = bodyAt + 2 * size_t{r.U8(at + 1)};
     if (!r.Has(bodyAt, bodyEnd - bodyAt)) return false;
-    const uint32_t pointCount = r.U16(at + 6);
 
     FontGlyphData glyph;
     glyph.advance = static_cast<int32_t>(r.U16(at + 2));
     glyph.stemX = r.I16(at + 4);
+    glyph.secondStemX = r.I16(at + 6);
     glyph.firstPoint = static_cast<uint32_t>(font.points.size());
     glyph.firstContour = static_cast<uint32_t>(font.contourSizes.size());
     glyph.contourCount = static_cast<uint16_t>(contours);
 
     size_t p = bodyAt;
-    if (contours + pointCount > bodyEnd - bodyAt) return false;
-    uint32_t total = 0;
+    if (contours > bodyEnd - bodyAt) return false;
+    uint32_t pointCount = 0;
     for (uint32_t c = 0; c < contours; ++c) {
         font.contourSizes.push_back(static_cast<uint16_t>(r.U8(p)));
-        total += r.U8(p++);
+        pointCount += r.U8(p++);
     }
-    if (total != pointCount) return false;
+    if (pointCount > bodyEnd - p) return false;
     const size_t flagsAt = p;
     p += pointCount;
 

@@ -1,5 +1,5 @@
-// Setting a line of text: UTF-8 decoding, glyph lookup, kerning and whole-
-// pixel advances, shared by measuring and drawing so both agree exactly.
+// Setting a line of text: UTF-8 decoding, glyph lookup, kerning and the pen's
+// advance, shared by measuring and drawing so both agree exactly.
 #include "ui/font/Font.h"
 
 #include "ui/draw/Draw_Blit.h"
@@ -9,7 +9,16 @@
 
 namespace {
 
-// Calls place(glyph, penX) for each glyph of the line and returns the advance width.
+// Lengths in sub-units as 1/64 pixel at `scale`, rounded to nearest.
+int32_t Sixtyfourths(int32_t subUnits, int32_t scale) {
+    return static_cast<int32_t>((int64_t{subUnits} * scale + 128) >> 8);
+}
+
+// Calls place(glyph, x) for each glyph of the line, x being where the glyph's
+// origin goes in whole pixels, and returns the advance width. The pen keeps
+// 1/64 pixel so that spacing does not drift; each glyph lands on the whole
+// pixel nearest its place, judged by its stem when it has one, since the
+// renderer put that stem on a pixel boundary.
 template <class Place>
 int32_t SetLine(const Font& font, int32_t scale, std::string_view utf8, Place place) {
     const int32_t spacing = font.letterSpacing * kFontSubUnits;
@@ -19,12 +28,14 @@ int32_t SetLine(const Font& font, int32_t scale, std::string_view utf8, Place pl
         const uint32_t cp = Utf8_Next(utf8, &at);
         if (cp < 32 || cp == 127) continue;
         const uint16_t glyph = Font_GlyphFor(font, cp);
-        if (previous >= 0) pen += FontGlyph_Pixels(Font_Kerning(font, static_cast<uint16_t>(previous), glyph), scale);
-        place(glyph, pen);
-        pen += FontGlyph_Pixels(font.glyphs[glyph].advance + spacing, scale);
+        const FontGlyphData& data = font.glyphs[glyph];
+        if (previous >= 0) pen += Sixtyfourths(Font_Kerning(font, static_cast<uint16_t>(previous), glyph), scale);
+        const int32_t stem = Sixtyfourths(data.stemX, scale);
+        place(glyph, ((pen + stem + 32) >> 6) - FontGlyph_Pixels(data.stemX, scale));
+        pen += Sixtyfourths(data.advance + spacing, scale);
         previous = glyph;
     }
-    return pen;
+    return (pen + 32) >> 6;
 }
 
 }  // namespace

@@ -1,0 +1,106 @@
+// Flat fills, outlines, gradients and the clip rectangle, pixel by pixel.
+#include "DrawCanvas.h"
+#include "ui/draw/Draw_Rect.h"
+
+namespace {
+
+constexpr Colour565 kRed = 0xF800;
+constexpr Colour565 kBlue = 0x001F;
+constexpr uint32_t kSentinel = 0x00123456;  // off the rule: shows any pixel that was written
+
+TEST(DrawRect, FillCoversExactlyItsRectangle) {
+    DrawCanvas c(20, 10, kSentinel);
+    Draw_FillRect(c.surface, {3, 2, 5, 4}, kRed);
+    for (int32_t y = 0; y < 10; ++y)
+        for (int32_t x = 0; x < 20; ++x) {
+            const bool inside = x >= 3 && x < 8 && y >= 2 && y < 6;
+            ASSERT_EQ(c.At(x, y), inside ? 0x00F80000u : kSentinel) << x << "," << y;
+        }
+    EXPECT_TRUE(c.PaddingIs(kSentinel));
+}
+
+TEST(DrawRect, FillsAreClippedToTheSurfaceAndTheClip) {
+    DrawCanvas c(16, 16, kSentinel);
+    Draw_FillRect(c.surface, {-100, -100, 1000, 1000}, kBlue);
+    EXPECT_TRUE(c.PaddingIs(kSentinel)) << "rows end at the surface's width, not its stride";
+    EXPECT_EQ(c.At(15, 15), Draw_PixelFrom565(kBlue));
+
+    DrawCanvas d(16, 16, kSentinel);
+    {
+        ClipScope scope(d.surface, {4, 4, 4, 4});
+        {
+            ClipScope inner(d.surface, {6, 0, 10, 16});  // narrows, never widens
+            EXPECT_EQ(d.surface.clip.x, 6);
+            EXPECT_EQ(d.surface.clip.width, 2);
+            Draw_FillRect(d.surface, {0, 0, 16, 16}, kRed);
+        }
+        EXPECT_EQ(d.surface.clip.x, 4);
+        EXPECT_EQ(d.surface.clip.width, 4);
+    }
+    EXPECT_EQ(d.surface.clip.width, 16) << "the scope restores the whole surface";
+    for (int32_t y = 0; y < 16; ++y)
+        for (int32_t x = 0; x < 16; ++x) {
+            const bool inside = x >= 6 && x < 8 && y >= 4 && y < 8;
+            ASSERT_EQ(d.At(x, y), inside ? Draw_PixelFrom565(kRed) : kSentinel) << x << "," << y;
+        }
+}
+
+TEST(DrawRect, EmptyAndHugeRectanglesDrawNothingOrStayInside) {
+    DrawCanvas c(8, 8, kSentinel);
+    Draw_FillRect(c.surface, {2, 2, 0, 5}, kRed);
+    Draw_FillRect(c.surface, {2, 2, 5, -3}, kRed);
+    Draw_FillRect(c.surface, {INT32_MAX - 2, 0, 100, 8}, kRed);
+    Draw_FillRect(c.surface, {8, 0, 4, 4}, kRed);
+    for (uint32_t p : c.pixels) ASSERT_EQ(p, kSentinel);
+    Surface none = Draw_MakeSurface(nullptr, 0, 10, 10);
+    Draw_FillRect(none, {0, 0, 10, 10}, kRed);  // a surface without pixels is empty
+    EXPECT_EQ(none.width, 0);
+}
+
+TEST(DrawRect, StrokeDrawsTheBorderInside) {
+    DrawCanvas c(10, 8, kSentinel);
+    Draw_StrokeRect(c.surface, {1, 1, 8, 6}, 2, kRed);
+    for (int32_t y = 0; y < 8; ++y)
+        for (int32_t x = 0; x < 10; ++x) {
+            const bool inRect = x >= 1 && x < 9 && y >= 1 && y < 7;
+            const bool inHole = x >= 3 && x < 7 && y >= 3 && y < 5;
+            ASSERT_EQ(c.At(x, y), inRect && !inHole ? Draw_PixelFrom565(kRed) : kSentinel) << x << "," << y;
+        }
+    DrawCanvas thick(6, 6, kSentinel);
+    Draw_StrokeRect(thick.surface, {0, 0, 6, 6}, 9, kRed);  // thicker than half: a full fill
+    for (uint32_t p : thick.pixels) {
+        if (p != kSentinel) {
+            EXPECT_EQ(p, Draw_PixelFrom565(kRed));
+        }
+    }
+    EXPECT_EQ(thick.At(3, 3), Draw_PixelFrom565(kRed));
+}
+
+TEST(DrawRect, GradientRunsFromTopRowToBottomRowInRoundedSteps) {
+    DrawCanvas c(3, 32);
+    Draw_FillVerticalGradient(c.surface, {0, 0, 3, 32}, 0x0000, 0xF800);
+    for (int32_t y = 0; y < 32; ++y) {
+        // Red 0 to 31 over 31 steps: row y has red y exactly.
+        EXPECT_EQ(c.At(0, y), Draw_PixelFromFields({y, 0, 0}));
+        EXPECT_EQ(c.At(2, y), c.At(0, y));
+    }
+    EXPECT_EQ(Draw_GradientAt(0x0000, 0xF800, 1, 3), Draw_Pack565({16, 0, 0})) << "15.5 rounds up";
+    EXPECT_EQ(Draw_GradientAt(0x1234, 0xFFFF, 0, 1), 0x1234) << "a single row takes the top colour";
+
+    DrawCanvas clipped(3, 32);
+    ClipScope scope(clipped.surface, {0, 10, 3, 5});
+    Draw_FillVerticalGradient(clipped.surface, {0, 0, 3, 32}, 0x0000, 0xF800);
+    EXPECT_EQ(clipped.At(1, 12), c.At(1, 12)) << "clipping does not restart the gradient";
+    EXPECT_EQ(clipped.At(1, 9), 0u);
+}
+
+TEST(DrawRect, BlendRectMixesWithWhatIsThere) {
+    DrawCanvas c(4, 4, Draw_PixelFrom565(0x0000));
+    Draw_BlendRect(c.surface, {0, 0, 2, 4}, 0xFFFF, 128);
+    EXPECT_EQ(Draw_565FromPixel(c.At(0, 0)), Draw_Pack565({16, 32, 16}));
+    EXPECT_EQ(c.At(2, 0), 0u);
+    Draw_BlendRect(c.surface, {2, 0, 2, 4}, 0xFFFF, 300);
+    EXPECT_EQ(c.At(3, 3), Draw_PixelFrom565(0xFFFF));
+}
+
+}  // namespace

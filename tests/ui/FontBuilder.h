@@ -1,0 +1,94 @@
+// Writes small font entries by hand, following the documented layout, so
+// that the reader is checked against the layout rather than against the tool
+// that made the shipped font.
+#pragma once
+
+#include "ui/font/Font_Format.h"
+
+#include <cstdint>
+#include <vector>
+
+struct TestGlyph {
+    uint16_t code = 0;
+    uint16_t advance = 0;  // sub-units
+    int16_t stemX = 0;
+    int16_t secondStemX = 0;
+    // Contours of (x, y) points in sub-units, all on the curve unless listed in offCurve.
+    std::vector<std::vector<std::pair<int, int>>> contours;
+    std::vector<std::pair<int, int>> offCurve;  // (contour, point) pairs
+};
+
+struct TestFont {
+    uint8_t designSize = 48;
+    uint16_t ascent = 36 * kFontSubUnits;
+    uint16_t replacement = 0;
+    std::vector<TestGlyph> glyphs;  // glyph i maps from glyphs[i].code; codes ascending
+    std::vector<std::pair<int16_t, int16_t>> zones;
+    std::vector<std::tuple<uint16_t, uint16_t, int16_t>> kerning;
+
+    static void Put16(std::vector<uint8_t>& out, int v) {
+        out.push_back(uint8_t(v & 255));
+        out.push_back(uint8_t((v >> 8) & 255));
+    }
+
+    std::vector<uint8_t> Bytes() const {
+        std::vector<uint8_t> out = {'S', 'Q', 'F', designSize};
+        Put16(out, ascent);
+        Put16(out, replacement);
+        Put16(out, int(glyphs.size()));
+        Put16(out, int(glyphs.size()));
+        for (const auto& g : glyphs) Put16(out, g.code);
+        for (size_t i = 0; i < glyphs.size(); ++i) Put16(out, int(i));
+        const size_t offsets = out.size();
+        out.resize(out.size() + 4 * glyphs.size());
+        for (size_t i = 0; i < glyphs.size(); ++i) {
+            const uint32_t at = uint32_t(out.size());
+            for (int b = 0; b < 4; ++b) out[offsets + 4 * i + b] = uint8_t(at >> (8 * b));
+            const TestGlyph& g = glyphs[i];
+            // Every delta as an i16: the long form, which the reader must take too.
+            std::vector<uint8_t> counts, flags, xs, ys;
+            int lx = 0, ly = 0;
+            for (size_t c = 0; c < g.contours.size(); ++c) {
+                counts.push_back(uint8_t(g.contours[c].size()));
+                for (size_t p = 0; p < g.contours[c].size(); ++p) {
+                    bool on = true;
+                    for (auto [oc, op] : g.offCurve) on = on && !(size_t(oc) == c && size_t(op) == p);
+                    flags.push_back(on ? kFontOnCurve : 0);
+                    Put16(xs, g.contours[c][p].first - lx);
+                    Put16(ys, g.contours[c][p].second - ly);
+                    lx = g.contours[c][p].first;
+                    ly = g.contours[c][p].second;
+                }
+            }
+            std::vector<uint8_t> body = counts;
+            body.insert(body.end(), flags.begin(), flags.end());
+            body.insert(body.end(), xs.begin(), xs.end());
+            body.insert(body.end(), ys.begin(), ys.end());
+            if (body.size() % 2) body.push_back(0);
+            out.push_back(uint8_t(g.contours.size()));
+            out.push_back(uint8_t(body.size() / 2));
+            Put16(out, g.advance);
+            Put16(out, g.stemX);
+            Put16(out, g.secondStemX);
+            out.insert(out.end(), body.begin(), body.end());
+        }
+        Put16(out, int(zones.size()));
+        for (auto [f, o] : zones) {
+            Put16(out, f);
+            Put16(out, o);
+        }
+        Put16(out, int(kerning.size()));
+        for (auto [l, r, a] : kerning) {
+            Put16(out, l);
+            Put16(out, r);
+            Put16(out, a);
+        }
+        return out;
+    }
+};
+
+// A box from (x0, y0) to (x1, y1) in design units, as one clockwise contour.
+inline std::vector<std::pair<int, int>> TestFont_Box(int x0, int y0, int x1, int y1) {
+    const int s = kFontSubUnits;
+    return {{x0 * s, y0 * s}, {x0 * s, y1 * s}, {x1 * s, y1 * s}, {x1 * s, y0 * s}};
+}

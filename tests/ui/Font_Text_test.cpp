@@ -1,0 +1,183 @@
+// Setting text in the shipped font: measured widths, kerning, UTF-8 and
+// unknown characters, where the ink lands, crisp baselines and stems,
+// clipping, and wrapping to a width.
+#include "DrawCanvas.h"
+#include "ui/font/Font.h"
+#include "ui/font/Utf8.h"
+
+namespace {
+
+constexpr Colour565 kWhite = 0xFFFF;
+const uint32_t kFull = Draw_PixelFrom565(kWhite);
+
+class FontText : public ::testing::Test {
+protected:
+    void SetUp() override {
+        font = DrawTest_Font();
+        ASSERT_NE(font, nullptr) << "resources/font.fnt did not load";
+    }
+    int32_t Width(int32_t height, std::string_view text) { return Font_MeasureText(*font, height, text).width; }
+    const Font* font = nullptr;
+};
+
+TEST_F(FontText, WidthsFollowTheLetterShapesAndKerning) {
+    for (int32_t h : {9, 12, 18, 32}) {
+        EXPECT_LT(Width(h, "iii"), Width(h, "WWW")) << h;
+        EXPECT_EQ(Width(h, ""), 0);
+        const TextMetrics m = Font_MeasureText(*font, h, "Hg");
+        EXPECT_EQ(m.ascent + m.descent, h);
+        EXPECT_GT(m.ascent, m.descent);
+        EXPECT_GT(m.descent, 0);
+    }
+    for (int32_t h : {12, 18, 24, 32}) {
+        EXPECT_LT(Width(h, "AV"), Width(h, "A") + Width(h, "V")) << h;
+        EXPECT_LT(Width(h, "To"), Width(h, "T") + Width(h, "o")) << h;
+    }
+    // Widths grow with the height: twice the height, twice the width within a pixel per letter.
+    const std::string_view text = "Denoise 12.5";
+    EXPECT_NEAR(Width(24, text), 2 * Width(12, text), double(text.size()));
+    EXPECT_NEAR(Width(36, text), 3 * Width(12, text), double(text.size()));
+}
+
+TEST_F(FontText, ControlAndUnknownCharactersAndBrokenUtf8) {
+    EXPECT_EQ(Width(14, "A\tB\r\x7F"), Width(14, "AB")) << "control characters take no room";
+    const int32_t replacement = Width(14, "\xEF\xBF\xBD");
+    EXPECT_GT(replacement, 0);
+    EXPECT_EQ(Width(14, "\xE4\xB8\x80"), replacement) << "U+4E00 is not in the font";
+    EXPECT_EQ(Width(14, "\xFF"), replacement) << "a byte that starts nothing";
+    EXPECT_EQ(Width(14, "\xC3"), replacement) << "a sequence cut short";
+    EXPECT_EQ(Width(14, "\xC0\xAF"), Width(14, "\xEF\xBF\xBD\xEF\xBF\xBD")) << "an overlong slash, byte by byte";
+    EXPECT_EQ(Width(14, "\xC2\xB0"), Width(14, "\xC2\xB0")) << "the degree sign decodes";
+    EXPECT_NE(Width(14, "\xC2\xB0"), replacement);
+}
+
+TEST(FontUtf8, DecodesValidSequencesAndReplacesMalformedOnesByteByByte) {
+    auto decode = [](std::string_view s) {
+        std::vector<uint32_t> out;
+        for (size_t at = 0; at < s.size();) out.push_back(Utf8_Next(s, &at));
+        return out;
+    };
+    EXPECT_EQ(decode("A\xC2\xB5\xE2\x86\x92\xF0\x9F\x98\x80"), (std::vector<uint32_t>{'A', 0xB5, 0x2192, 0x1F600}));
+    EXPECT_EQ(decode("\xED\xA0\x80"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 0xFFFD})) << "a surrogate";
+    EXPECT_EQ(decode("\xE0\x80\x80"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 0xFFFD})) << "overlong";
+    EXPECT_EQ(decode("\xF4\x90\x80\x80"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 0xFFFD, 0xFFFD})) << "past U+10FFFF";
+    EXPECT_EQ(decode("\xE2\x86" "A"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 'A'})) << "cut short";
+}
+
+TEST_F(FontText, InkStaysInTheMeasuredBoxAndDrawingReturnsTheWidth) {
+    for (int32_t h : {9, 14, 18, 32}) {
+        const std::string_view text = "Hxgy AVÉÅj";
+        DrawCanvas c(400, 100);
+        const int32_t x = 20, baseline = 60;
+        const TextMetrics m = Font_MeasureText(*font, h, text);
+        EXPECT_EQ(Font_DrawText(c.surface, *font, x, baseline, h, text, kWhite), m.width);
+        int inked = 0;
+        for (int32_t py = 0; py < 100; ++py)
+            for (int32_t px = 0; px < 400; ++px) {
+                if (c.At(px, py) == 0) continue;
+                ++inked;
+                ASSERT_GE(px, x - 1) << h;
+                ASSERT_LT(px, x + m.width + 1) << h;
+                ASSERT_GE(py, baseline - m.ascent) << h;
+                ASSERT_LT(py, baseline + m.descent) << h;
+            }
+        EXPECT_GT(inked, h * 4);
+        EXPECT_TRUE(c.PaddingIs(0));
+    }
+}
+
+TEST_F(FontText, BaselineCapHeightAndStemsAreCrisp) {
+    // An "H" is two stems and a bar. On the pixel grid its rows from the cap
+    // height down to the baseline repeat the stems exactly (no faint first or
+    // last row), and each stem's left edge is a pixel edge: the first inked
+    // pixel of a row is its stem's strongest.
+    for (int32_t h : {9, 12, 14, 18, 24}) {
+        DrawCanvas c(60, 60);
+        const int32_t baseline = 40;
+        Font_DrawText(c.surface, *font, 10, baseline, h, "H", kWhite);
+        auto inkInRow = [&](int32_t y) {
+            int n = 0;
+            for (int32_t x = 0; x < 60; ++x) n += c.At(x, y) != 0;
+            return n;
+        };
+        EXPECT_EQ(inkInRow(baseline), 0) << h << ": nothing below the baseline";
+        int32_t top = baseline - 1;
+        while (inkInRow(top - 1) > 0) --top;
+        const int32_t capHeight = baseline - top;
+        EXPECT_NEAR(capHeight, h * 0.63, 1.0) << h;
+        const int32_t stemRow = top + capHeight / 5;  // above the bar
+        for (int32_t x = 0; x < 60; ++x) {
+            EXPECT_EQ(c.At(x, top), c.At(x, stemRow)) << h << ": top row, column " << x;
+            EXPECT_EQ(c.At(x, baseline - 1), c.At(x, stemRow)) << h << ": bottom row, column " << x;
+        }
+        int32_t stems = 0;
+        for (int32_t x = 1; x < 59; ++x) {
+            const int32_t g = Draw_FieldsOfPixel(c.At(x, stemRow)).g;
+            if (g == 0 || c.At(x - 1, stemRow) != 0) continue;
+            ++stems;
+            EXPECT_GE(g, Draw_FieldsOfPixel(c.At(x + 1, stemRow)).g) << h << ": stem at " << x;
+            EXPECT_GE(g, 44) << h << ": stem at " << x;
+        }
+        EXPECT_EQ(stems, 2) << h;
+    }
+}
+
+TEST_F(FontText, TextIsClippedAndCachedRenderingsRepeatExactly) {
+    DrawCanvas whole(200, 40), part(200, 40), again(200, 40);
+    Font_DrawText(whole.surface, *font, 5, 30, 18, "Clip the text here", kWhite);
+    {
+        ClipScope scope(part.surface, {40, 0, 50, 25});
+        Font_DrawText(part.surface, *font, 5, 30, 18, "Clip the text here", kWhite);
+    }
+    for (int32_t y = 0; y < 40; ++y)
+        for (int32_t x = 0; x < 200; ++x)
+            ASSERT_EQ(part.At(x, y), x >= 40 && x < 90 && y < 25 ? whole.At(x, y) : 0u) << x << "," << y;
+    // Other sizes in between do not change what a size draws.
+    for (int32_t h = 8; h < 30; ++h) Font_MeasureText(*font, h, "x");
+    Font_DrawText(again.surface, *font, 5, 30, 18, "Clip the text here", kWhite);
+    EXPECT_EQ(again.pixels, whole.pixels);
+}
+
+TEST_F(FontText, WrappingKeepsLinesWithinTheWidthAndLosesNoWord) {
+    const std::string text =
+        "The stacking artefacts were removed before the stretch, and the background gradient is gone.\n"
+        "Second paragraph.";
+    for (int32_t maxWidth : {60, 120, 240, 2000}) {
+        const std::vector<TextLine> lines = Font_WrapText(*font, 14, text, maxWidth);
+        std::string joined;
+        for (const TextLine& l : lines) {
+            const std::string_view s = std::string_view(text).substr(l.begin, l.length);
+            EXPECT_LE(l.width, maxWidth) << s;
+            EXPECT_EQ(l.width, Width(14, s));
+            EXPECT_FALSE(!s.empty() && s.back() == ' ') << "trailing spaces are dropped";
+            joined += std::string(s) + " ";
+        }
+        std::string expected = text;
+        for (char& ch : expected) {
+            if (ch == '\n') ch = ' ';
+        }
+        if (maxWidth >= 120) {  // every word fits a line: breaks fall at spaces only
+            EXPECT_EQ(joined, expected + " ") << maxWidth;
+        } else {
+            auto letters = [](std::string t) { return std::erase(t, ' '), t; };
+            EXPECT_EQ(letters(joined), letters(expected)) << maxWidth;
+        }
+        EXPECT_GE(lines.size(), 2u) << "the line feed always breaks";
+        if (maxWidth == 2000) {
+            EXPECT_EQ(lines.size(), 2u);
+        }
+    }
+    // A word wider than the line is broken between characters, never lost.
+    const std::vector<TextLine> lines = Font_WrapText(*font, 14, "Supercalifragilistic", 30);
+    ASSERT_GT(lines.size(), 2u);
+    size_t total = 0;
+    for (const TextLine& l : lines) {
+        EXPECT_GE(l.length, 1u);
+        total += l.length;
+    }
+    EXPECT_EQ(total, std::string("Supercalifragilistic").size());
+    EXPECT_EQ(Font_WrapText(*font, 14, "", 100).size(), 1u);
+    EXPECT_EQ(Font_WrapText(*font, 14, "a\n\nb", 100).size(), 3u);
+}
+
+}  // namespace
