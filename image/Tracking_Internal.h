@@ -72,8 +72,20 @@ using TrackingFile = std::unique_ptr<std::FILE, TrackingFileCloser>;
 void Tracking_ComposeForward(ImageBuffer* image);
 void Tracking_ComposeBack(ImageBuffer* image);
 
-// Where a slot's new contents are written before they replace the slot.
+// Where a link record is written before it replaces its slot.
 std::string Tracking_PendingPath(const std::string& slotPath);
+
+// The spare: the file a full record is written into before it takes its
+// slot's place. The slot's previous file then becomes the spare, so the next
+// write overwrites storage the file system already holds, and mostly has in
+// its cache, rather than allocating a few hundred megabytes anew while freeing
+// as much: several times less work for the system. The price is one
+// record-sized file beside the slots.
+std::string Tracking_SparePath();
+
+// Puts the finished spare in the slot's place and keeps the slot's previous
+// file as the next spare; false, with the slot as it was, when it cannot.
+bool Tracking_CommitSpare(const std::string& slotPath);
 
 // Puts the finished pending file in the slot's place; false when it cannot
 // (the pending file is removed then, the slot left as it was).

@@ -1,8 +1,9 @@
 // Slot names, link records and the safe replacement of a slot file.
 //
-// A slot's new contents go to a pending file beside it that is renamed over
-// the slot only once it is complete, so the state a slot held survives any
-// failed write (full disk, no permission, a crash half way).
+// A slot's new contents go to a file beside it (the spare for a full record, a
+// pending file for a link) that is renamed over the slot only once it is
+// complete, so the state a slot held survives any failed write (full disk, no
+// permission, a crash half way).
 #include "image/Tracking.h"
 #include "image/Tracking_Internal.h"
 
@@ -24,6 +25,8 @@ constexpr const char* kCouldNotModifyText =
     "you are running the application from.";
 
 constexpr const char* kPendingSuffix = ".new";
+constexpr const char* kSpareName = "QV.spare";
+constexpr const char* kRetiringName = "QV.old";  // the replaced slot file on its way to be the spare
 
 }  // namespace
 
@@ -42,6 +45,33 @@ bool Tracking_CommitPending(const std::string& pendingPath, const std::string& s
     if (!ec) return true;
     std::filesystem::remove(pendingPath, ec);
     return false;
+}
+
+std::string Tracking_SparePath() { return Host_GetDataDir() + kSpareName; }
+
+bool Tracking_CommitSpare(const std::string& slotPath) {
+    const std::string spare = Tracking_SparePath();
+    const std::string retiring = Host_GetDataDir() + kRetiringName;
+    std::error_code ec;
+    std::filesystem::remove(retiring, ec);
+    // A second name keeps the slot's previous file through the rename, which
+    // replaces the slot in one step: there is no moment without it. Where hard
+    // links are not to be had, the previous file is simply freed.
+    bool keep = std::filesystem::is_regular_file(slotPath, ec);
+    if (keep) {
+        std::filesystem::create_hard_link(slotPath, retiring, ec);
+        keep = !ec;
+    }
+    std::filesystem::rename(spare, slotPath, ec);
+    if (ec) {
+        if (keep) std::filesystem::remove(retiring, ec);
+        return false;
+    }
+    if (keep) {
+        std::filesystem::rename(retiring, spare, ec);
+        if (ec) std::filesystem::remove(retiring, ec);
+    }
+    return true;
 }
 
 void Tracking_ShowWriteRefused(const std::string& slotPath) {

@@ -6,6 +6,9 @@
 // own (allocated once per write) and appends each when its turn comes, so the
 // file is byte for byte what a single loop would write while the disk writes
 // overlap the compression of the next blocks.
+//
+// The record goes into the store's spare file and replaces the slot only once
+// it is complete and the right size (see Tracking_CommitSpare).
 #include "image/Tracking.h"
 #include "image/Tracking_Internal.h"
 
@@ -124,8 +127,10 @@ bool Tracking_WriteSlot(int a, int b, ImageBuffer* image, bool compose) {
         return false;
     }
     const std::string path = Tracking_SlotPath(a, b);
-    const std::string pending = Tracking_PendingPath(path);
-    TrackingFile file(std::fopen(pending.c_str(), "wb"));
+    const std::string spare = Tracking_SparePath();
+    // Overwritten where it lies; created only the first time.
+    TrackingFile file(std::fopen(spare.c_str(), "r+b"));
+    if (!file) file.reset(std::fopen(spare.c_str(), "wb"));
     if (!file) {
         Tracking_ShowWriteRefused(path);
         return false;
@@ -138,17 +143,19 @@ bool Tracking_WriteSlot(int a, int b, ImageBuffer* image, bool compose) {
     const uint64_t expected = ok ? WritePlanes(file.get(), image) : 0;
     if (compose) Tracking_ComposeBack(image);
 
-    // The size check catches what a buffered write can hide (a full disk).
-    ok = expected != 0 && std::fflush(file.get()) == 0;
+    // Every write was checked as it went; closing can still report what the
+    // system had deferred (a full disk). The spare may have been longer than
+    // this record: cut it to size, then check the size as the layout gives it.
+    ok = (std::fclose(file.release()) == 0) && expected != 0;
     std::error_code ec;
-    ok = ok && std::filesystem::file_size(pending, ec) == expected && !ec;
-    ok = (std::fclose(file.release()) == 0) && ok;
+    if (ok) std::filesystem::resize_file(spare, expected, ec);
+    ok = ok && !ec && std::filesystem::file_size(spare, ec) == expected && !ec;
     if (!ok) {
-        std::filesystem::remove(pending, ec);
+        std::filesystem::remove(spare, ec);
         Host_ShowMessage(kSwapErrorText);
         return false;
     }
-    if (!Tracking_CommitPending(pending, path)) {
+    if (!Tracking_CommitSpare(path)) {
         Tracking_ShowWriteRefused(path);
         return false;
     }

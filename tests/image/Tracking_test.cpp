@@ -2,6 +2,7 @@
 // independently of the reader), link records, the user's messages, and files
 // that are missing, unwritable, truncated or damaged.
 #include "image/Tracking.h"
+#include "image/Tracking_Internal.h"
 
 #include "host/Host.h"
 #include "host/Host_Threads.h"
@@ -353,6 +354,29 @@ TEST_F(TrackingStore, OneSampleMoreThanEightMebibytesMakesTwoBlocksAPlane) {
     EXPECT_TRUE(PlanesEqual(*back, *image));
 }
 
+TEST_F(TrackingStore, ReplacedRecordIsReusedForTheNextWriteAndCutToSize) {
+    ImagePtr large = MakeImage(700, 500, 16);
+    ImagePtr small = MakeImage(30, 20, 17);
+    ASSERT_TRUE(Tracking_WriteSlot(0, 1, large.get(), false));
+    const std::vector<uint8_t> first = ReadBytes(Slot(0, 1));
+    ImagePtr other = MakeImage(700, 500, 18);
+    ASSERT_TRUE(Tracking_WriteSlot(0, 1, other.get(), false));
+    EXPECT_EQ(ReadBytes(Tracking_SparePath()), first) << "the replaced record becomes the spare";
+
+    // The spare is larger than the next record: what lands in the slot is
+    // exactly the new record, nothing of the old one behind it.
+    ASSERT_TRUE(Tracking_WriteSlot(0, 2, small.get(), false));
+    const std::vector<uint8_t> bytes = ReadBytes(Slot(0, 2));
+    EXPECT_EQ(ParseRecord(bytes, 4).size(), 3u);
+    ImagePtr back(Tracking_ReadSlot(0, 2, false));
+    ASSERT_TRUE(back);
+    EXPECT_TRUE(PlanesEqual(*back, *small));
+    ImagePtr stillThere(Tracking_ReadSlot(0, 1, false));
+    ASSERT_TRUE(stillThere);
+    EXPECT_TRUE(PlanesEqual(*stillThere, *other));
+    EXPECT_EQ(TakeOnlyMessage(), "");
+}
+
 TEST_F(TrackingStore, FileIsTheSameWhateverTheNumberOfWorkers) {
     ImagePtr image = MakeImage(2000, 1500, 6);  // 3 blocks a plane
     SetEnv("PELLUCIDA_WORKERS", "1");
@@ -465,7 +489,7 @@ TEST_F(TrackingStore, SlotThatCannotBeReplacedShowsCouldNotModifyAndTheProgramGo
     ImagePtr image = MakeImage(6, 5, 12);
     EXPECT_FALSE(Tracking_WriteSlot(0, 1, image.get(), false));
     EXPECT_PRED2(EndsWith, TakeOnlyMessage(), kCouldNotModify);
-    EXPECT_FALSE(fs::exists(Tracking_SlotPath(0, 1) + ".new")) << "no pending file left behind";
+    EXPECT_TRUE(fs::is_directory(Slot(0, 1)));
     EXPECT_FALSE(Tracking_WriteLink(0, 1, 2));
     EXPECT_PRED2(EndsWith, TakeOnlyMessage(), kCouldNotModify);
 
@@ -486,7 +510,8 @@ TEST_F(TrackingStore, FailedWriteShowsTheSwapErrorAndKeepsTheEarlierState) {
     const std::vector<uint8_t> earlierBytes = ReadBytes(Slot(0, 1));
 
     // The new contents land on a device that is always full.
-    fs::create_symlink("/dev/full", Tracking_SlotPath(0, 1) + ".new");
+    fs::remove(Tracking_SparePath());
+    fs::create_symlink("/dev/full", Tracking_SparePath());
     ImagePtr later = MakeImage(300, 200, 14);
     ImagePtr laterBefore(Image_Clone(later.get()));
     EXPECT_FALSE(Tracking_WriteSlot(0, 1, later.get(), true));
