@@ -127,14 +127,28 @@ void Draw_StrokeRoundRect(const Surface& surface, const DrawRect& rect, float ra
             Put(row + x, fields, pixel, c);
         }
     };
+    const int32_t middleStart = rect.x + band;
+    const int32_t middleEnd = rect.x + rect.width - band;
     for (int32_t y = r.y; y < r.y + r.height; ++y) {
         uint32_t* row = surface.pixels + static_cast<ptrdiff_t>(y) * surface.pixelsPerRow;
         const float py = static_cast<float>(y) + 0.5f;
-        if (y < rect.y + band || y >= rect.y + rect.height - band) {
+        if (middleStart >= middleEnd) {
             paint(row, rect.x, rect.x + rect.width, py);
-        } else {
-            paint(row, rect.x, rect.x + band, py);
-            paint(row, std::max(rect.x + band, rect.x + rect.width - band), rect.x + rect.width, py);
+            continue;
+        }
+        paint(row, rect.x, middleStart, py);
+        paint(row, middleEnd, rect.x + rect.width, py);
+        if (y < rect.y + band || y >= rect.y + rect.height - band) {
+            // Between the corners the top and bottom edges are straight: one
+            // coverage for the whole span.
+            const float px = static_cast<float>(middleStart) + 0.5f;
+            const uint32_t alpha = AlphaOf(Coverage(outer.Distance(px, py)) - Coverage(inner.Distance(px, py)));
+            const int32_t x0 = std::max(middleStart, clipL), x1 = std::min(middleEnd, clipR);
+            if (alpha >= 256) {
+                if (x0 < x1) std::fill(row + x0, row + x1, pixel);
+            } else if (alpha > 0) {
+                for (int32_t x = x0; x < x1; ++x) row[x] = Draw_BlendFields(row[x], fields, alpha);
+            }
         }
     }
 }
