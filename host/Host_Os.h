@@ -2,6 +2,7 @@
 // and a writable folder for its state.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 // The folder of the running executable, with a trailing separator.
@@ -13,6 +14,12 @@ std::string Host_GetProgramDir();
 // %LOCALAPPDATA%\Pellucida on Windows), created on first use. With a trailing
 // separator. PELLUCIDA_STATE_DIR overrides both (tests, batch runs).
 std::string Host_GetDataDir();
+
+// Tells the system that a freshly allocated, still untouched block of several
+// megabytes will be used whole (image planes), so that it may be backed by large
+// pages: first touch then costs a fraction of the page faults. Harmless when
+// the system cannot do it.
+void HostOs_AdviseLargeBlock(void* block, size_t bytes);
 
 // The path separator of the platform.
 char Host_PathSeparator();

@@ -4,6 +4,7 @@
 // it with malloc and Image_Free releases it.
 #include "image/Image.h"
 
+#include "host/Host_Os.h"
 #include "host/Host_Threads.h"
 
 #include <cstdlib>
@@ -30,6 +31,9 @@ size_t PlaneElements(const ImageBuffer* image) {
 int64_t* AllocatePlane(size_t elements, bool zeroed) {
     if (elements > std::numeric_limits<size_t>::max() / sizeof(int64_t)) return nullptr;
     void* p = zeroed ? std::calloc(elements, sizeof(int64_t)) : std::malloc(elements * sizeof(int64_t));
+    // Image-sized planes are touched whole right away: large pages make that
+    // first touch several times cheaper.
+    HostOs_AdviseLargeBlock(p, elements * sizeof(int64_t));
     return static_cast<int64_t*>(p);
 }
 

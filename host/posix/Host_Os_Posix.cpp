@@ -3,11 +3,13 @@
 #include "host/Host_Os.h"
 
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
@@ -60,6 +62,20 @@ std::string Host_GetDataDir() {
 }
 
 char Host_PathSeparator() { return '/'; }
+
+void HostOs_AdviseLargeBlock(void* block, size_t bytes) {
+#ifdef MADV_HUGEPAGE
+    constexpr uintptr_t kHugePage = uintptr_t(2) << 20;
+    if (!block || bytes < 2 * kHugePage) return;
+    // Only whole large pages inside the block can be advised.
+    const uintptr_t start = (reinterpret_cast<uintptr_t>(block) + kHugePage - 1) & ~(kHugePage - 1);
+    const uintptr_t end = (reinterpret_cast<uintptr_t>(block) + bytes) & ~(kHugePage - 1);
+    if (end > start) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+#else
+    (void)block;
+    (void)bytes;
+#endif
+}
 
 void HostOs_ShowURL(const char* url) {
     if (!url || !*url) return;
