@@ -29,7 +29,7 @@ constexpr float kSmallestOvershoot = 0.5f;
 // dark ground look dimmer than their share, and thin stems fade.
 constexpr double kCoverageGamma = 1.0 / 1.4;
 // Hostile sizes are not rendered: masks stay small.
-constexpr int32_t kLargestPixelHeight = 1024;
+constexpr int32_t kLargestPixelHeight = 512;
 
 struct CoverageCurve {
     uint8_t table[256];
@@ -117,7 +117,10 @@ void Render(const Font& font, FontSizeCache& size, uint16_t glyphIndex, FontGlyp
     image.top = static_cast<int32_t>(std::floor(minY));
     image.width = static_cast<int32_t>(std::ceil(maxX)) - image.left;
     image.height = static_cast<int32_t>(std::ceil(maxY)) - image.top;
-    if (image.width <= 0 || image.height <= 0) {
+    // No real glyph is wider than four lines or taller than two; a damaged
+    // entry's stray point must not ask for a huge mask.
+    const int32_t h = size.pixelHeight;
+    if (image.width <= 0 || image.height <= 0 || image.width > 4 * h + 8 || image.height > 2 * h + 8) {
         image.width = image.height = 0;
         return;
     }

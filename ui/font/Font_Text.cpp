@@ -7,6 +7,8 @@
 #include "ui/font/Font_Glyph.h"
 #include "ui/font/Utf8.h"
 
+#include <algorithm>
+
 namespace {
 
 // Lengths in sub-units as 1/64 pixel at `scale`, rounded to nearest.
@@ -15,14 +17,15 @@ int32_t Sixtyfourths(int32_t subUnits, int32_t scale) {
 }
 
 // Calls place(glyph, x) for each glyph of the line, x being where the glyph's
-// origin goes in whole pixels, and returns the advance width. The pen keeps
+// origin goes in whole pixels, and returns the advance width. The pen is 64-bit
+// so that no entry, however damaged, can overflow it. The pen keeps
 // 1/64 pixel so that spacing does not drift; each glyph lands on the whole
 // pixel nearest its place, judged by its stem when it has one, since the
 // renderer put that stem on a pixel boundary.
 template <class Place>
 int32_t SetLine(const Font& font, int32_t scale, std::string_view utf8, Place place) {
     const int32_t spacing = font.letterSpacing * kFontSubUnits;
-    int32_t pen = 0;
+    int64_t pen = 0;
     int32_t previous = -1;
     for (size_t at = 0; at < utf8.size();) {
         const uint32_t cp = Utf8_Next(utf8, &at);
@@ -30,12 +33,12 @@ int32_t SetLine(const Font& font, int32_t scale, std::string_view utf8, Place pl
         const uint16_t glyph = Font_GlyphFor(font, cp);
         const FontGlyphData& data = font.glyphs[glyph];
         if (previous >= 0) pen += Sixtyfourths(Font_Kerning(font, static_cast<uint16_t>(previous), glyph), scale);
-        const int32_t stem = Sixtyfourths(data.stemX, scale);
+        const int64_t stem = Sixtyfourths(data.stemX, scale);
         place(glyph, ((pen + stem + 32) >> 6) - FontGlyph_Pixels(data.stemX, scale));
         pen += Sixtyfourths(data.advance + spacing, scale);
         previous = glyph;
     }
-    return (pen + 32) >> 6;
+    return static_cast<int32_t>(std::clamp<int64_t>((pen + 32) >> 6, INT32_MIN, INT32_MAX));
 }
 
 }  // namespace
@@ -47,7 +50,7 @@ TextMetrics Font_MeasureText(const Font& font, int32_t pixelHeight, std::string_
     const int32_t scale = Font_Scale(font, height);
     m.ascent = FontGlyph_Pixels(font.ascent, scale);
     m.descent = height - m.ascent;
-    m.width = SetLine(font, scale, utf8, [](uint16_t, int32_t) {});
+    m.width = SetLine(font, scale, utf8, [](uint16_t, int64_t) {});
     return m;
 }
 
@@ -57,15 +60,18 @@ int32_t Font_DrawText(const Surface& surface, const Font& font, int32_t x, int32
     FontSizeCache& size = FontGlyph_Size(font, pixelHeight);
     const int32_t scale = Font_Scale(font, size.pixelHeight);
     const DrawRect& clip = surface.clip;
-    return SetLine(font, scale, utf8, [&](uint16_t glyph, int32_t pen) {
+    return SetLine(font, scale, utf8, [&](uint16_t glyph, int64_t pen) {
+        const int64_t gx = x + pen;
+        const int64_t gy = baselineY;
+        // Glyphs wholly outside the clip are neither rendered nor drawn.
+        if (gx > int64_t{clip.x} + clip.width + 4 * pixelHeight || gx < int64_t{clip.x} - 8 * pixelHeight) return;
         const FontGlyphImage& image = FontGlyph_Image(font, size, glyph);
         if (image.width == 0) return;
-        const int32_t gx = x + pen + image.left;
-        const int32_t gy = baselineY + image.top;
-        if (gx >= clip.x + clip.width || gy >= clip.y + clip.height || gx + image.width <= clip.x ||
-            gy + image.height <= clip.y)
+        const int64_t left = gx + image.left, top = gy + image.top;
+        if (left >= int64_t{clip.x} + clip.width || top >= int64_t{clip.y} + clip.height ||
+            left + image.width <= clip.x || top + image.height <= clip.y)
             return;
-        Draw_BlendMask(surface, gx, gy, size.coverage.data() + image.offset, image.width, image.width, image.height,
-                       colour);
+        Draw_BlendMask(surface, static_cast<int32_t>(left), static_cast<int32_t>(top),
+                       size.coverage.data() + image.offset, image.width, image.width, image.height, colour);
     });
 }
