@@ -6,8 +6,9 @@
 // aligned to the pixel grid where it keeps them crisp (baseline, x-height,
 // cap height and the main stem of each glyph on pixel boundaries), and filled
 // by exact-area coverage. Each glyph is rendered once per pixel height and
-// kept; the pen advances in whole pixels so that equal letters keep equal
-// gaps, and text measures exactly as it draws.
+// kept; the pen keeps fractions of a pixel so that spacing does not drift,
+// each glyph lands on the whole pixel nearest its place, and text measures
+// exactly as it draws.
 //
 // Text is UTF-8; bytes that do not decode and characters the font lacks draw
 // the font's replacement glyph. Control characters draw nothing.

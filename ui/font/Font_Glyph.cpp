@@ -9,7 +9,8 @@
 // - horizontally, each glyph moves by less than half a pixel so that the
 //   left edge of its main stem falls on a pixel boundary, and a second stem
 //   (the right leg of "H", "n", "u") is put on one too.
-// Widths are not changed; the pen advances in whole pixels (Font_Text.cpp).
+// Advances are not changed; the text setter puts each glyph on the whole pixel
+// nearest its pen position (Font_Text.cpp).
 #include "ui/font/Font_Glyph.h"
 
 #include "ui/font/Font_Format.h"
