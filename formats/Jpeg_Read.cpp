@@ -1,9 +1,12 @@
-// Baseline JPEG through stb_image. A marker scan up to the first SOS decides
-// whether stb may decode the file at all: only SOF0, DHT, DQT, DRI, COM and the
-// APPn segments (skipped by their length) are allowed before the scan, so a
-// progressive (SOF2), extended, lossless or arithmetic-coded file is refused
-// without being decoded. The image is delivered at 8 bits; a one-component file
-// fills all three planes and sets the mono flag.
+// Baseline JPEG through stb_image. A walk over the marker segments decides
+// whether stb may decode the file at all: before the first scan only SOF0, DHT,
+// DQT, DRI, COM and the APPn segments (skipped by their length) may appear, so
+// a progressive (SOF2), extended, lossless or arithmetic-coded file is refused
+// without being decoded. Every Huffman table in the file, between later scans
+// too, is checked before stb sees it: this stb release writes past its tables
+// when the code counts of one table add up to more than 256 (found by fuzzing).
+// The image is delivered at 8 bits; a one-component file fills all three
+// planes and sets the mono flag.
 #include "formats/Jpeg_Read.h"
 
 #include "formats/File_ReadAll.h"
@@ -32,9 +35,13 @@ namespace {
 enum : uint8_t {
     kMarkerSof0 = 0xC0,
     kMarkerDht = 0xC4,
+    kMarkerRst0 = 0xD0,
+    kMarkerRst7 = 0xD7,
     kMarkerSoi = 0xD8,
+    kMarkerEoi = 0xD9,
     kMarkerSos = 0xDA,
     kMarkerDqt = 0xDB,
+    kMarkerDnl = 0xDC,
     kMarkerDri = 0xDD,
     kMarkerApp0 = 0xE0,
     kMarkerApp15 = 0xEF,
@@ -45,32 +52,66 @@ enum : uint8_t {
 // and an end-of-block code), so a file of n bytes holds at most 256 n pixels; a
 // header announcing more belongs to a file that could never be complete.
 constexpr uint64_t kMaxPixelsPerByte = 256;
+constexpr size_t kMaxHuffmanCodes = 256;
 
 struct StbDeleter {
     void operator()(stbi_uc* p) const { stbi_image_free(p); }
 };
+
+
+// A DHT segment holds whole tables, each with at most 256 codes.
+bool HuffmanTablesValid(const uint8_t* segment, size_t length) {
+    size_t at = 0;
+    while (at < length) {
+        if (length - at < 17) return false;
+        const uint8_t classAndId = segment[at];
+        if ((classAndId >> 4) > 1 || (classAndId & 15) > 3) return false;
+        size_t codes = 0;
+        for (int i = 1; i <= 16; ++i) codes += segment[at + size_t(i)];
+        if (codes > kMaxHuffmanCodes || length - at - 17 < codes) return false;
+        at += 17 + codes;
+    }
+    return true;
+}
 
 }  // namespace
 
 bool Jpeg_IsBaseline(const uint8_t* data, size_t size) {
     if (!data || size < 4 || data[0] != 0xFF || data[1] != kMarkerSoi) return false;
     bool frame = false;
+    bool scanned = false;
     size_t at = 2;
     for (;;) {
-        if (at >= size || data[at] != 0xFF) return false;
+        if (at >= size) return scanned;  // a cut file: stb decodes what is there
+        if (data[at] != 0xFF) {
+            if (!scanned) return false;
+            ++at;  // entropy-coded data between markers
+            continue;
+        }
         while (at < size && data[at] == 0xFF) ++at;  // fill bytes
-        if (at + 2 >= size) return false;
+        if (at >= size) return scanned;
         const uint8_t marker = data[at];
+        if (scanned && (marker == 0x00 || (marker >= kMarkerRst0 && marker <= kMarkerRst7))) {
+            ++at;  // a stuffed zero or a restart marker inside the scan
+            continue;
+        }
+        if (marker == kMarkerEoi) return scanned;
+        if (at + 2 >= size) return scanned;
         const size_t length = size_t(data[at + 1]) << 8 | data[at + 2];
         if (length < 2) return false;
-        if (marker == kMarkerSos) return frame;
-        const bool allowed = marker == kMarkerSof0 || marker == kMarkerDht || marker == kMarkerDqt ||
-                             marker == kMarkerDri || marker == kMarkerCom ||
-                             (marker >= kMarkerApp0 && marker <= kMarkerApp15);
-        if (!allowed) return false;
-        if (marker == kMarkerSof0) {
-            if (frame) return false;
+        const bool tables = marker == kMarkerDht || marker == kMarkerDqt || marker == kMarkerDri ||
+                            marker == kMarkerCom || (marker >= kMarkerApp0 && marker <= kMarkerApp15);
+        if (marker == kMarkerSos) {
+            if (!frame) return false;
+            scanned = true;
+        } else if (marker == kMarkerSof0 && !frame && !scanned) {
             frame = true;
+        } else if (!tables && !(scanned && marker == kMarkerDnl)) {
+            return false;
+        }
+        if (marker == kMarkerDht) {
+            if (length - 2 > size - at - 3) return false;
+            if (!HuffmanTablesValid(data + at + 3, length - 2)) return false;
         }
         at += 1 + length;
     }

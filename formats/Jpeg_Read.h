@@ -11,6 +11,7 @@ struct ImageBuffer;
 ImageBuffer* Jpeg_Read(const char* path);
 ImageBuffer* Jpeg_ReadMemory(const uint8_t* data, size_t size);
 
-// True when the marker segments before the first scan are those of a baseline
-// file: SOF0, DHT, DQT, DRI, COM and APPn only.
+// True when the marker segments are those of a well-formed baseline file: one
+// SOF0 and otherwise only DHT, DQT, DRI, COM and APPn before the first scan,
+// and no Huffman table anywhere with more than 256 codes.
 bool Jpeg_IsBaseline(const uint8_t* data, size_t size);

@@ -180,6 +180,30 @@ TEST_F(JpegFiles, WriterUsesQuality85AndReadsBack) {
     EXPECT_NEAR(double(image->blue[30 * 64 + 30]), 128.0, 4.0);
 }
 
+TEST_F(JpegFiles, HuffmanTablesWithMoreThan256CodesAreRefused) {
+    // stb writes past its tables on such a file (found by fuzzing), so the
+    // marker walk must stop it, before the scan and between scans alike.
+    auto bytes = WrittenJpeg(m_dir, 16, 16);
+    const size_t dht = FindMarker(bytes, 0xC4);
+    ASSERT_NE(dht, std::string::npos);
+    auto before = bytes;
+    before[dht + 5 + 15] = 0xFF;  // sixteen-bit codes of the first table
+    EXPECT_FALSE(Jpeg_IsBaseline(before.data(), before.size()));
+    EXPECT_EQ(ReadMemory(before), nullptr);
+
+    // The same table placed after the scan, before the end marker.
+    const std::vector<uint8_t> table(before.begin() + long(dht), before.begin() + long(dht) + 2 +
+                                         (size_t(before[dht + 2]) << 8 | before[dht + 3]));
+    auto after = bytes;
+    after.insert(after.end() - 2, table.begin(), table.end());
+    EXPECT_FALSE(Jpeg_IsBaseline(after.data(), after.size()));
+    EXPECT_EQ(ReadMemory(after), nullptr);
+    auto fine = bytes;
+    const std::vector<uint8_t> goodTable(bytes.begin() + long(dht), bytes.begin() + long(dht) + long(table.size()));
+    fine.insert(fine.end() - 2, goodTable.begin(), goodTable.end());
+    EXPECT_TRUE(Jpeg_IsBaseline(fine.data(), fine.size()));
+}
+
 TEST(JpegRefused, NonJpegInput) {
     const std::vector<uint8_t> junk = {0xFF, 0xD8, 0xFF};
     EXPECT_EQ(ReadMemory(junk), nullptr);
