@@ -201,11 +201,12 @@ TEST_F(TrackingStore, BitDepthOfTheRecordSetsTheMaximum) {
 }
 
 TEST_F(TrackingStore, ComposeStoresLuminanceAndColourDifferences) {
-    ImagePtr image(Image_Create(3, 1));
+    ImagePtr image(Image_Create(5, 1));
     image->bitDepth = 30;
     image->maxValue = 1073741823;
-    const int64_t rgb[3][3] = {{7, 11, 13}, {100, 0, 0}, {1073741823, 1073741823, 1073741823}};
-    for (int i = 0; i < 3; ++i) {
+    const int64_t rgb[5][3] = {
+        {7, 11, 13}, {100, 0, 0}, {0, 999, 0}, {0, 0, 999}, {1073741823, 1073741823, 1073741823}};
+    for (int i = 0; i < 5; ++i) {
         image->red[i] = rgb[i][0];
         image->green[i] = rgb[i][1];
         image->blue[i] = rgb[i][2];
@@ -213,26 +214,33 @@ TEST_F(TrackingStore, ComposeStoresLuminanceAndColourDifferences) {
     ASSERT_TRUE(Tracking_WriteSlot(2, 0, image.get(), true));
 
     // Stored as they lie: Y = trunc(0.299 R + 0.587 G + 0.114 B), B - Y, R - Y.
+    // One pixel per weight, each far from an integer Y.
     ImagePtr stored(Tracking_ReadSlot(2, 0, false));
     ASSERT_TRUE(stored);
-    EXPECT_EQ(stored->red[0], 10);  // 10.032
-    EXPECT_EQ(stored->green[0], 3);
-    EXPECT_EQ(stored->blue[0], -3);
-    EXPECT_EQ(stored->red[1], 29);  // 29.9
-    EXPECT_EQ(stored->green[1], -29);
-    EXPECT_EQ(stored->blue[1], 71);
+    const int64_t expected[4][3] = {{10, 3, -3},       // 10.032
+                                    {29, -29, 71},     // 29.9
+                                    {586, -586, -586}, // 586.413
+                                    {113, 886, -113}}; // 113.886
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(stored->red[i], expected[i][0]) << "pixel " << i;
+        EXPECT_EQ(stored->green[i], expected[i][1]) << "pixel " << i;
+        EXPECT_EQ(stored->blue[i], expected[i][2]) << "pixel " << i;
+    }
 
     // Converted back in place: R and B exact, G from the truncated Y
     // (6.425 / 0.587 = 10.9 -> 10), everything clamped to 0..maxValue.
-    EXPECT_EQ(image->red[0], 7);
-    EXPECT_EQ(image->green[0], 10);
-    EXPECT_EQ(image->blue[0], 13);
-    EXPECT_EQ(image->red[1], 100);
-    EXPECT_EQ(image->green[1], 0);  // -1.5 before the clamp
-    EXPECT_EQ(image->blue[1], 0);
+    const int64_t restored[4][3] = {{7, 10, 13},
+                                    {100, 0, 0},   // G -1.5 before the clamp
+                                    {0, 998, 0},   // 586 / 0.587 = 998.3
+                                    {0, 0, 999}};  // G -1.5 before the clamp
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(image->red[i], restored[i][0]) << "pixel " << i;
+        EXPECT_EQ(image->green[i], restored[i][1]) << "pixel " << i;
+        EXPECT_EQ(image->blue[i], restored[i][2]) << "pixel " << i;
+    }
     for (int64_t* plane : {image->red, image->green, image->blue}) {
-        EXPECT_GE(plane[2], 1073741823 - 2);
-        EXPECT_LE(plane[2], 1073741823);
+        EXPECT_GE(plane[4], 1073741823 - 2);
+        EXPECT_LE(plane[4], 1073741823);
     }
 
     // Reading with compose gives what the write left in the image.
