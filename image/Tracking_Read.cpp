@@ -17,6 +17,7 @@
 
 #include <lz4.h>
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <cstdio>
@@ -46,6 +47,11 @@ struct BlockReader {
     int64_t* planes[3] = {};
     TrackingLayout layout;
     std::FILE* file = nullptr;
+    // Samples of a plain record are held to 0..clampTo as they arrive, so that a
+    // damaged file can never hand out-of-range data to code that indexes tables
+    // with it; a composed record (signed differences) is clamped after
+    // conversion instead, and has clampTo < 0.
+    int64_t clampTo = -1;
 
     std::mutex mutex;
     std::condition_variable turn;
@@ -101,12 +107,18 @@ void DecompressBlocks(DecompressWorker* worker) {
         if (LZ4_decompress_safe(buffer.get(), target, length, size) != size) {
             SayOnConsole(kBlockErrorText);
             std::memset(target, 0, static_cast<size_t>(size));
+        } else if (reader.clampTo >= 0) {
+            int64_t* samples = reinterpret_cast<int64_t*>(target);
+            const size_t count = static_cast<size_t>(size) / sizeof(int64_t);
+            const int64_t top = reader.clampTo;
+            for (size_t i = 0; i < count; ++i) samples[i] = std::clamp<int64_t>(samples[i], 0, top);
         }
     }
 }
 
-bool ReadPlanes(std::FILE* file, ImageBuffer* image, const TrackingLayout& layout) {
+bool ReadPlanes(std::FILE* file, ImageBuffer* image, const TrackingLayout& layout, bool compose) {
     BlockReader reader;
+    reader.clampTo = compose ? -1 : image->maxValue;
     reader.planes[0] = image->red;
     reader.planes[1] = image->green;
     reader.planes[2] = image->blue;
@@ -147,7 +159,8 @@ ImageBuffer* ReadSlot(int a, int b, bool compose, int hops) {
     const uint32_t height = Tracking_GetWord(header + 8);
     const uint32_t bitDepth = Tracking_GetWord(header + 12);
     if (stride == 0 || stride > INT32_MAX || height == 0 || height > INT32_MAX) return nullptr;
-    if (bitDepth == 0 || bitDepth > 62) return nullptr;
+    // Images never exceed 32 bits: their maximum is computed in 32-bit arithmetic.
+    if (bitDepth == 0 || bitDepth > 32) return nullptr;
     const uint64_t samples = uint64_t{stride} * height;
     if (samples > (fileBytes - kTrackingHeaderBytes) * kMaxExpansion / 24) return nullptr;
 
@@ -155,7 +168,7 @@ ImageBuffer* ReadSlot(int a, int b, bool compose, int hops) {
     ImagePtr image(Image_Create(static_cast<int32_t>(stride), static_cast<int32_t>(height)));
     image->bitDepth = static_cast<uint16_t>(bitDepth);
     image->maxValue = (int64_t{1} << bitDepth) - 1;
-    if (!ReadPlanes(file.get(), image.get(), Tracking_Layout(samples))) return nullptr;
+    if (!ReadPlanes(file.get(), image.get(), Tracking_Layout(samples), compose)) return nullptr;
     if (compose) Tracking_ComposeBack(image.get());
     return image.release();
 }

@@ -200,6 +200,35 @@ TEST_F(TrackingStore, BitDepthOfTheRecordSetsTheMaximum) {
     EXPECT_TRUE(PlanesEqual(*back, *image));
 }
 
+// --- Layout on disk -------------------------------------------------------
+
+struct ParsedBlock {
+    uint32_t length;
+    std::vector<uint8_t> data;  // decompressed
+};
+
+// Parses a full record the way the layout describes it, block by block, with
+// no help from the reader: each block is decompressed on its own.
+std::vector<ParsedBlock> ParseRecord(const std::vector<uint8_t>& bytes, uint32_t blocksExpected) {
+    std::vector<ParsedBlock> blocks;
+    size_t at = 16;
+    while (at + 4 <= bytes.size() && blocks.size() < blocksExpected) {
+        ParsedBlock block;
+        block.length = Word(bytes, at);
+        at += 4;
+        if (at + block.length > bytes.size()) break;
+        block.data.resize(8388608);
+        const int n = LZ4_decompress_safe(reinterpret_cast<const char*>(bytes.data() + at),
+                                          reinterpret_cast<char*>(block.data.data()), static_cast<int>(block.length),
+                                          8388608);
+        block.data.resize(n < 0 ? 0 : static_cast<size_t>(n));
+        at += block.length;
+        blocks.push_back(std::move(block));
+    }
+    EXPECT_EQ(at, bytes.size()) << "the file must end with the last block";
+    return blocks;
+}
+
 TEST_F(TrackingStore, ComposeStoresLuminanceAndColourDifferences) {
     ImagePtr image(Image_Create(5, 1));
     image->bitDepth = 30;
@@ -214,18 +243,27 @@ TEST_F(TrackingStore, ComposeStoresLuminanceAndColourDifferences) {
     ASSERT_TRUE(Tracking_WriteSlot(2, 0, image.get(), true));
 
     // Stored as they lie: Y = trunc(0.299 R + 0.587 G + 0.114 B), B - Y, R - Y.
-    // One pixel per weight, each far from an integer Y.
-    ImagePtr stored(Tracking_ReadSlot(2, 0, false));
-    ASSERT_TRUE(stored);
+    // One pixel per weight, each far from an integer Y. Read from the file
+    // itself: the reader holds a plain record's samples to 0..maxValue.
+    std::vector<ParsedBlock> blocks = ParseRecord(ReadBytes(Tracking_SlotPath(2, 0)), 3);
+    ASSERT_EQ(blocks.size(), 3u);
+    auto sample = [&](int plane, int i) {
+        int64_t v;
+        std::memcpy(&v, blocks[plane].data.data() + i * 8, 8);
+        return v;
+    };
     const int64_t expected[4][3] = {{10, 3, -3},       // 10.032
                                     {29, -29, 71},     // 29.9
                                     {586, -586, -586}, // 586.413
                                     {113, 886, -113}}; // 113.886
     for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(stored->red[i], expected[i][0]) << "pixel " << i;
-        EXPECT_EQ(stored->green[i], expected[i][1]) << "pixel " << i;
-        EXPECT_EQ(stored->blue[i], expected[i][2]) << "pixel " << i;
+        EXPECT_EQ(sample(0, i), expected[i][0]) << "pixel " << i;
+        EXPECT_EQ(sample(1, i), expected[i][1]) << "pixel " << i;
+        EXPECT_EQ(sample(2, i), expected[i][2]) << "pixel " << i;
     }
+    ImagePtr plain(Tracking_ReadSlot(2, 0, false));
+    ASSERT_TRUE(plain);
+    EXPECT_EQ(plain->green[2], 0);  // -586 held to the range
 
     // Converted back in place: R and B exact, G from the truncated Y
     // (6.425 / 0.587 = 10.9 -> 10), everything clamped to 0..maxValue.
@@ -286,35 +324,6 @@ TEST_F(TrackingStore, RoundTripOfRealPictureWithoutComposeIsExact) {
     EXPECT_TRUE(PlanesEqual(*back, *image));
     // Real 16-bit content in 30-bit samples compresses well below 8 bytes a sample.
     EXPECT_LT(fs::file_size(Slot(7, 3)), size_t{290} * 442 * 24 * 3 / 4);
-}
-
-// --- Layout on disk -------------------------------------------------------
-
-struct ParsedBlock {
-    uint32_t length;
-    std::vector<uint8_t> data;  // decompressed
-};
-
-// Parses a full record the way the layout describes it, block by block, with
-// no help from the reader: each block is decompressed on its own.
-std::vector<ParsedBlock> ParseRecord(const std::vector<uint8_t>& bytes, uint32_t blocksExpected) {
-    std::vector<ParsedBlock> blocks;
-    size_t at = 16;
-    while (at + 4 <= bytes.size() && blocks.size() < blocksExpected) {
-        ParsedBlock block;
-        block.length = Word(bytes, at);
-        at += 4;
-        if (at + block.length > bytes.size()) break;
-        block.data.resize(8388608);
-        const int n = LZ4_decompress_safe(reinterpret_cast<const char*>(bytes.data() + at),
-                                          reinterpret_cast<char*>(block.data.data()), static_cast<int>(block.length),
-                                          8388608);
-        block.data.resize(n < 0 ? 0 : static_cast<size_t>(n));
-        at += block.length;
-        blocks.push_back(std::move(block));
-    }
-    EXPECT_EQ(at, bytes.size()) << "the file must end with the last block";
-    return blocks;
 }
 
 TEST_F(TrackingStore, PlaneOfExactlyEightMebibytesIsOneBlock) {
