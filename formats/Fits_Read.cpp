@@ -10,6 +10,7 @@
 #include "formats/Fits_Dither.h"
 #include "formats/Fits_Header.h"
 #include "formats/Format_Limits.h"
+#include "host/Host_Threads.h"
 #include "image/Image.h"
 
 #include <algorithm>
@@ -217,8 +218,30 @@ ConvertFn ConverterFor(int32_t bitpix) {
     }
 }
 
+struct PlaneJob {
+    int64_t** planes = nullptr;
+    int32_t planeCount = 0;
+    int32_t width = 0, height = 0;
+    double minimum = 0.0, scale = 1.0;
+    uint32_t workerIndex = 0;
+    uint32_t workerCount = 1;
+};
+
+// Error diffusion of each of the worker's planes, then the final clamp: the
+// largest sample kept is 2^30 - 2, so 2^30 - 1 never survives.
+void QuantisePlanes(PlaneJob* job) {
+    const size_t samples = static_cast<size_t>(job->width) * static_cast<size_t>(job->height);
+    for (int32_t p = static_cast<int32_t>(job->workerIndex); p < job->planeCount;
+         p += static_cast<int32_t>(job->workerCount)) {
+        int64_t* plane = job->planes[p];
+        Fits_DiffusePlane(plane, job->width, job->height, job->minimum, job->scale);
+        for (size_t i = 0; i < samples; ++i) plane[i] = std::clamp<int64_t>(plane[i], 0, kTopSample);
+    }
+}
+
 // One pass over the file. Returns the image, or null when the file is not
-// readable; *again is set when the repetition rule asks for another pass.
+// readable; *again is set (and nothing returned) when the repetition rule asks
+// for another pass.
 ImageBuffer* ReadOnce(FitsSource& source, int* repeatCounter, bool* again) {
     *again = false;
     FitsHeader state;
@@ -270,23 +293,30 @@ ImageBuffer* ReadOnce(FitsSource& source, int* repeatCounter, bool* again) {
             ++*repeatCounter;
             *again = true;
         }
-        Fits_DiffusePlane(targets[p], width, height, minimum, scale);
     }
+    // Another pass gives the same data: this one's quantisation would be thrown away.
+    if (*again) return nullptr;
+
+    // The planes are quantised independently (each in its own fixed order), so
+    // they are shared out over the workers.
+    PlaneJob job;
+    job.planes = targets;
+    job.planeCount = planes;
+    job.width = width;
+    job.height = height;
+    job.minimum = minimum;
+    job.scale = scale;
+    if (planes > 1)
+        Host_RunWorkers(job, &QuantisePlanes);
+    else
+        QuantisePlanes(&job);
 
     image->bitDepth = 30;
     image->maxValue = 1073741823;
-    const size_t samples = static_cast<size_t>(pixels);
-    for (int64_t* plane : {image->red, image->green, image->blue}) {
-        for (size_t i = 0; i < samples; ++i) {
-            if (plane[i] < 0)
-                plane[i] = 0;
-            else if (plane[i] > kTopSample)
-                plane[i] = kTopSample;
-        }
-    }
     if (depth == 1) {
-        std::memcpy(image->green, image->red, samples * sizeof(int64_t));
-        std::memcpy(image->blue, image->red, samples * sizeof(int64_t));
+        const size_t bytes = static_cast<size_t>(pixels) * sizeof(int64_t);
+        std::memcpy(image->green, image->red, bytes);
+        std::memcpy(image->blue, image->red, bytes);
     }
     return image.release();
 }
@@ -299,7 +329,7 @@ ImageBuffer* ReadWithRepetition(FitsSource& source) {
     for (;;) {
         bool again = false;
         ImagePtr image(ReadOnce(source, &repeatCounter, &again));
-        if (!image || !again) return image.release();
+        if (!again) return image.release();
         if (!source.Rewind()) return nullptr;
     }
 }
