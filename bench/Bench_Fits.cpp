@@ -5,7 +5,9 @@
 // 30-bit planes, the job the reference does into fresh doubles.
 //
 // Files go to PELLUCIDA_STATE_DIR when set, otherwise to the system's
-// temporary folder, and are removed at the end.
+// temporary folder, and are removed at the end unless PELLUCIDA_BENCH_KEEP is
+// set: then they stay (and are reused) so that a comparison tool can read the
+// very same files (bench/compare_anchors.sh).
 #include "Bench_SkyPlanes.h"
 
 #include "formats/Fits_Read.h"
@@ -86,6 +88,17 @@ bool WriteMonoU16(const std::string& path) {
                      data);
 }
 
+bool KeepFiles() {
+    const char* keep = std::getenv("PELLUCIDA_BENCH_KEEP");
+    return keep && *keep;
+}
+
+void RemoveUnlessKept(const std::string& path) {
+    if (!KeepFiles()) std::filesystem::remove(path);
+}
+
+bool Reusable(const std::string& path) { return KeepFiles() && std::filesystem::exists(path); }
+
 void ReadLoop(benchmark::State& state, const std::string& path, int64_t fileBytes) {
     for (auto _ : state) {
         ImagePtr image(Fits_Read(path.c_str()));
@@ -98,16 +111,16 @@ void ReadLoop(benchmark::State& state, const std::string& path, int64_t fileByte
 
 void BM_FitsReadRgbFloat32(benchmark::State& state) {
     const std::string path = BenchFile("pellucida-bench-rgb-f32.fits");
-    if (!WriteRgbFloat(path)) state.SkipWithError("write failed");
+    if (!Reusable(path) && !WriteRgbFloat(path)) state.SkipWithError("write failed");
     ReadLoop(state, path, int64_t(kBenchSkyWidth) * kBenchSkyHeight * 12);
-    std::filesystem::remove(path);
+    RemoveUnlessKept(path);
 }
 
 void BM_FitsReadMonoU16(benchmark::State& state) {
     const std::string path = BenchFile("pellucida-bench-mono-u16.fits");
-    if (!WriteMonoU16(path)) state.SkipWithError("write failed");
+    if (!Reusable(path) && !WriteMonoU16(path)) state.SkipWithError("write failed");
     ReadLoop(state, path, int64_t(kBenchSkyWidth) * kBenchSkyHeight * 2);
-    std::filesystem::remove(path);
+    RemoveUnlessKept(path);
 }
 
 }  // namespace
