@@ -1,18 +1,13 @@
 // Creating the toolkit context and the services it offers every widget.
 #include "ui/Toolkit.h"
 
+#include "ui/Theme.h"
 #include "ui/WidgetKinds.h"
 #include "ui/archive/Resources_Open.h"
 
 namespace {
 
 constexpr const char* kFontEntry = "font.fnt";
-constexpr const char kFontSignature[] = {'S', 'Q', 'F'};
-
-bool IsFont(const std::vector<uint8_t>& data) {
-    return data.size() >= 3 && data[0] == kFontSignature[0] && data[1] == kFontSignature[1] &&
-           data[2] == kFontSignature[2];
-}
 
 }  // namespace
 
@@ -22,24 +17,39 @@ std::unique_ptr<Toolkit> Toolkit_CreateBare() {
     toolkit->root->type = kWidgetDrawingArea;
     toolkit->root->width = kUnitsWhole;
     toolkit->root->height = kUnitsWhole;
+    toolkit->currentForm = toolkit->root.get();
+    Theme_Apply(toolkit.get());
     Toolkit_DefineSystemEntities(toolkit.get());
     return toolkit;
 }
 
-std::unique_ptr<Toolkit> Toolkit_Create() {
+std::unique_ptr<Toolkit> Toolkit_Create() { return Toolkit_CreateWithArchive(Resources_Open()); }
+
+std::unique_ptr<Toolkit> Toolkit_CreateWithArchive(std::unique_ptr<ResourceArchive> archive) {
     auto toolkit = std::make_unique<Toolkit>();
-    toolkit->archive = Resources_Open();
+    toolkit->archive = std::move(archive);
     toolkit->root = std::make_unique<Widget>();
     toolkit->root->type = kWidgetDrawingArea;
     toolkit->root->width = kUnitsWhole;
     toolkit->root->height = kUnitsWhole;
+    toolkit->currentForm = toolkit->root.get();
+    Theme_Apply(toolkit.get());
     Toolkit_MeasureScreen(toolkit.get());
     Toolkit_DefineSystemEntities(toolkit.get());
     Toolkit_SetMetricsFromScreen(toolkit.get());
-    // An entry that is not a font leaves the toolkit without one.
-    std::vector<uint8_t> font = Resources_LoadWhole(toolkit.get(), kFontEntry);
-    if (IsFont(font)) toolkit->font = std::move(font);
+    Toolkit_LoadFont(toolkit.get());
     return toolkit;
+}
+
+bool Toolkit_LoadFont(Toolkit* toolkit) {
+    // An entry that is not a font leaves the toolkit without one.
+    const std::vector<uint8_t> bytes = Resources_LoadWhole(toolkit, kFontEntry);
+    toolkit->font = Font_Load(bytes.data(), bytes.size());
+    return toolkit->font != nullptr;
+}
+
+int32_t Toolkit_TextHeight(const Toolkit* toolkit) {
+    return static_cast<int32_t>(toolkit->minimalObjectSizeY * 0.38);
 }
 
 std::vector<uint8_t> Resources_LoadWhole(Toolkit* toolkit, const char* name) {

@@ -6,6 +6,8 @@
 #include "ui/Entities.h"
 #include "ui/Widget.h"
 #include "ui/archive/Resources_Archive.h"
+#include "ui/draw/Draw_Surface.h"
+#include "ui/font/Font.h"
 
 #include <cstdint>
 #include <memory>
@@ -26,6 +28,30 @@ struct ToolkitEventRing {
     uint32_t pending = 0;
 };
 
+// Pointer capture, keyboard focus and what the last redraw touched: the
+// dispatcher's state (Toolkit_Dispatch.h).
+struct ToolkitInput {
+    Widget* capture = nullptr;  // the widget a press landed on; drags and the release go to it
+    Widget* focus = nullptr;    // receives characters
+    bool pointerDown = false;
+    bool postedDown = false;  // the button state Toolkit_PostPointer last posted
+    int32_t pointerX = 0;
+    int32_t pointerY = 0;
+    bool drawn = false;  // something was drawn since the last blit
+    DrawRect drawnArea;  // the union of what was drawn
+};
+
+// What a message box saves before it is built and restores when it closes:
+// the form on top and the values that belong to it (five words).
+struct ToolkitDrawState {
+    Widget* form = nullptr;
+    Widget* focus = nullptr;
+    uint32_t screenWidth = 0;
+    uint32_t screenHeight = 0;
+    uint32_t flags = 0;
+};
+inline constexpr uint32_t kToolkitSavedStates = 9;
+
 struct Toolkit {
     // Framebuffer: 32-bit pixels, pixelsPerRow apart.
     uint32_t* framebuffer = nullptr;
@@ -42,7 +68,7 @@ struct Toolkit {
     int32_t minimalObjectSizeX = 1;
     int32_t minimalObjectSizeY = 1;
 
-    std::vector<uint8_t> font;  // the "font.fnt" entry; empty when there is none
+    std::unique_ptr<Font> font;  // loaded from "font.fnt"; null when there is none
 
     // Theme colours in 5-6-5: the background and the three tints of tinted icons.
     uint16_t background = 0x0000;
@@ -50,6 +76,15 @@ struct Toolkit {
 
     std::unique_ptr<ResourceArchive> archive;
     ToolkitEventRing events;
+
+    ToolkitInput input;
+    Surface paint;  // the framebuffer, clipped to the widget being drawn
+    Widget* currentForm = nullptr;  // the form on top: the root, or the newest modal box
+    ToolkitDrawState savedStates[kToolkitSavedStates];
+    uint32_t savedCount = 0;
+    // Closed boxes, freed once the event that closed them has been dispatched
+    // (their own handlers are still running when they close).
+    std::vector<std::unique_ptr<Widget>> retired;
 };
 
 // A context without archive, screen or font: the root widget and the built-in
@@ -60,6 +95,8 @@ std::unique_ptr<Toolkit> Toolkit_CreateBare();
 // missing), measures the screen, defines the system entities and the metrics
 // and loads the font.
 std::unique_ptr<Toolkit> Toolkit_Create();
+// The same sequence with an archive opened by the caller (tools, tests).
+std::unique_ptr<Toolkit> Toolkit_CreateWithArchive(std::unique_ptr<ResourceArchive> archive);
 
 // Loads an archive entry whole through the context's archive; empty when the
 // entry is missing or empty.
@@ -73,3 +110,11 @@ struct PixelRect {
     int32_t height = 0;
 };
 PixelRect Widget_PixelRect(const Toolkit* toolkit, const Widget* widget);
+
+// The pixel height of the toolkit's text: trunc(M * 0.38) of the vertical
+// minimal object size M.
+int32_t Toolkit_TextHeight(const Toolkit* toolkit);
+
+// Loads "font.fnt" from the archive into the context; false when it is
+// missing or not a font.
+bool Toolkit_LoadFont(Toolkit* toolkit);

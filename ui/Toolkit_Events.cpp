@@ -2,6 +2,7 @@
 #include "ui/Toolkit_Events.h"
 
 #include "ui/Toolkit.h"
+#include "ui/Toolkit_Dispatch.h"
 
 #include <cstdlib>
 
@@ -50,11 +51,7 @@ void Toolkit_ProcessPendingDraws(Toolkit* toolkit) {
             ring.entries[Slot(ring, kept++)] = e;
             continue;
         }
-        if (e.widget && e.widget->handler) {
-            WidgetEvent event;
-            event.code = kEventDraw;
-            e.widget->handler(toolkit, e.widget, &event);
-        }
+        if (e.widget) Toolkit_DrawWidget(toolkit, e.widget);
     }
     ring.pending = kept;
 }

@@ -9,6 +9,27 @@
 #include <string>
 #include <vector>
 
+struct ImageBuffer;
+
+// What a control calls when the user changed it (a button pressed, a value
+// moved, an item chosen, a line entered).
+using WidgetCallback = void (*)(Toolkit* toolkit, Widget* widget, void* user);
+
+// A rectangle dragged on an image view, in image pixels.
+struct ImageRegion {
+    int32_t x = 0;
+    int32_t y = 0;
+    int32_t width = 0;
+    int32_t height = 0;
+};
+using ImageRegionCallback = void (*)(Toolkit* toolkit, Widget* view, const ImageRegion& region, void* user);
+
+// Ticks for applets: the count of collapsed timer ticks and the running total.
+using AppletTickFn = void (*)(Toolkit* toolkit, Widget* applet, uint32_t ticks, uint32_t elapsed, void* user);
+
+// Gestures seen by a gesture area: the event code (press, drag, release) and the pointer.
+using GestureFn = void (*)(Toolkit* toolkit, Widget* area, uint32_t code, int32_t x, int32_t y, void* user);
+
 enum WidgetKind : uint32_t {
     kWidgetLayout = 1,
     kWidgetButton = 2,
@@ -90,13 +111,35 @@ struct FormRecord : WidgetRecord {
     GeometryRecord geometry;
 };
 
+// Zoom is in percent; with `fit` set the zoom was chosen to fit the image into
+// the view. The centre is the image point shown in the middle of the view, in
+// 1/256 pixel. `lut` maps 16-bit image values to 8-bit screen values
+// (65536 entries, owned by the caller); null uses the linear table.
 struct ImageViewRecord : WidgetRecord {
     GeometryRecord geometry;
+    const ImageBuffer* image = nullptr;  // owned by the caller
+    const uint8_t* lut = nullptr;
+    int32_t zoom = 100;
+    bool fit = true;
+    int64_t centreX = 0;
+    int64_t centreY = 0;
+    // Pointer: a plain drag pans; with regionSelect set it drags a rectangle
+    // that regionCallback receives on release.
+    bool regionSelect = false;
+    ImageRegionCallback regionCallback = nullptr;
+    void* regionUser = nullptr;
+    bool dragging = false;
+    int32_t dragX = 0, dragY = 0;       // where the press landed, in pixels
+    int64_t dragCentreX = 0, dragCentreY = 0;
+    int32_t dragToX = 0, dragToY = 0;   // the pointer now
 };
 
+// Bins per channel (red, green, blue; a mono image fills the first only).
 struct HistogramRecord : WidgetRecord {
     GeometryRecord geometry;
     uint32_t numBins = 0;
+    std::vector<uint32_t> bins[3];
+    bool mono = false;
 };
 
 struct ButtonRecord : WidgetRecord {
@@ -107,6 +150,14 @@ struct ButtonRecord : WidgetRecord {
     bool noGloss = false;
     bool flat = false;
     uint32_t rounded = 0;
+    bool pressed = false;   // the pointer is down on it
+    bool disabled = false;  // greyed out; ignores the pointer and quick keys
+    WidgetCallback onPress = nullptr;  // on release inside the button
+    void* user = nullptr;
+    struct {
+        std::vector<uint8_t> bytes;  // the icon entry, loaded the first time it is drawn
+        bool loaded = false;
+    } iconCache;
 };
 
 struct LabelRecord : WidgetRecord {
@@ -114,16 +165,24 @@ struct LabelRecord : WidgetRecord {
     uint32_t align = kAlignLeft;
 };
 
+// Fields keep a caret as a byte offset into the UTF-8 text.
 struct FieldRecord : WidgetRecord {
     NavigationRecord navigation;
     std::string text;
     uint32_t align = kAlignLeft;
     std::string resource;
+    size_t caret = std::string::npos;  // npos: at the end
+    WidgetCallback onEnter = nullptr;  // Enter pressed
+    WidgetCallback onChange = nullptr;
+    void* user = nullptr;
 };
 
 struct FieldMultiRecord : WidgetRecord {
     NavigationRecord navigation;
     std::string text;
+    size_t caret = std::string::npos;
+    WidgetCallback onChange = nullptr;
+    void* user = nullptr;
 };
 
 struct BitmapRecord : WidgetRecord {
@@ -138,12 +197,18 @@ struct BitmapRecord : WidgetRecord {
 struct ListRecord : WidgetRecord {
     NavigationRecord navigation;
     std::vector<std::string> items;
+    int32_t selected = -1;  // none
+    int32_t firstVisible = 0;
+    WidgetCallback onSelect = nullptr;
+    void* user = nullptr;
 };
 
 struct SelectorRecord : WidgetRecord {
     NavigationRecord navigation;
     std::vector<std::string> items;
     uint32_t selected = 0;
+    WidgetCallback onChange = nullptr;
+    void* user = nullptr;
 };
 
 struct LevelSetterRecord : WidgetRecord {
@@ -157,14 +222,26 @@ struct LevelSetterRecord : WidgetRecord {
     void* figuresUser = nullptr;
     Widget* captionLabel = nullptr;  // child widgets of the setter
     Widget* valueLabel = nullptr;
+    WidgetCallback onChange = nullptr;  // the position moved (while dragging, too)
+    void* user = nullptr;
+    bool dragging = false;
 };
 
 struct AppletRecord : WidgetRecord {
     NavigationRecord navigation;
+    AppletTickFn onTick = nullptr;
+    void* user = nullptr;
+    uint32_t elapsed = 0;  // ticks received so far
 };
 
 struct VirtualKeyboardRecord : WidgetRecord {
     bool numbersOnly = false;
 };
 
-struct GestureAreaRecord : WidgetRecord {};
+struct GestureAreaRecord : WidgetRecord {
+    GestureFn onGesture = nullptr;
+    void* user = nullptr;
+};
+
+// The handler of a widget kind (draw and events), or null for an unknown kind.
+WidgetHandler WidgetKinds_Handler(uint32_t kind);
