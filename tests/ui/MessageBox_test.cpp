@@ -1,0 +1,170 @@
+// Message boxes and the progress dialog over the test form: the identifier
+// from the title, the equal button row, icons by type, the callback with the
+// index of the button pressed, boxes opened from boxes and the saved-state
+// stack of 9, and the progress dialog's cancel flag.
+#include "ToolkitFixture.h"
+#include "ui/MessageBox.h"
+#include "ui/ProgressDialog.h"
+#include "ui/widgets/Button.h"
+#include "ui/widgets/Label.h"
+
+namespace {
+
+std::vector<uint32_t> g_pressed;
+void Remember(Toolkit*, uint32_t index) { g_pressed.push_back(index); }
+
+TEST(MessageBoxIcons, ByType) {
+    EXPECT_STREQ(MessageBox_IconName(0), "icon_warning.sqi");
+    EXPECT_STREQ(MessageBox_IconName(1), "icon_information.sqi");
+    EXPECT_STREQ(MessageBox_IconName(2), "icon_error.sqi");
+    EXPECT_STREQ(MessageBox_IconName(3), "icon_success.sqi");
+    EXPECT_EQ(MessageBox_IconName(4), nullptr);
+    EXPECT_STREQ(MessageBox_IconName(5), "icon_information.sqi");
+    EXPECT_STREQ(MessageBox_IconName(0xFFFFFFFF), "icon_information.sqi");
+}
+
+TEST_F(ToolkitTest, TheButtonsShareTheRowEqually) {
+    Widget* one = MessageBox_Show(tk.get(), "Information", "One button.", 1, Remember, 1, "OK");
+    std::vector<Widget*> b = MessageBox_Buttons(one);
+    ASSERT_EQ(b.size(), 1u);
+    EXPECT_EQ(b[0]->x, 0u);
+    EXPECT_EQ(b[0]->width, kUnitsWhole);
+    Widget* two = MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, 2, kCloseButton, kCancelButton);
+    b = MessageBox_Buttons(two);
+    ASSERT_EQ(b.size(), 2u);
+    EXPECT_EQ(b[0]->width, 16384u);
+    EXPECT_EQ(b[1]->x, 16384u);
+    EXPECT_EQ(b[1]->width, 16384u);
+    Widget* three = MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, 3, "Yes", "No", "Cancel");
+    b = MessageBox_Buttons(three);
+    ASSERT_EQ(b.size(), 3u);
+    // 32768 / 3, then 21846 / 2, then the rest: the cells fill the row exactly.
+    EXPECT_EQ(b[0]->width, 10922u);
+    EXPECT_EQ(b[1]->x, 10922u);
+    EXPECT_EQ(b[1]->width, 10923u);
+    EXPECT_EQ(b[2]->x, 21845u);
+    EXPECT_EQ(b[2]->width, 10923u);
+    EXPECT_EQ(b[2]->x + b[2]->width, kUnitsWhole);
+    EXPECT_EQ(Widget_Record<ButtonRecord>(b[2])->text, "Cancel");
+}
+
+TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitle) {
+    Widget* box = MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, 2, kCloseButton, kCancelButton);
+    EXPECT_EQ(box->id, Widget_PackId("Clos"));
+    EXPECT_EQ(box->type, uint32_t(kWidgetForm));
+    EXPECT_EQ(Widget_FindById(tk->root.get(), Widget_PackId("Clos")), box);
+    Widget* shortTitle = MessageBox_Show(tk.get(), "Hey", "A short title still shows.", 1, Remember, 1, "OK");
+    EXPECT_EQ(shortTitle->id, 0u);
+    EXPECT_EQ(tk->currentForm, shortTitle);
+    Toolkit_Dispatch(tk.get());
+}
+
+TEST_F(ToolkitTest, TheCallbackGetsTheIndexOfTheButtonPressedAfterTheBoxIsGone) {
+    g_pressed.clear();
+    Widget* box = MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, 3, "Yes", "No", "Cancel");
+    Toolkit_Dispatch(tk.get());
+    // Controls beneath the box no longer take the pointer.
+    Widget* keep = W("BtKp");
+    const PixelRect k = R(keep);
+    Press(k.x + 3, k.y + 3);
+    EXPECT_EQ(tk->input.capture, nullptr);
+    Release(k.x + 3, k.y + 3);
+    Click(MessageBox_Buttons(box)[1]);
+    EXPECT_EQ(g_pressed, std::vector<uint32_t>{1});
+    EXPECT_EQ(Widget_FindById(tk->root.get(), Widget_PackId("Save")), nullptr);
+    EXPECT_EQ(tk->currentForm, tk->root.get());
+    EXPECT_EQ(tk->savedCount, 0u);
+    // The form beneath takes the pointer again.
+    Press(k.x + 3, k.y + 3);
+    EXPECT_EQ(tk->input.capture, keep);
+    Release(k.x + 3, k.y + 3);
+}
+
+TEST_F(ToolkitTest, ButtonLabelsAreExpandedForEntities) {
+    Entity_Define(&tk->markupEntities, "&language-buttonlast;", "Last");
+    Widget* box = MessageBox_Show(tk.get(), "Compare", "Sch&ouml;n", 1, Remember, 2, "&language-buttonlast;",
+                                  "&language-buttonunknown;");
+    std::vector<Widget*> b = MessageBox_Buttons(box);
+    EXPECT_EQ(Widget_Record<ButtonRecord>(b[0])->text, "Last");
+    EXPECT_EQ(Widget_Record<ButtonRecord>(b[1])->text, "&language-buttonunknown;");
+    EXPECT_EQ(Toolkit_ExpandText(tk.get(), "Sch&ouml;n &amp; klar"), "Sch\xC3\xB6n & klar");
+}
+
+TEST_F(ToolkitTest, ABoxOpenedFromABoxClosesBackToTheFirst) {
+    g_pressed.clear();
+    Widget* first = MessageBox_Show(tk.get(), "First", "Beneath.", 1, Remember, 1, "OK");
+    Widget* second = MessageBox_Show(tk.get(), "Second", "On top.", 2, Remember, 2, "A", "B");
+    Toolkit_Dispatch(tk.get());
+    EXPECT_EQ(tk->currentForm, second);
+    EXPECT_EQ(tk->savedCount, 2u);
+    EXPECT_EQ(tk->savedStates[1].form, first);
+    // The first box's button is covered by the second box's row: the press goes to the second.
+    Click(MessageBox_Buttons(second)[0]);
+    EXPECT_EQ(g_pressed, std::vector<uint32_t>{0});
+    EXPECT_EQ(tk->currentForm, first);
+    EXPECT_EQ(tk->savedCount, 1u);
+    Click(MessageBox_Buttons(first)[0]);
+    EXPECT_EQ(g_pressed, (std::vector<uint32_t>{0, 0}));
+    EXPECT_EQ(tk->currentForm, tk->root.get());
+}
+
+TEST_F(ToolkitTest, ATenthNestedBoxIsShownThoughTheStackIsFull) {
+    std::vector<Widget*> boxes;
+    for (int i = 0; i < 10; ++i) {
+        const std::string title = "Box " + std::to_string(i);
+        boxes.push_back(MessageBox_Show(tk.get(), title.c_str(), "Nested.", 1, Remember, 1, "OK"));
+    }
+    Toolkit_Dispatch(tk.get());
+    EXPECT_EQ(tk->savedCount, kToolkitSavedStates);
+    EXPECT_EQ(tk->currentForm, boxes[9]);
+    g_pressed.clear();
+    for (int i = 9; i >= 0; --i) {
+        Click(MessageBox_Buttons(boxes[size_t(i)])[0]);
+        EXPECT_EQ(tk->currentForm, i > 0 ? boxes[size_t(i - 1)] : tk->root.get()) << i;
+    }
+    EXPECT_EQ(g_pressed.size(), 10u);
+    EXPECT_EQ(tk->savedCount, 0u);
+}
+
+TEST_F(ToolkitTest, EnterPressesTheLastButtonOfABox) {
+    g_pressed.clear();
+    MessageBox_Show(tk.get(), kOverwriteTitle, kOverwriteText, 2, Remember, 2, kOverwriteButton, kCancelButton);
+    Key(kKeyEnter);
+    EXPECT_EQ(g_pressed, std::vector<uint32_t>{1});
+}
+
+void Nested(Toolkit* toolkit, uint32_t) {
+    // A callback may open the next box at once: the first is already gone.
+    MessageBox_Show(toolkit, "Next", "Opened from the callback.", 1, Remember, 1, "OK");
+}
+
+TEST_F(ToolkitTest, ACallbackMayOpenAnotherBox) {
+    Widget* box = MessageBox_Show(tk.get(), "Asks", "Then asks again.", 1, Nested, 1, "Go");
+    Click(MessageBox_Buttons(box)[0]);
+    ASSERT_NE(tk->currentForm, tk->root.get());
+    EXPECT_EQ(tk->currentForm->id, Widget_PackId("Next"));
+    EXPECT_EQ(tk->savedCount, 1u);
+}
+
+TEST_F(ToolkitTest, ProgressDialogCancelSetsTheKernelsFlag) {
+    Widget* dialog = ProgressDialog_Show(tk.get(), "Stretching");
+    EXPECT_EQ(dialog->id, Widget_PackId("Prog"));
+    const KernelControl control = ProgressDialog_Control(dialog);
+    EXPECT_FALSE(KernelControl_Cancelled(&control));
+    // The kernel reports from its thread; the dialog shows it on the next tick.
+    KernelControl_Report(&control, "Blur", 40);
+    EXPECT_EQ(ProgressDialog_Percent(dialog), 40);
+    Post(kEventTick, 1, 0, 0);
+    Widget* cancel = ProgressDialog_CancelButton(dialog);
+    ASSERT_NE(cancel, nullptr);
+    EXPECT_EQ(Widget_Record<ButtonRecord>(cancel)->text, "Cancel");
+    Click(cancel);
+    EXPECT_TRUE(KernelControl_Cancelled(&control));
+    EXPECT_TRUE(ProgressDialog_Cancelled(dialog));
+    EXPECT_TRUE(Widget_Record<ButtonRecord>(cancel)->disabled);
+    ProgressDialog_Close(tk.get(), dialog);
+    Toolkit_Dispatch(tk.get());
+    EXPECT_EQ(tk->currentForm, tk->root.get());
+}
+
+}  // namespace

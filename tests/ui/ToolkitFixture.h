@@ -1,0 +1,85 @@
+// A toolkit over an in-memory framebuffer with the archive the build made
+// and the test form loaded: the widget tests drive it through the real event
+// ring by identifier, as a user would.
+#pragma once
+
+#include "host/Host_Os.h"
+#include "ui/Entities.h"
+#include "ui/Layout.h"
+#include "ui/TestForm.h"
+#include "ui/Toolkit.h"
+#include "ui/Toolkit_Dispatch.h"
+#include "ui/Toolkit_Events.h"
+#include "ui/WidgetKinds.h"
+#include "ui/archive/Resources_Open.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+// The archive beside the executables: the build folder, one up from the tests.
+inline std::string ToolkitTest_ArchivePath() {
+    namespace fs = std::filesystem;
+    if (const char* env = std::getenv("PELLUCIDA_RESOURCES"); env && *env) return env;
+    for (const fs::path& candidate : {fs::path(Host_GetProgramDir()) / "resources",
+                                      fs::path(Host_GetProgramDir()) / ".." / "resources"})
+        if (fs::is_regular_file(candidate)) return candidate.string();
+    return {};
+}
+
+class ToolkitTest : public testing::Test {
+protected:
+    int32_t width = 800, height = 480;
+    std::vector<uint32_t> framebuffer;
+    std::unique_ptr<Toolkit> tk;
+    TestFormContent content;
+    Widget* form = nullptr;
+
+    void SetUp() override {
+        const std::string archive = ToolkitTest_ArchivePath();
+        if (archive.empty()) GTEST_SKIP() << "no resources archive beside the test program (build pellucida_resources)";
+        framebuffer.assign(size_t(width) * height, 0);
+        tk = Toolkit_CreateBare();
+        int code = -1;
+        tk->archive = Resources_OpenPath(archive.c_str(), &code);
+        ASSERT_EQ(code, kResourceOk);
+        Toolkit_SetScreen(tk.get(), uint32_t(width), uint32_t(height), uint32_t(width), framebuffer.data());
+        Toolkit_SetMetricsFromScreen(tk.get());
+        ASSERT_TRUE(Toolkit_LoadFont(tk.get()));
+        form = TestForm_Load(tk.get(), &content);
+        ASSERT_NE(form, nullptr);
+        Toolkit_Dispatch(tk.get());
+        Toolkit_DrawAll(tk.get());
+        Toolkit_Present(tk.get());
+    }
+
+    Widget* W(const char* id) {
+        Widget* w = Widget_FindById(tk->root.get(), Widget_PackId(id));
+        EXPECT_NE(w, nullptr) << id;
+        return w;
+    }
+    PixelRect R(Widget* w) { return Widget_PixelRect(tk.get(), w); }
+
+    // Pointer and keys as the shell posts them: to the root, then dispatched.
+    void Press(int32_t x, int32_t y) { Post(kEventPress, x, y, 1); }
+    void Drag(int32_t x, int32_t y) { Post(kEventDrag, x, y, 1); }
+    void Release(int32_t x, int32_t y) { Post(kEventRelease, x, y, 0); }
+    void Click(Widget* w) {
+        const PixelRect r = R(w);
+        Press(r.x + r.width / 2, r.y + r.height / 2);
+        Release(r.x + r.width / 2, r.y + r.height / 2);
+    }
+    void Key(uint32_t code) { Post(kEventCharacter, int32_t(code), 0, 0); }
+    void Type(const std::string& text) {
+        for (unsigned char c : text) Key(c);
+    }
+    void Post(uint32_t code, int32_t a, int32_t b, int32_t c) {
+        Toolkit_PostEvent(tk.get(), tk->root.get(), code, uint32_t(a), uint32_t(b), uint32_t(c));
+        Toolkit_Dispatch(tk.get());
+    }
+    uint32_t Pixel(int32_t x, int32_t y) const { return framebuffer[size_t(y) * width + x]; }
+};

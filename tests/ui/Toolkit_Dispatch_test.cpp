@@ -1,0 +1,188 @@
+// The dispatcher, driven through the real event ring on the test form: hit
+// testing in pixels, pointer capture while dragging, keyboard focus and quick
+// keys, the order in which posted events arrive, and redraws that touch only
+// the widget that changed.
+#include "ToolkitFixture.h"
+#include "ui/widgets/Button.h"
+#include "ui/widgets/Field.h"
+#include "ui/widgets/GestureArea.h"
+#include "ui/widgets/Label.h"
+#include "ui/widgets/LevelSetter.h"
+
+namespace {
+
+int g_presses = 0;
+void CountPress(Toolkit*, Widget*, void*) { ++g_presses; }
+
+TEST_F(ToolkitTest, HitTestFindsTheDeepestControlUnderThePixel) {
+    Widget* keep = W("BtKp");
+    const PixelRect r = R(keep);
+    EXPECT_EQ(Toolkit_HitTest(tk.get(), tk->root.get(), r.x, r.y), keep);
+    EXPECT_EQ(Toolkit_HitTest(tk.get(), tk->root.get(), r.x + r.width - 1, r.y + r.height - 1), keep);
+    // One pixel past the right edge is the next button, not this one.
+    EXPECT_NE(Toolkit_HitTest(tk.get(), tk->root.get(), r.x + r.width, r.y), keep);
+    // The setter's own labels do not take the pointer: the setter does.
+    Widget* setter = W("LvS0");
+    const PixelRect caption = R(Widget_Record<LevelSetterRecord>(setter)->captionLabel);
+    EXPECT_EQ(Toolkit_HitTest(tk.get(), tk->root.get(), caption.x + 2, caption.y + 2), setter);
+    // A plain label, and a gesture area with nothing bound, let the pointer through.
+    const PixelRect title = R(W("Titl"));
+    EXPECT_EQ(Toolkit_HitTest(tk.get(), tk->root.get(), title.x + 2, title.y + 2), nullptr);
+    EXPECT_EQ(Toolkit_HitTest(tk.get(), tk->root.get(), -1, 5), nullptr);
+    EXPECT_EQ(Toolkit_HitTest(tk.get(), tk->root.get(), width, 5), nullptr);
+}
+
+TEST_F(ToolkitTest, ButtonPressesOnReleaseOverItOnly) {
+    Widget* keep = W("BtKp");
+    Button_SetCallback(keep, CountPress, nullptr);
+    g_presses = 0;
+    const PixelRect r = R(keep);
+    Press(r.x + 5, r.y + 5);
+    EXPECT_TRUE(Widget_Record<ButtonRecord>(keep)->pressed);
+    EXPECT_EQ(tk->input.capture, keep);
+    // Dragged off, it shows released, and letting go there does nothing.
+    Drag(r.x - 40, r.y - 40);
+    EXPECT_FALSE(Widget_Record<ButtonRecord>(keep)->pressed);
+    Release(r.x - 40, r.y - 40);
+    EXPECT_EQ(g_presses, 0);
+    EXPECT_EQ(tk->input.capture, nullptr);
+    Click(keep);
+    EXPECT_EQ(g_presses, 1);
+    Button_SetEnabled(tk.get(), keep, false);
+    Click(keep);
+    EXPECT_EQ(g_presses, 1);
+}
+
+TEST_F(ToolkitTest, DragsAndTheReleaseGoToTheWidgetThePressLandedOn) {
+    Widget* setter = W("LvS0");
+    const LevelSetterTrack t = LevelSetter_Track(tk.get(), setter);
+    Press(t.left, t.centreY);
+    EXPECT_EQ(LevelSetter_Value(setter), 0u);
+    // Far outside the setter, over the view: the setter still follows.
+    Drag(t.right + 300, t.centreY + 200);
+    EXPECT_EQ(LevelSetter_Value(setter), 200u);
+    EXPECT_EQ(tk->input.capture, setter);
+    Release(10, 10);
+    EXPECT_EQ(LevelSetter_Value(setter), 0u);  // the release's own column is left of the track
+    EXPECT_FALSE(Widget_Record<LevelSetterRecord>(setter)->dragging);
+    EXPECT_EQ(tk->input.capture, nullptr);
+    // A drag with no press before it reaches nobody.
+    Drag(t.right, t.centreY);
+    EXPECT_EQ(LevelSetter_Value(setter), 0u);
+}
+
+TEST_F(ToolkitTest, FocusFollowsThePressAndTabWalksTheControlsInOrder) {
+    Widget* field = W("Fld0");
+    Click(field);
+    EXPECT_EQ(tk->input.focus, field);
+    Key(kKeyTab);
+    EXPECT_EQ(tk->input.focus, W("Fml0"));
+    Key(kKeyTab);
+    EXPECT_EQ(tk->input.focus, W("Lst0"));
+    Key(kKeyTab);
+    EXPECT_EQ(tk->input.focus, W("BtCl"));
+    Toolkit_FocusNext(tk.get(), true);
+    EXPECT_EQ(tk->input.focus, W("Lst0"));
+    // From the last control Tab wraps to the first.
+    Toolkit_SetFocus(tk.get(), W("BtFl"));
+    Key(kKeyTab);
+    EXPECT_EQ(tk->input.focus, W("LvS0"));
+    // A label is never focused.
+    EXPECT_FALSE(Widget_IsFocusable(W("Titl")));
+}
+
+TEST_F(ToolkitTest, QuickKeysActivateTheirControlUnlessAFieldTakesTheCharacter) {
+    Button_SetCallback(W("BtKp"), CountPress, nullptr);
+    g_presses = 0;
+    Key('k');
+    EXPECT_EQ(g_presses, 1);
+    // "f" is the field's quick key: it focuses the field.
+    Key('f');
+    EXPECT_EQ(tk->input.focus, W("Fld0"));
+    // Now characters go into the field, quick key or not.
+    Key('k');
+    EXPECT_EQ(g_presses, 1);
+    EXPECT_EQ(*Field_Text(W("Fld0")), "42k");
+    // Enter on a focused button presses it.
+    Toolkit_SetFocus(tk.get(), W("BtKp"));
+    Key(kKeyEnter);
+    EXPECT_EQ(g_presses, 2);
+}
+
+std::vector<uint32_t> g_codes;
+void Record(Toolkit*, Widget*, uint32_t code, int32_t x, int32_t y, void*) {
+    g_codes.push_back(code);
+    g_codes.push_back(uint32_t(x));
+    g_codes.push_back(uint32_t(y));
+}
+
+TEST_F(ToolkitTest, EventsArriveInTheOrderTheyWerePosted) {
+    Widget* area = W("Gstr");
+    GestureArea_SetCallback(area, Record, nullptr);
+    g_codes.clear();
+    // Several posted before one dispatch; the handler sees them in order.
+    Toolkit_PostPointer(tk.get(), 100, 100, true);
+    Toolkit_PostPointer(tk.get(), 110, 104, true);
+    Toolkit_PostPointer(tk.get(), 120, 108, true);
+    Toolkit_PostPointer(tk.get(), 130, 112, false);
+    Toolkit_PostPointer(tk.get(), 140, 116, false);  // a move with the button up posts nothing
+    EXPECT_EQ(Toolkit_PendingEvents(tk.get()), 4u);
+    Toolkit_Dispatch(tk.get());
+    EXPECT_EQ(g_codes, (std::vector<uint32_t>{kEventPress, 100, 100, kEventDrag, 110, 104, kEventDrag, 120, 108,
+                                              kEventRelease, 130, 112}));
+    EXPECT_EQ(Toolkit_PendingEvents(tk.get()), 0u);
+}
+
+TEST_F(ToolkitTest, ARedrawTouchesOnlyTheWidgetThatChanged) {
+    // A value no drawing writes (its low bits break the 5-6-5 rule) marks untouched pixels.
+    constexpr uint32_t kMark = 0x00010101;
+    const PixelRect title = R(W("Titl"));
+    for (uint32_t& p : framebuffer) p = kMark;
+    Label_SetText(tk.get(), W("Titl"), "Changed title");
+    Toolkit_Dispatch(tk.get());
+    size_t touched = 0;
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x) {
+            const bool inside = x >= title.x && y >= title.y && x < title.x + title.width && y < title.y + title.height;
+            if (Pixel(x, y) != kMark) {
+                ++touched;
+                EXPECT_TRUE(inside) << "drawn outside the label at " << x << "," << y;
+                if (!inside) return;
+            }
+        }
+    EXPECT_EQ(touched, size_t(title.width) * size_t(title.height));
+}
+
+TEST_F(ToolkitTest, AResizeLaysTheFormOutAgainAndDrawsIt) {
+    std::vector<uint32_t> larger(1024u * 600u, 0);
+    Toolkit_SetScreen(tk.get(), 1024, 600, 1024, larger.data());
+    Toolkit_PostEvent(tk.get(), tk->root.get(), kEventResized);
+    Toolkit_PostEvent(tk.get(), tk->root.get(), kEventDraw);
+    Toolkit_Dispatch(tk.get());
+    const PixelRect row = R(W("TsBt"));
+    EXPECT_EQ(row.y + row.height, 600);
+    // Every pixel was drawn, and kept to the 5-6-5 rule.
+    for (uint32_t p : larger) ASSERT_EQ(p & 0x070307u, 0u);
+}
+
+TEST_F(ToolkitTest, TicksReachApplets) {
+    struct Seen {
+        uint32_t calls = 0, ticks = 0, elapsed = 0;
+    } seen;
+    Widget* applet = W("Aplt");
+    auto* record = Widget_Record<AppletRecord>(applet);
+    record->user = &seen;
+    record->onTick = [](Toolkit*, Widget*, uint32_t ticks, uint32_t elapsed, void* user) {
+        auto* s = static_cast<Seen*>(user);
+        ++s->calls;
+        s->ticks = ticks;
+        s->elapsed = elapsed;
+    };
+    Post(kEventTick, 1, 0, 0);
+    Post(kEventTick, 3, 0, 0);
+    EXPECT_EQ(seen.calls, 2u);
+    EXPECT_EQ(seen.ticks, 3u);
+    EXPECT_EQ(seen.elapsed, 4u);
+}
+
+}  // namespace

@@ -1,0 +1,253 @@
+// Each widget kind's behaviour on the test form, driven through the event
+// ring by identifier: fields and their caret, selectors and their captions,
+// level setters and their value labels, lists, the image view's zoom, pan and
+// regions, the histogram's bins.
+#include "ToolkitFixture.h"
+#include "ui/widgets/Field.h"
+#include "ui/widgets/Histogram.h"
+#include "ui/widgets/ImageView.h"
+#include "ui/widgets/Label.h"
+#include "ui/widgets/LevelSetter.h"
+#include "ui/widgets/List.h"
+#include "ui/widgets/Selector.h"
+#include "ui/Theme.h"
+
+namespace {
+
+TEST(FieldEditing, CaretInsertsDeletesWholeCharactersAndRefusesControls) {
+    std::string text = "ab";
+    size_t caret = 1;
+    EXPECT_TRUE(Field_EditKey(&text, &caret, 'X', false));
+    EXPECT_EQ(text, "aXb");
+    EXPECT_EQ(caret, 2u);
+    EXPECT_TRUE(Field_EditKey(&text, &caret, 0xF6, false));  // o-umlaut: two bytes
+    EXPECT_EQ(text, "aX\xC3\xB6" "b");
+    EXPECT_EQ(caret, 4u);
+    EXPECT_TRUE(Field_EditKey(&text, &caret, kKeyBackspace, false));  // removes both bytes
+    EXPECT_EQ(text, "aXb");
+    EXPECT_EQ(caret, 2u);
+    EXPECT_FALSE(Field_EditKey(&text, &caret, kKeyEnter, false));
+    EXPECT_FALSE(Field_EditKey(&text, &caret, kKeyTab, false));
+    EXPECT_FALSE(Field_EditKey(&text, &caret, 127, false));
+    EXPECT_TRUE(Field_EditKey(&text, &caret, kKeyEnter, true));
+    EXPECT_EQ(text, "aX\nb");
+    caret = 0;
+    EXPECT_TRUE(Field_EditKey(&text, &caret, kKeyBackspace, false));
+    EXPECT_EQ(text, "aX\nb");
+}
+
+TEST_F(ToolkitTest, FieldTakesTypingWithTheCaretWhereThePointerPutIt) {
+    Widget* field = W("Fld0");
+    struct Entered {
+        int count = 0;
+    } entered;
+    auto* record = Widget_Record<FieldRecord>(field);
+    record->user = &entered;
+    record->onEnter = [](Toolkit*, Widget*, void* user) { ++static_cast<Entered*>(user)->count; };
+    Click(field);
+    // The text is right-aligned: a press in the middle of the field lands before it.
+    EXPECT_EQ(record->caret, 0u);
+    Type("1");
+    EXPECT_EQ(*Field_Text(field), "142");
+    const PixelRect r = R(field);
+    Press(r.x + r.width - 2, r.y + r.height / 2);
+    Release(r.x + r.width - 2, r.y + r.height / 2);
+    Type("0");
+    Key(kKeyBackspace);
+    Key(kKeyBackspace);
+    EXPECT_EQ(*Field_Text(field), "14");
+    Key(kKeyEnter);
+    EXPECT_EQ(entered.count, 1);
+    EXPECT_EQ(*Field_Text(field), "14");
+}
+
+TEST_F(ToolkitTest, MultiLineFieldStartsNewLinesOnEnter) {
+    Widget* notes = W("Fml0");
+    Field_SetText(tk.get(), notes, "");
+    Click(notes);
+    Type("Ha");
+    Key(kKeyEnter);
+    Type("OIII");
+    EXPECT_EQ(*Field_Text(notes), "Ha\nOIII");
+    Key(kKeyTab);  // Tab is not text: the focus moves on
+    EXPECT_EQ(*Field_Text(notes), "Ha\nOIII");
+    EXPECT_EQ(tk->input.focus, W("Lst0"));
+}
+
+TEST_F(ToolkitTest, SelectorCyclesBothWaysAndPairsWithItsCaption) {
+    Widget* selector = W("SlS0");
+    ASSERT_NE(Selector_Item(selector), nullptr);
+    EXPECT_EQ(*Selector_Item(selector), "Linear");
+    const PixelRect r = R(selector);
+    Press(r.x + r.width - 4, r.y + r.height / 2);
+    Release(r.x + r.width - 4, r.y + r.height / 2);
+    EXPECT_EQ(*Selector_Item(selector), "Stretched");
+    Click(selector);
+    Click(selector);
+    EXPECT_EQ(*Selector_Item(selector), "Linear");  // wrapped past the last item
+    Press(r.x + 3, r.y + r.height / 2);
+    Release(r.x + 3, r.y + r.height / 2);
+    EXPECT_EQ(*Selector_Item(selector), "Unknown");  // backwards from the first
+    // "SlS0" minus 0x070A0000 is "LbS0"; "LvS0" minus 0x00140700 is "LbL0".
+    EXPECT_EQ(Selector_CaptionId(Widget_PackId("SlS0")), Widget_PackId("LbS0"));
+    EXPECT_EQ(Selector_CaptionId(Widget_PackId("SlS?")), Widget_PackId("LbS?"));
+    EXPECT_EQ(LevelSetter_CaptionId(Widget_PackId("LvS0")), Widget_PackId("LbL0"));
+    Widget* caption = Selector_CaptionLabel(form, selector);
+    ASSERT_NE(caption, nullptr);
+    EXPECT_EQ(*Label_Text(caption), "Data");
+}
+
+TEST_F(ToolkitTest, LevelSetterDragsSmoothlyAndItsValueLabelFollows) {
+    Widget* setter = W("LvS0");
+    auto* record = Widget_Record<LevelSetterRecord>(setter);
+    EXPECT_EQ(*Label_Text(record->valueLabel), "20% shadow dominant");
+    EXPECT_EQ(*Label_Text(record->captionLabel), "Balance");
+    std::vector<uint32_t> seen;
+    record->user = &seen;
+    record->onChange = [](Toolkit*, Widget* w, void* user) {
+        static_cast<std::vector<uint32_t>*>(user)->push_back(LevelSetter_Value(w));
+    };
+    const LevelSetterTrack t = LevelSetter_Track(tk.get(), setter);
+    int32_t mid = t.left;
+    while (LevelSetter_PositionAt(tk.get(), setter, mid) < 100) ++mid;
+    Press(t.left, t.centreY);
+    EXPECT_EQ(*Label_Text(record->valueLabel), "200% shadow dominant");
+    // Every pixel of travel gives its own position: no jumps between steps.
+    for (int32_t x = t.left + 1; x <= mid; ++x) Drag(x, t.centreY + 7);
+    Release(mid, t.centreY);
+    EXPECT_EQ(LevelSetter_Value(setter), LevelSetter_PositionAt(tk.get(), setter, mid));
+    EXPECT_GE(LevelSetter_Value(setter), 100u);
+    EXPECT_LE(LevelSetter_Value(setter), 101u);
+    ASSERT_GE(seen.size(), 2u);
+    for (size_t i = 1; i < seen.size(); ++i) {
+        EXPECT_GT(seen[i], seen[i - 1]);
+        EXPECT_LE(seen[i] - seen[i - 1], 2u) << "a jump at " << i;
+    }
+    // Set by code: held to the range, the label follows, onChange does not fire.
+    const size_t calls = seen.size();
+    LevelSetter_SetValue(tk.get(), setter, 100);
+    EXPECT_EQ(*Label_Text(record->valueLabel), "balanced");
+    LevelSetter_SetValue(tk.get(), setter, 500);
+    EXPECT_EQ(LevelSetter_Value(setter), 200u);
+    EXPECT_EQ(*Label_Text(record->valueLabel), "200% highlight dominant");
+    EXPECT_EQ(seen.size(), calls);
+    // '+' and '-' step by one when it has the focus.
+    Toolkit_SetFocus(tk.get(), setter);
+    Key('-');
+    EXPECT_EQ(LevelSetter_Value(setter), 199u);
+}
+
+TEST_F(ToolkitTest, ListChoosesTheRowUnderThePointer) {
+    Widget* list = W("Lst0");
+    auto* record = Widget_Record<ListRecord>(list);
+    EXPECT_EQ(record->selected, 1);
+    const PixelRect r = R(list);
+    const int32_t row = List_RowHeight(tk.get());
+    const int32_t top = r.y + std::max(1, Theme_Gap(tk.get()) / 2) + 2;
+    Press(r.x + 10, top + 3 * row + row / 2);
+    Release(r.x + 10, top + 3 * row + row / 2);
+    EXPECT_EQ(record->selected, 3);
+    EXPECT_EQ(record->items[3], "Blue");
+    // Below the last row nothing changes.
+    Press(r.x + 10, r.y + r.height - 3);
+    EXPECT_EQ(record->selected, 3);
+}
+
+TEST(ImageViewZoom, LevelsUpAndDownAsTheViewButtonsStepThem) {
+    EXPECT_EQ(ImageView_ZoomInLevel(3200), 3200);
+    EXPECT_EQ(ImageView_ZoomInLevel(5000), 5000);
+    EXPECT_EQ(ImageView_ZoomOutLevel(5), 5);
+    EXPECT_EQ(ImageView_ZoomInLevel(37), 50);
+    EXPECT_EQ(ImageView_ZoomOutLevel(37), 33);
+    EXPECT_EQ(ImageView_ZoomInLevel(5), 10);
+    EXPECT_EQ(ImageView_ZoomInLevel(9), 10);
+    EXPECT_EQ(ImageView_ZoomOutLevel(10), 5);
+    EXPECT_EQ(ImageView_ZoomOutLevel(11), 10);
+    EXPECT_EQ(ImageView_ZoomInLevel(66), 100);
+    EXPECT_EQ(ImageView_ZoomOutLevel(100), 66);
+    EXPECT_EQ(ImageView_ZoomOutLevel(3200), 1600);
+    EXPECT_EQ(ImageView_ZoomOutLevel(3201), 3201);
+}
+
+TEST_F(ToolkitTest, ImageViewFitsZoomsPansAndReportsRegions) {
+    Widget* view = W("View");
+    auto* record = Widget_Record<ImageViewRecord>(view);
+    const PixelRect r = R(view);
+    // Fitted: the largest whole percentage at which all 480 x 320 pixels show.
+    const int32_t fit = std::min(r.width * 100 / 480, r.height * 100 / 320);
+    EXPECT_TRUE(record->fit);
+    EXPECT_EQ(ImageView_Zoom(tk.get(), view), fit);
+    int32_t ix = 0, iy = 0;
+    EXPECT_TRUE(ImageView_ImagePoint(tk.get(), view, r.x + r.width / 2, r.y + r.height / 2, &ix, &iy));
+    EXPECT_EQ(ix, 240);
+    EXPECT_EQ(iy, 160);
+    // The screen shows the image through the table: the centre pixel is the table's value.
+    const size_t centre = size_t(160) * size_t(content.image->stride) + 240;
+    const uint32_t pixel = Pixel(r.x + r.width / 2, r.y + r.height / 2);
+    EXPECT_NEAR(int((pixel >> 16) & 0xF8), int(content.lut[size_t(content.image->red[centre])]), 8);
+    EXPECT_EQ(pixel & 0x070307u, 0u);
+
+    ImageView_ZoomIn(tk.get(), view);
+    EXPECT_EQ(record->zoom, ImageView_ZoomInLevel(fit));
+    EXPECT_FALSE(record->fit);
+    ImageView_SetZoom(tk.get(), view, 200);
+    Toolkit_Dispatch(tk.get());
+    // Dragging 40 pixels right at 200% moves the image 20 pixels under the pointer.
+    Press(r.x + 100, r.y + 100);
+    Drag(r.x + 140, r.y + 100);
+    Release(r.x + 140, r.y + 100);
+    EXPECT_TRUE(ImageView_ImagePoint(tk.get(), view, r.x + r.width / 2, r.y + r.height / 2, &ix, &iy));
+    EXPECT_EQ(ix, 220);
+    EXPECT_EQ(iy, 160);
+
+    struct Got {
+        int calls = 0;
+        ImageRegion region;
+    } got;
+    ImageView_SetRegionCallback(view, [](Toolkit*, Widget*, const ImageRegion& region, void* user) {
+        auto* g = static_cast<Got*>(user);
+        ++g->calls;
+        g->region = region;
+    }, &got);
+    ImageView_Fit(tk.get(), view);
+    ImageView_SetZoom(tk.get(), view, 100);
+    int32_t ax = 0, ay = 0, bx = 0, by = 0;
+    ImageView_ImagePoint(tk.get(), view, r.x + 50, r.y + 60, &ax, &ay);
+    ImageView_ImagePoint(tk.get(), view, r.x + 149, r.y + 99, &bx, &by);
+    Press(r.x + 149, r.y + 99);  // dragged up and left: the region is still the same rectangle
+    Drag(r.x + 90, r.y + 80);
+    Release(r.x + 50, r.y + 60);
+    ASSERT_EQ(got.calls, 1);
+    EXPECT_EQ(got.region.x, ax);
+    EXPECT_EQ(got.region.y, ay);
+    EXPECT_EQ(got.region.width, 100);
+    EXPECT_EQ(got.region.height, 40);
+}
+
+TEST_F(ToolkitTest, HistogramCountsEverySampleIntoNumBins) {
+    Widget* histogram = W("Hist");
+    EXPECT_EQ(Histogram_BinCount(histogram), 256u);
+    ImagePtr image(Image_Create(4, 2));
+    image->bitDepth = 16;
+    image->maxValue = 65535;
+    const int64_t values[8] = {0, 255, 256, 65535, 32768, 32767, 1000, 1000};
+    for (int i = 0; i < 8; ++i) image->red[i] = image->green[i] = image->blue[i] = values[i];
+    image->green[0] = 65535;
+    Histogram_SetImage(tk.get(), histogram, image.get());
+    const auto* record = Widget_Record<HistogramRecord>(histogram);
+    ASSERT_EQ(record->bins[0].size(), 256u);
+    EXPECT_EQ(record->bins[0][0], 2u);  // 0 and 255
+    EXPECT_EQ(record->bins[0][1], 1u);
+    EXPECT_EQ(record->bins[0][3], 2u);
+    EXPECT_EQ(record->bins[0][127], 1u);
+    EXPECT_EQ(record->bins[0][128], 1u);
+    EXPECT_EQ(record->bins[0][255], 1u);
+    EXPECT_EQ(record->bins[1][255], 2u);
+    EXPECT_EQ(record->bins[1][0], 1u);
+    uint32_t total = 0;
+    for (uint32_t v : record->bins[2]) total += v;
+    EXPECT_EQ(total, 8u);
+    Toolkit_Dispatch(tk.get());
+}
+
+}  // namespace
