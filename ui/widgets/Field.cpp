@@ -78,7 +78,8 @@ int32_t TextLeft(const WidgetPaint& paint, const DrawRect& inner, const std::str
                  uint32_t align) {
     const int32_t width = Paint_TextWidth(paint, text);
     if (width <= inner.width) {
-        if (align & kAlignRight) return inner.x + inner.width - width;
+        // Right-aligned text leaves room for the caret after its last character.
+        if (align & kAlignRight) return inner.x + inner.width - width - 2;
         if (align & kAlignCenter) return inner.x + (inner.width - width) / 2;
         return inner.x;
     }

@@ -1,0 +1,171 @@
+// The toolkit's face, rendered through the headless backend and compared with
+// reviewed pictures in tests/golden/<name>/expected.png: the test form and
+// message boxes with one, two and three buttons at 800 x 480 and 1920 x 1080,
+// and a pointer script that drags a level setter and types into a field.
+// Text may differ by one 5-bit level between compilers; fills may not differ
+// more than that either. PELLUCIDA_REBASELINE=1 rewrites the pictures.
+#include "DrawCanvas.h"
+#include "ToolkitFixture.h"
+#include "host/Host.h"
+#include "host/headless/Headless.h"
+#include "ui/MessageBox.h"
+#include "ui/Toolkit_AppEvent.h"
+#include "ui/widgets/LevelSetter.h"
+
+#include <fstream>
+#include <functional>
+
+namespace {
+
+constexpr int kTolerance = 8;
+
+struct Session {
+    std::unique_ptr<Toolkit> toolkit;
+    TestFormContent content;
+    std::string archive;
+};
+Session* g_session = nullptr;
+
+int Handler(AppEvent* event) {
+    Session* s = g_session;
+    if (event->kind == kAppEventStart) {
+        int code = 0;
+        s->toolkit = Toolkit_CreateWithArchive(Resources_OpenPath(s->archive.c_str(), &code));
+        TestForm_Load(s->toolkit.get(), &s->content);
+        return 0;
+    }
+    return Toolkit_OnAppEvent(s->toolkit.get(), event);
+}
+
+class ToolkitGolden : public testing::Test {
+protected:
+    Session session;
+
+    void Start(uint32_t width, uint32_t height) {
+        session.archive = ToolkitTest_ArchivePath();
+        if (session.archive.empty()) GTEST_SKIP() << "no resources archive beside the test program";
+        g_session = &session;
+        ASSERT_TRUE(Host_SelectBackend("headless"));
+        Headless_Reset();
+        Headless_SetAutoTicks(false);
+        Headless_SetInitialSize(width, height);
+        Host_CreateMainWindow();
+        ASSERT_TRUE(Host_Init(Handler));
+        Settle();
+        ASSERT_NE(session.toolkit, nullptr);
+    }
+
+    void TearDown() override {
+        if (!g_session) return;
+        Host_Shutdown();
+        Host_DestroyMainWindow();
+        Headless_SetAutoTicks(true);
+        session.toolkit.reset();
+        g_session = nullptr;
+    }
+
+    int Settle(int limit = 400) {
+        for (int i = 0; i < limit; ++i) {
+            if (Host_LoopPass()) return 1;
+            if (Headless_PendingMessages() == 0 && Host_GetState()->pendingCount == 0 &&
+                Host_GetState()->pendingTicks == 0)
+                return 0;
+        }
+        return 0;
+    }
+
+    Toolkit* tk() { return session.toolkit.get(); }
+
+    void Compare(const std::string& name) {
+        const std::vector<uint32_t>& screen = Headless_GetScreen();
+        const int32_t w = int32_t(Headless_GetScreenWidth()), h = int32_t(Headless_GetScreenHeight());
+        ASSERT_EQ(screen.size(), size_t(w) * size_t(h));
+        DrawCanvas c(w, h);
+        for (int32_t y = 0; y < h; ++y)
+            for (int32_t x = 0; x < w; ++x) c.At(x, y) = screen[size_t(y) * w + x];
+        DrawTest_CompareGolden(c, name + "/expected", kTolerance);
+    }
+};
+
+void Ignore(Toolkit*, uint32_t) {}
+
+struct Size {
+    uint32_t width, height;
+    const char* suffix;
+};
+constexpr Size kSizes[] = {{800, 480, "800x480"}, {1920, 1080, "1920x1080"}};
+
+TEST_F(ToolkitGolden, TestForm) {
+    for (const Size& size : kSizes) {
+        SCOPED_TRACE(size.suffix);
+        Start(size.width, size.height);
+        Compare(std::string("testform_") + size.suffix);
+        TearDown();
+    }
+}
+
+void ShowBox(Toolkit* tk, int buttons) {
+    switch (buttons) {
+    case 1:
+        MessageBox_Show(tk, "Image saved", "The image was saved as M42_final.tif (16 bits per channel).",
+                        kMessageBoxSuccess, Ignore, 1, "OK");
+        break;
+    case 2:
+        MessageBox_Show(tk, kCloseTitle, kCloseText, kMessageBoxError, Ignore, 2, kCloseButton, kCancelButton);
+        break;
+    default:
+        MessageBox_Show(tk, "Unsaved changes",
+                        "The image has changes that are not saved yet. Save them before loading another image?",
+                        kMessageBoxWarning, Ignore, 3, "Save", "Discard", kCancelButton);
+        break;
+    }
+}
+
+TEST_F(ToolkitGolden, MessageBoxes) {
+    for (int buttons = 1; buttons <= 3; ++buttons) {
+        for (const Size& size : kSizes) {
+            SCOPED_TRACE(std::to_string(buttons) + " " + size.suffix);
+            Start(size.width, size.height);
+            ShowBox(tk(), buttons);
+            Toolkit_Dispatch(tk());
+            Compare("messagebox" + std::to_string(buttons) + "_" + size.suffix);
+            TearDown();
+        }
+    }
+}
+
+// The headless script drags the second level setter from its start to about
+// two thirds, then clicks the field and replaces its text: what a user does.
+TEST_F(ToolkitGolden, PointerScriptDragsASetterAndTypes) {
+    Start(800, 480);
+    Widget* setter = Widget_FindById(tk()->root.get(), Widget_PackId("LvS1"));
+    Widget* field = Widget_FindById(tk()->root.get(), Widget_PackId("Fld0"));
+    ASSERT_NE(setter, nullptr);
+    ASSERT_NE(field, nullptr);
+    const LevelSetterTrack t = LevelSetter_Track(tk(), setter);
+    const PixelRect f = Widget_PixelRect(tk(), field);
+    const std::filesystem::path path = std::filesystem::temp_directory_path() / "pellucida-toolkit-script.txt";
+    {
+        std::ofstream script(path);
+        const int32_t from = t.left + (t.right - t.left) / 10;
+        const int32_t to = t.left + (t.right - t.left) * 2 / 3;
+        script << "press " << from << ' ' << t.centreY << '\n';
+        for (int32_t x = from; x <= to; x += 6) script << "move " << x << ' ' << t.centreY + (x % 3) << '\n';
+        script << "release " << to << ' ' << t.centreY << '\n';
+        script << "click " << f.x + f.width - 3 << ' ' << f.y + f.height / 2 << '\n';
+        script << "key backspace\nkey backspace\nchar 1\nchar 2\nchar 0\nwait\n";
+    }
+    ASSERT_TRUE(Headless_LoadScript(path.string().c_str()));
+    int stop = 0;
+    for (int i = 0; i < 2000 && !stop; ++i) stop = Host_LoopPass();
+    EXPECT_EQ(stop, 1) << "the script did not end with the window closed";
+    std::filesystem::remove(path);
+    // The effect, before the picture: the setter moved, the field holds the new text.
+    const auto* s = Widget_Record<LevelSetterRecord>(setter);
+    EXPECT_EQ(s->value, LevelSetter_PositionAt(tk(), setter, t.left + (t.right - t.left) * 2 / 3));
+    EXPECT_FALSE(s->dragging);
+    EXPECT_EQ(Widget_Record<FieldRecord>(field)->text, "120");
+    Compare("script_drag_type_800x480");
+}
+
+}  // namespace
