@@ -10,6 +10,22 @@
 
 #include <algorithm>
 
+namespace {
+
+// A child that fills all of its parent with an opaque background makes the
+// parent's own fill wasted work: at full HD each layer of it costs about a millisecond.
+bool CoveredByChild(const Widget* widget) {
+    for (const auto& child : widget->children) {
+        if (child->x != 0 || child->y != 0 || child->width != kUnitsWhole || child->height != kUnitsWhole) continue;
+        if (child->type == kWidgetForm && !Widget_Record<ModalFormRecord>(child.get())) return true;
+        const auto* layout = Widget_Record<LayoutRecord>(child.get());
+        if (layout && layout->fillBackground) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
 int Form_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event) {
     if (event->code == kEventResized) {
         auto* modal = Widget_Record<ModalFormRecord>(widget);
@@ -17,6 +33,7 @@ int Form_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event) {
         return 1;
     }
     if (event->code != kEventDraw) return 0;
+    if (CoveredByChild(widget)) return 1;
     WidgetPaint paint = Widget_BeginPaint(toolkit, widget);
     Draw_FillRect(*paint.surface, paint.rect, toolkit->background);
     return 1;

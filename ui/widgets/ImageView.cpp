@@ -43,6 +43,24 @@ int32_t ToScreenValue(int64_t sample, int shift) {
 // neighbouring pixels, so that smooth nebulosity shows no contour bands.
 constexpr uint8_t kBayer[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 
+// One image row through the table: the 8-bit screen values of every column,
+// worked out once however many screen rows show that image row.
+void ConvertRow(const ImageBuffer& image, int64_t iy, const uint8_t* lut, uint8_t* rgb) {
+    const int shift = image.bitDepth - 16;
+    const size_t row = static_cast<size_t>(iy) * static_cast<size_t>(image.stride);
+    const bool colour = image.green && image.blue;
+    const int64_t* planes[3] = {image.red + row, colour ? image.green + row : image.red + row,
+                                colour ? image.blue + row : image.red + row};
+    for (int c = 0; c < 3; ++c) {
+        const int64_t* src = planes[c];
+        uint8_t* out = rgb + size_t(c) * size_t(image.width);
+        for (int32_t x = 0; x < image.width; ++x) {
+            const int32_t v16 = ToScreenValue(src[x], shift);
+            out[x] = lut ? lut[v16] : static_cast<uint8_t>(v16 >> 8);
+        }
+    }
+}
+
 void DrawImage(const Surface& s, const DrawRect& rect, const ImageViewRecord& record) {
     const ImageBuffer& image = *record.image;
     const DrawRect visible = Draw_Intersect(s.clip, rect);
@@ -53,33 +71,29 @@ void DrawImage(const Surface& s, const DrawRect& rect, const ImageViewRecord& re
         const int64_t ix = ImageAt(record.centreX, visible.x + x - midX, record.zoom) >> 8;
         column[static_cast<size_t>(x)] = (ix >= 0 && ix < image.width) ? static_cast<int32_t>(ix) : -1;
     }
-    const int shift = image.bitDepth - 16;
-    const bool colour = image.green && image.blue;
-    const uint8_t* lut = record.lut;
+    std::vector<uint8_t> rgb(size_t(image.width) * 3);
+    const uint8_t* r8 = rgb.data();
+    const uint8_t* g8 = r8 + image.width;
+    const uint8_t* b8 = g8 + image.width;
+    int64_t converted = -1;
     for (int32_t y = 0; y < visible.height; ++y) {
         const int64_t iy = ImageAt(record.centreY, visible.y + y - midY, record.zoom) >> 8;
         if (iy < 0 || iy >= image.height) continue;
-        const size_t row = static_cast<size_t>(iy) * static_cast<size_t>(image.stride);
-        const int64_t* red = image.red + row;
-        const int64_t* green = colour ? image.green + row : red;
-        const int64_t* blue = colour ? image.blue + row : red;
+        if (iy != converted) {
+            ConvertRow(image, iy, record.lut, rgb.data());
+            converted = iy;
+        }
         uint32_t* out = s.pixels + size_t(visible.y + y) * static_cast<size_t>(s.pixelsPerRow) + visible.x;
         const uint8_t* dither = kBayer[(visible.y + y) & 3];
         for (int32_t x = 0; x < visible.width; ++x) {
             const int32_t c = column[static_cast<size_t>(x)];
             if (c < 0) continue;
-            const int32_t r16 = ToScreenValue(red[c], shift);
-            const int32_t g16 = ToScreenValue(green[c], shift);
-            const int32_t b16 = ToScreenValue(blue[c], shift);
-            const uint32_t r8 = lut ? lut[r16] : static_cast<uint32_t>(r16 >> 8);
-            const uint32_t g8 = lut ? lut[g16] : static_cast<uint32_t>(g16 >> 8);
-            const uint32_t b8 = lut ? lut[b16] : static_cast<uint32_t>(b16 >> 8);
             // Brought to 5-6-5, as every framebuffer pixel is kept: a threshold of
             // 0..7 (0..3 for green's finer steps) before truncation.
             const uint32_t d = dither[(visible.x + x) & 3];
-            const uint32_t r5 = std::min<uint32_t>((r8 + (d >> 1)) >> 3, 31);
-            const uint32_t g6 = std::min<uint32_t>((g8 + (d >> 2)) >> 2, 63);
-            const uint32_t b5 = std::min<uint32_t>((b8 + (d >> 1)) >> 3, 31);
+            const uint32_t r5 = std::min<uint32_t>((r8[c] + (d >> 1)) >> 3, 31);
+            const uint32_t g6 = std::min<uint32_t>((g8[c] + (d >> 2)) >> 2, 63);
+            const uint32_t b5 = std::min<uint32_t>((b8[c] + (d >> 1)) >> 3, 31);
             out[x] = (r5 << 19) | (g6 << 10) | (b5 << 3);
         }
     }
