@@ -8,7 +8,10 @@
 //   x11probe move TITLE X Y            move the pointer to (X, Y) in the window
 //   x11probe close TITLE               send WM_DELETE_WINDOW
 //   x11probe size TITLE                print the window's size
+//   x11probe compare TITLE PNG TOL     the window matches the picture, each channel within TOL
 #include "app/TestPicture.h"
+
+#include <lodepng.h>
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -20,6 +23,7 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -88,6 +92,48 @@ int CheckMarker(Display* display, Window window, int x, int y) {
     return colour == kTestPictureMarkerColour ? 0 : 1;
 }
 
+// The window against a picture of the same size (the headless rendering of
+// the same screen). On failure the window's contents are written beside the
+// picture's name with ".window.png" appended, for a look.
+int Compare(Display* display, Window window, const char* path, int tolerance) {
+    std::vector<uint8_t> expected;
+    unsigned w = 0, h = 0;
+    if (lodepng::decode(expected, w, h, path, LCT_RGB, 8) != 0) {
+        std::fprintf(stderr, "x11probe: cannot read %s\n", path);
+        return 1;
+    }
+    XWindowAttributes a;
+    XGetWindowAttributes(display, window, &a);
+    if (unsigned(a.width) != w || unsigned(a.height) != h) {
+        std::printf("window %dx%d, picture %ux%u: sizes differ\n", a.width, a.height, w, h);
+        return 1;
+    }
+    XImage* image = XGetImage(display, window, 0, 0, a.width, a.height, AllPlanes, ZPixmap);
+    if (!image) {
+        std::fprintf(stderr, "x11probe: cannot read the window back\n");
+        return 1;
+    }
+    std::vector<uint8_t> actual(size_t(w) * h * 3);
+    long wrong = 0;
+    int firstX = -1, firstY = -1;
+    for (unsigned y = 0; y < h; ++y)
+        for (unsigned x = 0; x < w; ++x) {
+            const uint32_t p = PixelAt(image, int(x), int(y));
+            uint8_t* o = &actual[(size_t(y) * w + x) * 3];
+            o[0] = uint8_t(p >> 16), o[1] = uint8_t(p >> 8), o[2] = uint8_t(p);
+            const uint8_t* e = &expected[(size_t(y) * w + x) * 3];
+            bool bad = false;
+            for (int c = 0; c < 3; ++c) bad |= std::abs(int(o[c]) - int(e[c])) > tolerance;
+            if (bad && wrong++ == 0) firstX = int(x), firstY = int(y);
+        }
+    XDestroyImage(image);
+    std::printf("window %dx%d: %ld pixels differ from %s by more than %d", a.width, a.height, wrong, path, tolerance);
+    if (wrong) std::printf(" (first at %d,%d)", firstX, firstY);
+    std::printf("\n");
+    if (wrong) lodepng::encode(std::string(path) + ".window.png", actual, w, h, LCT_RGB);
+    return wrong == 0 ? 0 : 1;
+}
+
 int Close(Display* display, Window window) {
     XEvent event{};
     event.xclient.type = ClientMessage;
@@ -105,7 +151,7 @@ int Close(Display* display, Window window) {
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::fprintf(stderr, "usage: x11probe wait|picture|marker|move|close|size TITLE [args]\n");
+        std::fprintf(stderr, "usage: x11probe wait|picture|marker|move|close|size|compare TITLE [args]\n");
         return 2;
     }
     Display* display = XOpenDisplay(nullptr);
@@ -147,6 +193,8 @@ int main(int argc, char** argv) {
         XWarpPointer(display, None, window, 0, 0, 0, 0, std::atoi(argv[3]), std::atoi(argv[4]));
         XFlush(display);
         rc = 0;
+    } else if (command == "compare" && argc == 5) {
+        rc = Compare(display, window, argv[3], std::atoi(argv[4]));
     } else if (command == "close") {
         rc = Close(display, window);
     } else if (command == "size") {
