@@ -9,6 +9,7 @@
 #include "host/Host.h"
 #include "host/headless/Headless.h"
 #include "ui/MessageBox.h"
+#include "ui/ProgressDialog.h"
 #include "ui/Toolkit_AppEvent.h"
 #include "ui/widgets/LevelSetter.h"
 
@@ -132,6 +133,16 @@ TEST_F(ToolkitGolden, MessageBoxes) {
             TearDown();
         }
     }
+}
+
+TEST_F(ToolkitGolden, ProgressDialog) {
+    Start(800, 480);
+    Widget* dialog = ProgressDialog_Show(tk(), "Stretching the image");
+    const KernelControl control = ProgressDialog_Control(dialog);
+    KernelControl_Report(&control, "AutoDev: colour step", 62);
+    Toolkit_PostEvent(tk(), tk()->root.get(), kEventTick, 1);
+    Toolkit_Dispatch(tk());
+    Compare("progress_800x480");
 }
 
 // The headless script drags the second level setter from its start to about
