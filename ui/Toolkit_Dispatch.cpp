@@ -239,6 +239,10 @@ void Toolkit_DrawWidget(Toolkit* toolkit, Widget* widget) {
         Toolkit_DrawAll(toolkit);
         return;
     }
+    // Invisible kinds often span a whole form: clearing their area would wipe it.
+    if (widget->type == kWidgetApplet || widget->type == kWidgetGestureArea ||
+        widget->type == kWidgetVirtualKeyboard)
+        return;
     const Surface screen = Toolkit_ScreenSurface(toolkit);
     const DrawRect rect = Draw_Intersect(screen.clip, ToDrawRect(Widget_PixelRect(toolkit, widget)));
     if (Draw_IsEmpty(rect)) return;

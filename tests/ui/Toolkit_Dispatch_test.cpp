@@ -153,6 +153,13 @@ TEST_F(ToolkitTest, ARedrawTouchesOnlyTheWidgetThatChanged) {
     EXPECT_EQ(touched, size_t(title.width) * size_t(title.height));
 }
 
+TEST_F(ToolkitTest, RedrawingAnInvisibleFormWideWidgetLeavesTheScreenAlone) {
+    const std::vector<uint32_t> before = framebuffer;
+    for (const char* id : {"Aplt", "Gstr", "KbNm"}) Toolkit_Invalidate(tk.get(), W(id));
+    Toolkit_Dispatch(tk.get());
+    EXPECT_TRUE(framebuffer == before);
+}
+
 TEST_F(ToolkitTest, AResizeLaysTheFormOutAgainAndDrawsIt) {
     std::vector<uint32_t> larger(1024u * 600u, 0);
     Toolkit_SetScreen(tk.get(), 1024, 600, 1024, larger.data());
