@@ -259,7 +259,9 @@ ImageBuffer* ReadOnce(FitsSource& source, int* repeatCounter, bool* again) {
     const uint64_t pixels = static_cast<uint64_t>(width) * static_cast<uint64_t>(height);
     if (pixels * static_cast<uint64_t>(std::max(planes, 1)) * bytesPerValue > source.Size()) return nullptr;
 
-    ImagePtr image(Image_CreateCleared(width, height));
+    // Every plane is written below (a grey image's green and blue as copies of
+    // red) except the blue one of a two-plane file, which stays black.
+    ImagePtr image(depth == 2 ? Image_CreateCleared(width, height) : Image_Create(width, height));
     if (depth == 1) image->mono = 1;
 
     ValueRules rules{};

@@ -1,10 +1,11 @@
 // Allocation, release, copying, clearing and bit-depth change of the one image
-// record. Planes and the attachment are plain malloc blocks owned by the record,
-// so whoever hands a buffer to an ImageBuffer (a reader's attachment) allocates
-// it with malloc and Image_Free releases it.
+// record. Planes come from the plane store (image/Image_Planes.h), which keeps
+// large freed planes for reuse; a plane from anywhere else must be a malloc
+// block, as the attachment is: whoever hands one to an ImageBuffer allocates it
+// with malloc and Image_Free releases it.
 #include "image/Image.h"
 
-#include "host/Host_Os.h"
+#include "image/Image_Planes.h"
 #include "host/Host_Threads.h"
 
 #include <cstdlib>
@@ -28,14 +29,7 @@ size_t PlaneElements(const ImageBuffer* image) {
     return static_cast<size_t>(image->stride) * static_cast<size_t>(image->height);
 }
 
-int64_t* AllocatePlane(size_t elements, bool zeroed) {
-    if (elements > std::numeric_limits<size_t>::max() / sizeof(int64_t)) return nullptr;
-    void* p = zeroed ? std::calloc(elements, sizeof(int64_t)) : std::malloc(elements * sizeof(int64_t));
-    // Image-sized planes are touched whole right away: large pages make that
-    // first touch several times cheaper.
-    HostOs_AdviseLargeBlock(p, elements * sizeof(int64_t));
-    return static_cast<int64_t*>(p);
-}
+int64_t* AllocatePlane(size_t elements, bool zeroed) { return ImagePlanes_Allocate(elements, zeroed); }
 
 void FillPlane(int64_t* plane, size_t elements, int64_t value) {
     for (size_t i = 0; i < elements; ++i) plane[i] = value;
@@ -111,7 +105,7 @@ void Image_AddAlpha(ImageBuffer* image) {
 
 void Image_FreeAlpha(ImageBuffer* image) {
     if (!image) return;
-    std::free(image->alpha);
+    ImagePlanes_Release(image->alpha);
     image->alpha = nullptr;
 }
 
@@ -121,7 +115,7 @@ void Image_AddAux(ImageBuffer* image) {
 
 void Image_FreeAux(ImageBuffer* image) {
     if (!image) return;
-    std::free(image->aux);
+    ImagePlanes_Release(image->aux);
     image->aux = nullptr;
 }
 
@@ -159,11 +153,11 @@ ImageBuffer* Image_Clone(const ImageBuffer* source) {
 
 void Image_Free(ImageBuffer* image) {
     if (!image) return;
-    std::free(image->red);
-    std::free(image->blue);
-    std::free(image->green);
-    std::free(image->alpha);
-    std::free(image->aux);
+    ImagePlanes_Release(image->red);
+    ImagePlanes_Release(image->blue);
+    ImagePlanes_Release(image->green);
+    ImagePlanes_Release(image->alpha);
+    ImagePlanes_Release(image->aux);
     std::free(image->attachment);
     delete image;
 }
