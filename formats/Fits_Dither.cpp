@@ -32,6 +32,7 @@ struct Plane {
     size_t total;
     double minimum;
     double scale;
+    int64_t top;
 };
 
 // The integer part of x as a double, exactly as converting the truncated
@@ -71,7 +72,8 @@ inline void Step(const Plane& p, size_t i, size_t x, bool below, double& carry, 
             Add(t + i + w, e * 0.3125);
         if (i + w + 1 < p.total) Add(t + i + w + 1, e * 0.0625);
     }
-    t[i] = Fits_TruncateToInt64(product);
+    const int64_t q = Fits_TruncateToInt64(product);
+    t[i] = q < 0 ? 0 : q > p.top ? p.top : q;
 }
 
 void SequentialRow(const Plane& p, size_t y, bool below) {
@@ -82,11 +84,12 @@ void SequentialRow(const Plane& p, size_t y, bool below) {
 
 }  // namespace
 
-HOST_HOT_LOOP void Fits_DiffusePlane(int64_t* plane, int32_t width, int32_t height, double minimum, double scale) {
+HOST_HOT_LOOP void Fits_DiffusePlane(int64_t* plane, int32_t width, int32_t height, double minimum, double scale,
+                                     int64_t top) {
     if (width <= 0 || height <= 0) return;
     const size_t w = static_cast<size_t>(width);
     const size_t h = static_cast<size_t>(height);
-    const Plane p{plane, w, w * h, minimum, scale};
+    const Plane p{plane, w, w * h, minimum, scale, top};
     size_t y = 0;
     if (w >= 4) {
         for (; y + 1 < h; y += 2) {

@@ -227,16 +227,25 @@ struct PlaneJob {
     uint32_t workerCount = 1;
 };
 
-// Error diffusion of each of the worker's planes, then the final clamp: the
+// Error diffusion of each of the worker's planes, with the final clamp: the
 // largest sample kept is 2^30 - 2, so 2^30 - 1 never survives.
 void QuantisePlanes(PlaneJob* job) {
-    const size_t samples = static_cast<size_t>(job->width) * static_cast<size_t>(job->height);
     for (int32_t p = static_cast<int32_t>(job->workerIndex); p < job->planeCount;
-         p += static_cast<int32_t>(job->workerCount)) {
-        int64_t* plane = job->planes[p];
-        Fits_DiffusePlane(plane, job->width, job->height, job->minimum, job->scale);
-        for (size_t i = 0; i < samples; ++i) plane[i] = std::clamp<int64_t>(plane[i], 0, kTopSample);
-    }
+         p += static_cast<int32_t>(job->workerCount))
+        Fits_DiffusePlane(job->planes[p], job->width, job->height, job->minimum, job->scale, kTopSample);
+}
+
+// A grey image's green and blue planes are copies of red, one per worker.
+struct CopyJob {
+    int64_t* from = nullptr;
+    int64_t* to[2] = {};
+    size_t bytes = 0;
+    uint32_t workerIndex = 0;
+    uint32_t workerCount = 1;
+};
+
+void CopyPlanes(CopyJob* job) {
+    for (uint32_t k = job->workerIndex; k < 2; k += job->workerCount) std::memcpy(job->to[k], job->from, job->bytes);
 }
 
 // One pass over the file. Returns the image, or null when the file is not
@@ -316,9 +325,12 @@ ImageBuffer* ReadOnce(FitsSource& source, int* repeatCounter, bool* again) {
     image->bitDepth = 30;
     image->maxValue = 1073741823;
     if (depth == 1) {
-        const size_t bytes = static_cast<size_t>(pixels) * sizeof(int64_t);
-        std::memcpy(image->green, image->red, bytes);
-        std::memcpy(image->blue, image->red, bytes);
+        CopyJob copy;
+        copy.from = image->red;
+        copy.to[0] = image->green;
+        copy.to[1] = image->blue;
+        copy.bytes = static_cast<size_t>(pixels) * sizeof(int64_t);
+        Host_RunWorkers(copy, &CopyPlanes);
     }
     return image.release();
 }
