@@ -3,18 +3,14 @@
 // closed, its drivers unloaded in order.
 #include "app/TestPicture.h"
 #include "host/Host.h"
-#include "host/headless/Headless.h"
+#include "host/Host_Run.h"
 
 #include <cstdio>
 #include <cstring>
-#include <string>
 
 namespace {
 
-constexpr const char* kUsage =
-    "Usage: pellucida [--host=NAME] [--script=FILE]\n"
-    "  --host=NAME    platform backend (sdl2 or headless; PELLUCIDA_HOST also sets it)\n"
-    "  --script=FILE  input script for the headless backend\n";
+constexpr const char* kUsage = "Usage: pellucida [--host=NAME] [--script=FILE]\n";
 
 struct Pointer {
     bool seen = false;
@@ -54,33 +50,15 @@ int OnAppEvent(AppEvent* event) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::string host, script;
+    HostOptions options;
     for (int i = 1; i < argc; ++i) {
-        if (std::strncmp(argv[i], "--host=", 7) == 0) {
-            host = argv[i] + 7;
-        } else if (std::strncmp(argv[i], "--script=", 9) == 0) {
-            script = argv[i] + 9;
-        } else if (std::strcmp(argv[i], "--help") == 0) {
-            std::fputs(kUsage, stdout);
+        if (Host_ParseOption(argv[i], &options)) continue;
+        if (std::strcmp(argv[i], "--help") == 0) {
+            std::printf("%s%s", kUsage, kHostOptionsHelp);
             return 0;
-        } else {
-            std::fprintf(stderr, "pellucida: unknown argument %s\n%s", argv[i], kUsage);
-            return 2;
         }
+        std::fprintf(stderr, "pellucida: unknown argument %s\n%s%s", argv[i], kUsage, kHostOptionsHelp);
+        return 2;
     }
-    if (!Host_SelectBackend(host.c_str())) return 2;
-    if (!script.empty()) {
-        if (std::strcmp(Host_GetBackendName(), "headless") != 0) {
-            std::fputs("pellucida: --script needs the headless backend (--host=headless)\n", stderr);
-            return 2;
-        }
-        if (!Headless_LoadScript(script.c_str())) return 2;
-    }
-
-    Host_CreateMainWindow();
-    if (!Host_Init(OnAppEvent)) return 1;
-    Host_MainLoop();
-    Host_Shutdown();
-    Host_DestroyMainWindow();
-    return 0;
+    return Host_Run("pellucida", options, OnAppEvent);
 }

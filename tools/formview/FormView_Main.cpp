@@ -3,7 +3,7 @@
 // the one named by --resources=), shows a named form and runs the main loop
 // until the window is closed. The test form is filled with its sample content.
 #include "host/Host.h"
-#include "host/headless/Headless.h"
+#include "host/Host_Run.h"
 #include "ui/TestForm.h"
 #include "ui/Toolkit.h"
 #include "ui/Toolkit_AppEvent.h"
@@ -20,11 +20,9 @@ namespace {
 
 constexpr const char* kUsage =
     "Usage: pellucida-formview [--host=NAME] [--script=FILE] [--resources=FILE] [FORM]\n"
-    "  --host=NAME       platform backend (sdl2 or headless; PELLUCIDA_HOST also sets it)\n"
-    "  --script=FILE     input script for the headless backend\n"
     "  --resources=FILE  the archive to read (default: 'resources' beside the program)\n"
-    "  --dump            print the widget tree with pixel rectangles after the first layout\n"
-    "  FORM              the archive entry to show (default Pellucida_TestForm.xml)\n";
+    "  --dump         print the widget tree with pixel rectangles after the first layout\n"
+    "  FORM           the archive entry to show (default Pellucida_TestForm.xml)\n";
 
 struct Viewer {
     std::string form = kTestFormEntry;
@@ -88,40 +86,26 @@ int OnAppEvent(AppEvent* event) {
 
 int main(int argc, char** argv) {
     Viewer viewer;
-    std::string host, script;
+    HostOptions options;
     for (int i = 1; i < argc; ++i) {
-        if (std::strncmp(argv[i], "--host=", 7) == 0) {
-            host = argv[i] + 7;
-        } else if (std::strncmp(argv[i], "--script=", 9) == 0) {
-            script = argv[i] + 9;
+        if (Host_ParseOption(argv[i], &options)) {
+            continue;
         } else if (std::strncmp(argv[i], "--resources=", 12) == 0) {
             viewer.resources = argv[i] + 12;
         } else if (std::strcmp(argv[i], "--dump") == 0) {
             viewer.dump = true;
         } else if (std::strcmp(argv[i], "--help") == 0) {
-            std::fputs(kUsage, stdout);
+            std::printf("%s%s", kUsage, kHostOptionsHelp);
             return 0;
         } else if (argv[i][0] == '-') {
-            std::fprintf(stderr, "pellucida-formview: unknown argument %s\n%s", argv[i], kUsage);
+            std::fprintf(stderr, "pellucida-formview: unknown argument %s\n%s%s", argv[i], kUsage, kHostOptionsHelp);
             return 2;
         } else {
             viewer.form = argv[i];
         }
     }
-    if (!Host_SelectBackend(host.c_str())) return 2;
-    if (!script.empty()) {
-        if (std::strcmp(Host_GetBackendName(), "headless") != 0) {
-            std::fputs("pellucida-formview: --script needs the headless backend (--host=headless)\n", stderr);
-            return 2;
-        }
-        if (!Headless_LoadScript(script.c_str())) return 2;
-    }
     g_viewer = &viewer;
-    Host_CreateMainWindow();
-    if (!Host_Init(OnAppEvent)) return 1;
-    Host_MainLoop();
-    Host_Shutdown();
-    Host_DestroyMainWindow();
+    const int status = Host_Run("pellucida-formview", options, OnAppEvent);
     viewer.toolkit.reset();
-    return 0;
+    return status;
 }

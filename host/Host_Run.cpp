@@ -1,0 +1,35 @@
+#include "host/Host_Run.h"
+
+#include "host/headless/Headless.h"
+
+#include <cstdio>
+#include <cstring>
+
+bool Host_ParseOption(const char* arg, HostOptions* options) {
+    if (std::strncmp(arg, "--host=", 7) == 0) {
+        options->host = arg + 7;
+        return true;
+    }
+    if (std::strncmp(arg, "--script=", 9) == 0) {
+        options->script = arg + 9;
+        return true;
+    }
+    return false;
+}
+
+int Host_Run(const char* program, const HostOptions& options, AppEventHandler handler) {
+    if (!Host_SelectBackend(options.host.c_str())) return 2;
+    if (!options.script.empty()) {
+        if (std::strcmp(Host_GetBackendName(), "headless") != 0) {
+            std::fprintf(stderr, "%s: --script needs the headless backend (--host=headless)\n", program);
+            return 2;
+        }
+        if (!Headless_LoadScript(options.script.c_str())) return 2;
+    }
+    Host_CreateMainWindow();
+    if (!Host_Init(handler)) return 1;
+    Host_MainLoop();
+    Host_Shutdown();
+    Host_DestroyMainWindow();
+    return 0;
+}
