@@ -39,6 +39,20 @@ double CurrentResidentMiB() {
     return double(resident) * 4096.0 / kMiB;
 }
 
+// CPU seconds of the whole process (every worker thread), user plus system:
+// on a shared machine the wall time moves with the neighbours, this does not.
+double ProcessCpuSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           1e-6 * double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
+}
+
+// Reports the process CPU time per iteration since `start`.
+void ReportCpu(benchmark::State& state, double start) {
+    state.counters["cpu_s"] = (ProcessCpuSeconds() - start) / double(state.iterations());
+}
+
 double ImageMiB(const ImageBuffer& image) { return 3.0 * image.width * image.height * 8.0 / kMiB; }
 
 // AutoDev runs first in the program (the benchmarks are registered in this
@@ -47,10 +61,12 @@ void BM_AutoDev_Defaults(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
     const bool mono = AutoDev_IsMonochrome(&sky);
     const double residentBefore = CurrentResidentMiB();
+    const double cpuStart = ProcessCpuSeconds();
     for (auto _ : state) {
         ImagePtr out(AutoDev_Run(&sky, AutoDevParams{}, mono, nullptr));
         benchmark::DoNotOptimize(out.get());
     }
+    ReportCpu(state, cpuStart);
     state.counters["input_MiB"] = ImageMiB(sky);
     state.counters["resident_before_MiB"] = residentBefore;
     state.counters["peak_MiB"] = PeakResidentMiB();
@@ -61,6 +77,7 @@ BENCHMARK(BM_AutoDev_Defaults)->Unit(benchmark::kMillisecond)->UseRealTime()->It
 void BM_AutoDev_InPlace(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
     ImagePtr work(Image_Clone(&sky));
+    const double cpuStart = ProcessCpuSeconds();
     for (auto _ : state) {
         state.PauseTiming();
         for (int64_t* p : {work->red, work->green, work->blue}) {
@@ -70,26 +87,31 @@ void BM_AutoDev_InPlace(benchmark::State& state) {
         state.ResumeTiming();
         benchmark::DoNotOptimize(AutoDev_RunInto(work.get(), work.get(), AutoDevParams{}, false, nullptr));
     }
+    ReportCpu(state, cpuStart);
 }
 BENCHMARK(BM_AutoDev_InPlace)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void BM_Bin(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
     const double s = Bin_Scale(BinParams{static_cast<int32_t>(state.range(0))});
+    const double cpuStart = ProcessCpuSeconds();
     for (auto _ : state) {
         ImagePtr out(BinImage(&sky, s, nullptr));
         benchmark::DoNotOptimize(out.get());
     }
+    ReportCpu(state, cpuStart);
 }
 BENCHMARK(BM_Bin)->Arg(5000)->Arg(7071)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void BM_Rotate(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
     const double degrees = Rotate_Degrees(RotateParams{static_cast<int32_t>(state.range(0))});
+    const double cpuStart = ProcessCpuSeconds();
     for (auto _ : state) {
         ImagePtr out(RotateImage(&sky, degrees, nullptr));
         benchmark::DoNotOptimize(out.get());
     }
+    ReportCpu(state, cpuStart);
 }
 BENCHMARK(BM_Rotate)->Arg(100)->Arg(900)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
@@ -97,11 +119,13 @@ BENCHMARK(BM_Rotate)->Arg(100)->Arg(900)->Unit(benchmark::kMillisecond)->UseReal
 void BM_GaussianBlur_R2(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
     ImagePtr out(Image_Clone(&sky));
+    const double cpuStart = ProcessCpuSeconds();
     for (auto _ : state) {
         GaussianBlur(sky.red, out->red, sky.width, sky.height, sky.stride, 2.0, nullptr);
         GaussianBlur(sky.green, out->green, sky.width, sky.height, sky.stride, 2.0, nullptr);
         GaussianBlur(sky.blue, out->blue, sky.width, sky.height, sky.stride, 2.0, nullptr);
     }
+    ReportCpu(state, cpuStart);
 }
 BENCHMARK(BM_GaussianBlur_R2)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 

@@ -3,6 +3,8 @@
 // the 30-bit samples carry the same kind of noise.
 #include "Bench_SkyPlanes.h"
 
+#include "formats/Fits_Read.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -182,6 +184,19 @@ Sky MakeSky() {
     sky.image->bitDepth = 30;
     sky.image->maxValue = (int64_t{1} << 30) - 1;
     if (const char* path = std::getenv("PELLUCIDA_BENCH_PLANES"); path && *path) {
+        // A FITS file (the comparison tools' rgb_f32.fits) goes through our own
+        // reader, so both sides start from the very same samples.
+        const std::string name(path);
+        if (name.ends_with(".fits") || name.ends_with(".fit")) {
+            ImagePtr read(Fits_Read(path));
+            if (!read || read->width != W || read->height != H) {
+                std::fprintf(stderr, "PELLUCIDA_BENCH_PLANES: %s is not a 6000 x 4000 FITS image\n", path);
+                std::exit(2);
+            }
+            sky.image = std::move(read);
+            sky.source = path;
+            return sky;
+        }
         if (LoadPlanes(path, *sky.image)) {
             sky.source = path;
             return sky;

@@ -6,7 +6,8 @@
 //
 // PELLUCIDA_BENCH_PLANES names a file of little-endian int64 samples to use
 // instead: three 6000 x 4000 planes, or one that serves as all three (the
-// comparison tools' own luminance plane, for an exact like-for-like run).
+// comparison tools' own luminance plane, for an exact like-for-like run), or a
+// 6000 x 4000 FITS file (name ending in .fits or .fit) read by Fits_Read.
 #pragma once
 
 #include "image/Image.h"
