@@ -21,6 +21,9 @@ std::string Host_GetDataDir();
 // the system cannot do it.
 void HostOs_AdviseLargeBlock(void* block, size_t bytes);
 
+// The machine's physical memory in bytes (0 when it cannot be told).
+size_t HostOs_PhysicalMemoryBytes();
+
 // The path separator of the platform.
 char Host_PathSeparator();
 

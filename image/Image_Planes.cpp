@@ -13,7 +13,14 @@ namespace {
 
 // Smaller blocks are cheap to get from malloc and are not worth keeping.
 constexpr size_t kLargePlaneBytes = size_t(8) << 20;
-constexpr size_t kDefaultBudgetBytes = size_t(1) << 30;
+// An eighth of the machine's memory, between 512 MiB and 4 GiB: room for the
+// working image, its before/after copies and a module's result at 24
+// megapixels, without holding back much of what other programs could use.
+size_t DefaultBudgetBytes() {
+    constexpr size_t kLow = size_t(512) << 20, kHigh = size_t(4) << 30;
+    const size_t share = HostOs_PhysicalMemoryBytes() / 8;
+    return share < kLow ? kLow : share > kHigh ? kHigh : share;
+}
 
 class PlaneCache {
 public:
@@ -116,7 +123,7 @@ private:
 
     size_t Budget() {
         if (budget_ == kUnset) {
-            budget_ = kDefaultBudgetBytes;
+            budget_ = DefaultBudgetBytes();
             if (const char* env = std::getenv("PELLUCIDA_PLANE_CACHE_MB"); env && *env)
                 budget_ = size_t(std::strtoull(env, nullptr, 10)) << 20;
         }

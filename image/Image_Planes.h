@@ -3,8 +3,9 @@
 // 6000 x 4000 plane costs its 192 MB in page faults and kernel zeroing before
 // the first sample is written, and the program allocates and frees planes of
 // the working image's size all the time (readers, clones for before/after,
-// every module's result). The cache is bounded (1 GiB by default;
-// PELLUCIDA_PLANE_CACHE_MB sets it, 0 turns it off) and shared by all threads.
+// every module's result). The cache is bounded (an eighth of the machine's
+// memory, 512 MiB to 4 GiB; PELLUCIDA_PLANE_CACHE_MB sets it, 0 turns it off)
+// and shared by all threads.
 #pragma once
 
 #include <cstddef>

@@ -63,6 +63,13 @@ std::string Host_GetDataDir() {
 
 char Host_PathSeparator() { return '/'; }
 
+size_t HostOs_PhysicalMemoryBytes() {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageSize = sysconf(_SC_PAGE_SIZE);
+    if (pages <= 0 || pageSize <= 0) return 0;
+    return static_cast<size_t>(pages) * static_cast<size_t>(pageSize);
+}
+
 void HostOs_AdviseLargeBlock(void* block, size_t bytes) {
 #ifdef MADV_HUGEPAGE
     constexpr uintptr_t kHugePage = uintptr_t(2) << 20;
