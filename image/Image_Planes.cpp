@@ -138,9 +138,11 @@ private:
     size_t budget_ = kUnset;
 };
 
+// Never destroyed: threads and other objects being torn down at exit may still
+// give planes back, and what it holds at exit is the system's to reclaim.
 PlaneCache& Cache() {
-    static PlaneCache cache;
-    return cache;
+    static PlaneCache* cache = new PlaneCache;
+    return *cache;
 }
 
 }  // namespace
