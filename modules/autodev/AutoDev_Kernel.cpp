@@ -11,6 +11,7 @@
 // between the stages and per row inside the parallel ones.
 #include "modules/autodev/AutoDev_Kernel.h"
 
+#include "host/Host_Cpu.h"
 #include "host/Host_Threads.h"
 #include "image/Image.h"
 #include "modules/autodev/AutoDev_Internal.h"
@@ -61,6 +62,25 @@ struct LumJob {
     uint32_t workerIndex, workerCount;
 };
 
+// One row: clamp to max - 1, bring to 24 bits and average. The 24-bit values
+// fit 32 bits, where the division by 3 vectorises.
+HOST_HOT_LOOP void LumRow(const int64_t* r, const int64_t* g, const int64_t* b, int32_t* out, int32_t width,
+                          int64_t top, int shift, int32_t* lo, int32_t* hi) {
+    const int right = shift > 0 ? shift : 0, left = shift < 0 ? -shift : 0;
+    int32_t rowLo = *lo, rowHi = *hi;
+    for (int32_t x = 0; x < width; ++x) {
+        const int32_t cr = static_cast<int32_t>((std::clamp<int64_t>(r[x], 0, top) >> right) << left);
+        const int32_t cg = static_cast<int32_t>((std::clamp<int64_t>(g[x], 0, top) >> right) << left);
+        const int32_t cb = static_cast<int32_t>((std::clamp<int64_t>(b[x], 0, top) >> right) << left);
+        const int32_t l = (cr + cg + cb) / 3;
+        out[x] = l;
+        rowLo = std::min(rowLo, l);
+        rowHi = std::max(rowHi, l);
+    }
+    *lo = rowLo;
+    *hi = rowHi;
+}
+
 void LumWorker(LumJob* j) {
     const ImageBuffer& s = *j->source;
     const Band band = BandOf(j->workerIndex, j->workerCount, s.height);
@@ -69,28 +89,9 @@ void LumWorker(LumJob* j) {
     int32_t lo = kAutoDevMax, hi = 0;
     for (int32_t y = band.begin; y < band.end; ++y) {
         if (RowStop(j->control, j->stopped, y - band.begin)) return;
-        const int64_t* r = s.red + int64_t{y} * s.stride;
-        const int64_t* g = s.green + int64_t{y} * s.stride;
-        const int64_t* b = s.blue + int64_t{y} * s.stride;
         int32_t* out = j->lum + int64_t{y} * s.width;
-        for (int32_t x = 0; x < s.width; ++x) {
-            int64_t cr = std::clamp<int64_t>(r[x], 0, top);
-            int64_t cg = std::clamp<int64_t>(g[x], 0, top);
-            int64_t cb = std::clamp<int64_t>(b[x], 0, top);
-            if (shift >= 0) {
-                cr >>= shift;
-                cg >>= shift;
-                cb >>= shift;
-            } else {
-                cr <<= -shift;
-                cg <<= -shift;
-                cb <<= -shift;
-            }
-            const int32_t l = static_cast<int32_t>((cr + cg + cb) / 3);
-            out[x] = l;
-            lo = std::min(lo, l);
-            hi = std::max(hi, l);
-        }
+        LumRow(s.red + int64_t{y} * s.stride, s.green + int64_t{y} * s.stride, s.blue + int64_t{y} * s.stride, out,
+               s.width, top, shift, &lo, &hi);
         // Marking in a second sweep keeps the loop above vectorisable. Both
         // workers may store 1 into the same flag.
         for (int32_t x = 0; x < s.width; ++x) std::atomic_ref<uint8_t>(j->used[out[x]]).store(1, std::memory_order_relaxed);
@@ -169,11 +170,58 @@ inline int64_t ScaledQuotient(int64_t a, int64_t b, int64_t d, double inverse) {
     const int64_t product = a * b;
     int64_t q = static_cast<int64_t>(static_cast<double>(a) * static_cast<double>(b) * inverse);
     const int64_t rest = product - q * d;
-    if (rest < 0)
-        --q;
-    else if (rest >= d)
-        ++q;
+    q -= rest < 0 ? 1 : 0;
+    q += rest >= d ? 1 : 0;
     return q;
+}
+
+// Colour of one row, written so that it vectorises: each channel scaled by
+// S / Ls, S itself where Ls is 0 (as S x 1 / 1). The planes never overlap (the
+// caller stages an in-place row). Returns the largest channel written, so
+// that ScaleDownRow runs only for a row that needs it.
+HOST_HOT_LOOP int64_t ColourRow(const int64_t* __restrict greys, const int64_t* __restrict r,
+                                const int64_t* __restrict g, const int64_t* __restrict b, int64_t* __restrict dr,
+                                int64_t* __restrict dg, int64_t* __restrict db, int32_t width, int64_t maxValue) {
+    const int64_t top = maxValue - 1;
+    constexpr double kThird = 1.0 / 3.0;
+    int64_t peak = 0;
+    for (int64_t x = 0; x < int64_t{width}; ++x) {
+        const int64_t grey = greys[x];
+        const int64_t cr = std::min(std::max(r[x], int64_t{0}), top);
+        const int64_t cg = std::min(std::max(g[x], int64_t{0}), top);
+        const int64_t cb = std::min(std::max(b[x], int64_t{0}), top);
+        // The sum is below 2^34 (depths up to 32 bits), so its third, which lies
+        // at least 1/3 from the next integer, truncates exactly from a double.
+        const int64_t ls = static_cast<int64_t>(static_cast<double>(cr + cg + cb) * kThird);
+        // All ones where Ls is 0; a mask rather than a branch keeps the loop whole.
+        const int64_t flat = (ls - 1) >> 63;
+        const int64_t d = ls | (flat & 1);
+        const int64_t ur = (cr & ~flat) | (flat & 1), ug = (cg & ~flat) | (flat & 1), ub = (cb & ~flat) | (flat & 1);
+        const double inverse = 1.0 / static_cast<double>(d);
+        const int64_t outR = ScaledQuotient(grey, ur, d, inverse);
+        const int64_t outG = ScaledQuotient(grey, ug, d, inverse);
+        const int64_t outB = ScaledQuotient(grey, ub, d, inverse);
+        dr[x] = outR;
+        dg[x] = outG;
+        db[x] = outB;
+        peak = std::max(peak, std::max(outR, std::max(outG, outB)));
+    }
+    return peak;
+}
+
+// All three channels scaled together so that the largest equals maxValue.
+void ScaleDownRow(int64_t* dr, int64_t* dg, int64_t* db, int32_t width, int64_t maxValue) {
+    for (int32_t x = 0; x < width; ++x) {
+        const int64_t peak = std::max(dr[x], std::max(dg[x], db[x]));
+        if (peak <= maxValue) continue;
+        dr[x] = static_cast<int64_t>(static_cast<__int128>(dr[x]) * maxValue / peak);
+        dg[x] = static_cast<int64_t>(static_cast<__int128>(dg[x]) * maxValue / peak);
+        db[x] = static_cast<int64_t>(static_cast<__int128>(db[x]) * maxValue / peak);
+    }
+}
+
+HOST_HOT_LOOP void GreyRow(const int32_t* l, const int64_t* map, int64_t* greys, int32_t width) {
+    for (int32_t x = 0; x < width; ++x) greys[x] = map[l[x]];
 }
 
 void OutputWorker(OutputJob* j) {
@@ -181,42 +229,32 @@ void OutputWorker(OutputJob* j) {
     ImageBuffer& d = *j->destination;
     const Band band = BandOf(j->workerIndex, j->workerCount, s.height);
     const int64_t maxValue = s.maxValue;
-    const int64_t top = maxValue - 1;
+    const bool inPlace = s.red == d.red || s.green == d.green || s.blue == d.blue;
+    // Per worker: the row's grey values and, in place, the staged colour rows.
+    std::vector<int64_t> rows(size_t(s.width) * (inPlace ? 4 : 1));
+    int64_t* greys = rows.data();
     for (int32_t y = band.begin; y < band.end; ++y) {
         const int32_t* l = j->lum + int64_t{y} * s.width;
-        const int64_t* r = s.red + int64_t{y} * s.stride;
-        const int64_t* g = s.green + int64_t{y} * s.stride;
-        const int64_t* b = s.blue + int64_t{y} * s.stride;
         int64_t* dr = d.red + int64_t{y} * d.stride;
         int64_t* dg = d.green + int64_t{y} * d.stride;
         int64_t* db = d.blue + int64_t{y} * d.stride;
+        GreyRow(l, j->map, greys, s.width);
         if (j->monochrome) {
-            for (int32_t x = 0; x < s.width; ++x) dr[x] = dg[x] = db[x] = j->map[l[x]];
+            for (int64_t* row : {dr, dg, db}) std::memcpy(row, greys, size_t(s.width) * sizeof(int64_t));
             continue;
         }
-        for (int32_t x = 0; x < s.width; ++x) {
-            const int64_t grey = j->map[l[x]];
-            const int64_t cr = std::clamp<int64_t>(r[x], 0, top);
-            const int64_t cg = std::clamp<int64_t>(g[x], 0, top);
-            const int64_t cb = std::clamp<int64_t>(b[x], 0, top);
-            const int64_t ls = (cr + cg + cb) / 3;
-            if (ls == 0) {
-                dr[x] = dg[x] = db[x] = grey;
-                continue;
-            }
-            const double inverse = 1.0 / static_cast<double>(ls);
-            int64_t outR = ScaledQuotient(grey, cr, ls, inverse);
-            int64_t outG = ScaledQuotient(grey, cg, ls, inverse);
-            int64_t outB = ScaledQuotient(grey, cb, ls, inverse);
-            const int64_t peak = std::max(outR, std::max(outG, outB));
-            if (peak > maxValue) {
-                outR = static_cast<int64_t>(static_cast<__int128>(outR) * maxValue / peak);
-                outG = static_cast<int64_t>(static_cast<__int128>(outG) * maxValue / peak);
-                outB = static_cast<int64_t>(static_cast<__int128>(outB) * maxValue / peak);
-            }
-            dr[x] = outR;
-            dg[x] = outG;
-            db[x] = outB;
+        const int64_t* r = s.red + int64_t{y} * s.stride;
+        const int64_t* g = s.green + int64_t{y} * s.stride;
+        const int64_t* b = s.blue + int64_t{y} * s.stride;
+        int64_t* outR = inPlace ? greys + s.width : dr;
+        int64_t* outG = inPlace ? greys + 2 * int64_t{s.width} : dg;
+        int64_t* outB = inPlace ? greys + 3 * int64_t{s.width} : db;
+        if (ColourRow(greys, r, g, b, outR, outG, outB, s.width, maxValue) > maxValue)
+            ScaleDownRow(outR, outG, outB, s.width, maxValue);
+        if (inPlace) {
+            std::memcpy(dr, outR, size_t(s.width) * sizeof(int64_t));
+            std::memcpy(dg, outG, size_t(s.width) * sizeof(int64_t));
+            std::memcpy(db, outB, size_t(s.width) * sizeof(int64_t));
         }
     }
 }

@@ -2,6 +2,7 @@
 #include "modules/common/WorkPlane.h"
 
 #include "host/Host_Threads.h"
+#include "image/Image_Planes.h"
 
 #include <limits>
 
@@ -16,17 +17,21 @@ constexpr const char* kOutOfMemoryText = "Out of memory\n";
 
 }  // namespace
 
-void* WorkPlane_AllocateBytes(size_t count, size_t elementSize) {
+void WorkPlaneDeleter::operator()(void* p) const { ImagePlanes_Release(static_cast<int64_t*>(p)); }
+
+void* WorkPlane_AllocatePlane(size_t count, size_t elementSize, bool zeroed) {
     if (count == 0) count = 1;
-    if (count > std::numeric_limits<size_t>::max() / elementSize) OutOfMemory();
-    void* p = std::malloc(count * elementSize);
+    if (count > std::numeric_limits<size_t>::max() / elementSize - sizeof(int64_t)) OutOfMemory();
+    const size_t elements = (count * elementSize + sizeof(int64_t) - 1) / sizeof(int64_t);
+    int64_t* p = ImagePlanes_Allocate(elements, zeroed);
     if (!p) OutOfMemory();
     return p;
 }
 
-void* WorkPlane_AllocateZeroedBytes(size_t count, size_t elementSize) {
+void* WorkPlane_AllocateBytes(size_t count, size_t elementSize) {
     if (count == 0) count = 1;
-    void* p = std::calloc(count, elementSize);
+    if (count > std::numeric_limits<size_t>::max() / elementSize) OutOfMemory();
+    void* p = std::malloc(count * elementSize);
     if (!p) OutOfMemory();
     return p;
 }

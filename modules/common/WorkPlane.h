@@ -8,26 +8,31 @@
 #include <cstdlib>
 #include <memory>
 
-struct FreeDeleter {
-    void operator()(void* p) const { std::free(p); }
+// Work planes come from the plane store: a kernel run again on an image of the
+// same size gets back the buffers of the last run instead of fresh pages, whose
+// faults and kernel zeroing cost as much as a pass over them.
+struct WorkPlaneDeleter {
+    void operator()(void* p) const;
 };
 
 template <class T>
-using WorkPlane = std::unique_ptr<T[], FreeDeleter>;
+using WorkPlane = std::unique_ptr<T[], WorkPlaneDeleter>;
 
-// Uninitialised memory for `count` elements; pages are only made resident when
-// they are first written, so a sparse table costs what it touches.
-void* WorkPlane_AllocateBytes(size_t count, size_t elementSize);
+// Uninitialised memory for `count` elements, at most 8-byte aligned types.
+void* WorkPlane_AllocatePlane(size_t count, size_t elementSize, bool zeroed);
 
 template <class T>
 WorkPlane<T> WorkPlane_Allocate(size_t count) {
-    return WorkPlane<T>(static_cast<T*>(WorkPlane_AllocateBytes(count, sizeof(T))));
+    static_assert(alignof(T) <= alignof(int64_t));
+    return WorkPlane<T>(static_cast<T*>(WorkPlane_AllocatePlane(count, sizeof(T), false)));
 }
 
-// Zero-filled; the system hands out zeroed pages, so nothing is touched here.
-void* WorkPlane_AllocateZeroedBytes(size_t count, size_t elementSize);
-
+// Zero-filled.
 template <class T>
 WorkPlane<T> WorkPlane_AllocateZeroed(size_t count) {
-    return WorkPlane<T>(static_cast<T*>(WorkPlane_AllocateZeroedBytes(count, sizeof(T))));
+    static_assert(alignof(T) <= alignof(int64_t));
+    return WorkPlane<T>(static_cast<T*>(WorkPlane_AllocatePlane(count, sizeof(T), true)));
 }
+
+// A plain malloc block (freed with std::free), e.g. an image's attachment.
+void* WorkPlane_AllocateBytes(size_t count, size_t elementSize);
