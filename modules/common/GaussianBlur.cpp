@@ -7,6 +7,8 @@
 // that fall back to plain 64-bit integer sums.
 #include "modules/common/GaussianBlur.h"
 
+#include "host/Host_Cpu.h"
+
 #include "host/Host_Threads.h"
 #include "modules/common/WorkPlane.h"
 
@@ -106,7 +108,7 @@ struct BlurJob {
 };
 
 template <class T, class Tmp>
-void HorizontalWorker(BlurJob<T, Tmp>* job) {
+HOST_HOT_LOOP void HorizontalWorker(BlurJob<T, Tmp>* job) {
     const BlurShared& s = job->shared;
     int32_t begin, end;
     BandOf(job->workerIndex, job->workerCount, s.height, &begin, &end);
@@ -129,7 +131,7 @@ void HorizontalWorker(BlurJob<T, Tmp>* job) {
 }
 
 template <class T, class Tmp>
-void VerticalWorker(BlurJob<T, Tmp>* job) {
+HOST_HOT_LOOP void VerticalWorker(BlurJob<T, Tmp>* job) {
     const BlurShared& s = job->shared;
     const int32_t half = s.kernel->half;
     const int32_t* w = s.kernel->weights.data();
