@@ -71,7 +71,9 @@ int Usage(const char* why) {
     return 2;
 }
 
-void ReportUnreadable(const char* path) { std::fprintf(stderr, "%s: %s\n", path, kLoadFailedText); }
+void ReportUnreadable(const char* path) {
+    std::fprintf(stderr, "%s: %s\n", path, kLoadFailedText);
+}
 
 int Info(int count, char** paths) {
     int status = 0;
@@ -83,10 +85,11 @@ int Info(int count, char** paths) {
             status = 1;
             continue;
         }
-        std::printf("%s: reader=%s width=%d height=%d depth=%d mono=%d alpha=%d box=%d,%d,%d,%d artefacts=%s\n",
-                    paths[i], File_ReaderName(info.reader), image->width, image->height, info.bitDepthAsRead,
-                    image->mono ? 1 : 0, info.alphaAsRead ? 1 : 0, info.box.left, info.box.top, info.box.right,
-                    info.box.bottom, info.artefacts ? "yes" : "no");
+        std::printf(
+            "%s: reader=%s width=%d height=%d depth=%d mono=%d alpha=%d box=%d,%d,%d,%d artefacts=%s\n",
+            paths[i], File_ReaderName(info.reader), image->width, image->height, info.bitDepthAsRead,
+            image->mono ? 1 : 0, info.alphaAsRead ? 1 : 0, info.box.left, info.box.top, info.box.right,
+            info.box.bottom, info.artefacts ? "yes" : "no");
         Image_Free(image);
     }
     return status;
@@ -147,10 +150,11 @@ int Process(const char* in, const char* out, const std::vector<PipelineStep>& st
         written = File_SaveImageAs(nullptr, out, result.get());
     }
     if (!written) {
-        std::fprintf(stderr,
-                     "Could not save file [%s] for write - check permissions for folder, or check whether another "
-                     "application has this file locked.\n",
-                     out);
+        std::fprintf(
+            stderr,
+            "Could not save file [%s] for write - check permissions for folder, or check whether another "
+            "application has this file locked.\n",
+            out);
         return 1;
     }
     return 0;

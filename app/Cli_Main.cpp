@@ -1,3 +1,5 @@
 #include "app/Cli.h"
 
-int main(int argc, char** argv) { return Cli_Run(argc, argv); }
+int main(int argc, char** argv) {
+    return Cli_Run(argc, argv);
+}

@@ -34,15 +34,19 @@ void Redraw() {
 
 int OnAppEvent(AppEvent* event) {
     switch (event->kind) {
-        case kAppEventResized: Redraw(); break;
+        case kAppEventResized:
+            Redraw();
+            break;
         case kAppEventInput:
             if (event->payload[0] == kInputPointer) {
                 g_pointer = {true, event->payload[1], event->payload[2], event->payload[3] != 0};
                 Redraw();
             }
             break;
-        case kAppEventCloseRequested: return 1;
-        default: break;
+        case kAppEventCloseRequested:
+            return 1;
+        default:
+            break;
     }
     return 0;
 }

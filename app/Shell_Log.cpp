@@ -6,7 +6,9 @@
 #include <cstdio>
 #include <vector>
 
-std::string Shell_LogPath() { return Host_GetDataDir() + kShellLogFileName; }
+std::string Shell_LogPath() {
+    return Host_GetDataDir() + kShellLogFileName;
+}
 
 void Shell_Log(const char* text) {
     if (!text) return;

@@ -3,7 +3,8 @@
 namespace {
 
 // White, yellow, cyan, green, magenta, red, blue, black.
-constexpr uint32_t kBars[8] = {0xFFFFFF, 0xFFFF00, 0x00FFFF, 0x00FF00, 0xFF00FF, 0xFF0000, 0x0000FF, 0x000000};
+constexpr uint32_t kBars[8] = {0xFFFFFF, 0xFFFF00, 0x00FFFF, 0x00FF00,
+                               0xFF00FF, 0xFF0000, 0x0000FF, 0x000000};
 constexpr int kMarkerRadius = 6;
 
 }  // namespace
@@ -33,7 +34,8 @@ void TestPicture_DrawMarker(uint32_t* pixels, uint32_t pixelsPerRow, uint32_t wi
         for (int dx = -kMarkerRadius; dx <= kMarkerRadius; ++dx) {
             int64_t px = int64_t(x) + dx, py = int64_t(y) + dy;
             if (px < 0 || py < 0 || px >= int64_t(width) || py >= int64_t(height)) continue;
-            bool edge = dx == -kMarkerRadius || dx == kMarkerRadius || dy == -kMarkerRadius || dy == kMarkerRadius;
+            bool edge =
+                dx == -kMarkerRadius || dx == kMarkerRadius || dy == -kMarkerRadius || dy == kMarkerRadius;
             if (edge || buttonDown) pixels[py * pixelsPerRow + px] = kTestPictureMarkerColour;
         }
     }

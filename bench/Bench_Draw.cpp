@@ -26,7 +26,8 @@ struct Frame {
 
 // The shipped font, found beside this source file.
 std::unique_ptr<Font> LoadFont() {
-    const std::filesystem::path path = std::filesystem::path(__FILE__).parent_path() / ".." / "resources" / "font.fnt";
+    const std::filesystem::path path =
+        std::filesystem::path(__FILE__).parent_path() / ".." / "resources" / "font.fnt";
     std::ifstream in(path, std::ios::binary);
     const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     return Font_Load(bytes.data(), bytes.size());
@@ -86,15 +87,16 @@ void BM_Font_DrawWords12px(benchmark::State& state) {
     for (auto _ : state) {
         int32_t y = 20;
         for (const TextLine& l : lines) {
-            Font_DrawText(f.surface, *font, 20, y, 12, std::string_view(text).substr(l.begin, l.length), 0xE73C);
+            Font_DrawText(f.surface, *font, 20, y, 12, std::string_view(text).substr(l.begin, l.length),
+                          0xE73C);
             y += 15;
         }
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * glyphs);
     // Seconds per glyph (printed with an SI prefix: "150n" is 150 ns).
-    state.counters["per_glyph"] =
-        benchmark::Counter(double(glyphs), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_glyph"] = benchmark::Counter(
+        double(glyphs), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_Font_DrawWords12px)->Unit(benchmark::kMicrosecond);
 
@@ -123,9 +125,9 @@ void BM_Font_RenderAllGlyphs(benchmark::State& state) {
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * int64_t(font->codePoints.size()));
-    state.counters["per_glyph"] = benchmark::Counter(double(font->codePoints.size()),
-                                                     benchmark::Counter::kIsIterationInvariantRate |
-                                                         benchmark::Counter::kInvert);
+    state.counters["per_glyph"] =
+        benchmark::Counter(double(font->codePoints.size()),
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_Font_RenderAllGlyphs)->Arg(12)->Arg(18)->Arg(32)->Unit(benchmark::kMicrosecond);
 

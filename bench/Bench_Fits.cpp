@@ -37,7 +37,8 @@ void AppendCard(std::string& header, const char* text) {
 }
 
 // Writes a primary header and big-endian data, padded to whole 2880-byte blocks.
-bool WriteFits(const std::string& path, const std::vector<const char*>& cards, const std::vector<uint8_t>& data) {
+bool WriteFits(const std::string& path, const std::vector<const char*>& cards,
+               const std::vector<uint8_t>& data) {
     std::string header;
     for (const char* c : cards) AppendCard(header, c);
     AppendCard(header, "END");
@@ -61,7 +62,8 @@ bool WriteRgbFloat(const std::string& path) {
             const float v = static_cast<float>(static_cast<double>(plane[i]) / 1073741823.0);
             uint32_t u;
             std::memcpy(&u, &v, 4);
-            out[0] = uint8_t(u >> 24), out[1] = uint8_t(u >> 16), out[2] = uint8_t(u >> 8), out[3] = uint8_t(u);
+            out[0] = uint8_t(u >> 24), out[1] = uint8_t(u >> 16), out[2] = uint8_t(u >> 8),
+            out[3] = uint8_t(u);
         }
     return WriteFits(path,
                      {"SIMPLE  =                    T", "BITPIX  =                  -32",
@@ -80,12 +82,12 @@ bool WriteMonoU16(const std::string& path) {
         data[2 * i] = uint8_t((v >> 8) & 255);
         data[2 * i + 1] = uint8_t(v & 255);
     }
-    return WriteFits(path,
-                     {"SIMPLE  =                    T", "BITPIX  =                   16",
-                      "NAXIS   =                    2", "NAXIS1  =                 6000",
-                      "NAXIS2  =                 4000", "BZERO   =                32768",
-                      "BSCALE  =                    1"},
-                     data);
+    return WriteFits(
+        path,
+        {"SIMPLE  =                    T", "BITPIX  =                   16", "NAXIS   =                    2",
+         "NAXIS1  =                 6000", "NAXIS2  =                 4000", "BZERO   =                32768",
+         "BSCALE  =                    1"},
+        data);
 }
 
 bool KeepFiles() {
@@ -97,7 +99,9 @@ void RemoveUnlessKept(const std::string& path) {
     if (!KeepFiles()) std::filesystem::remove(path);
 }
 
-bool Reusable(const std::string& path) { return KeepFiles() && std::filesystem::exists(path); }
+bool Reusable(const std::string& path) {
+    return KeepFiles() && std::filesystem::exists(path);
+}
 
 void ReadLoop(benchmark::State& state, const std::string& path, int64_t fileBytes) {
     for (auto _ : state) {

@@ -53,7 +53,9 @@ void ReportCpu(benchmark::State& state, double start) {
     state.counters["cpu_s"] = (ProcessCpuSeconds() - start) / double(state.iterations());
 }
 
-double ImageMiB(const ImageBuffer& image) { return 3.0 * image.width * image.height * 8.0 / kMiB; }
+double ImageMiB(const ImageBuffer& image) {
+    return 3.0 * image.width * image.height * 8.0 / kMiB;
+}
 
 // AutoDev runs first in the program (the benchmarks are registered in this
 // order), so the process peak before it is the input image and little else.

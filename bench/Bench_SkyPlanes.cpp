@@ -111,7 +111,8 @@ void AddNebula(std::vector<float>& img) {
                 const float u = ((x - lobe.cx) * ct + (y - lobe.cy) * st) / lobe.sx;
                 const float v = (-(x - lobe.cx) * st + (y - lobe.cy) * ct) / lobe.sy;
                 const float blob = lobe.amp * std::exp(-0.5f * (u * u + v * v));
-                for (int c = 0; c < 3; ++c) img[c * kSamples + static_cast<size_t>(y) * W + x] += lobe.colour[c] * blob;
+                for (int c = 0; c < 3; ++c)
+                    img[c * kSamples + static_cast<size_t>(y) * W + x] += lobe.colour[c] * blob;
             }
         }
     }
@@ -138,7 +139,8 @@ void AddStars(std::vector<float>& img, Random& random) {
                 double profile = peak * std::exp(-0.5 * d2 / (sigma * sigma));
                 if (halo) profile += aOut * std::exp(-0.5 * d2 / (sOut * sOut));
                 for (int c = 0; c < 3; ++c) {
-                    img[c * kSamples + static_cast<size_t>(y) * W + x] += static_cast<float>(factor[c] * profile);
+                    img[c * kSamples + static_cast<size_t>(y) * W + x] +=
+                        static_cast<float>(factor[c] * profile);
                 }
             }
         }
@@ -201,7 +203,8 @@ Sky MakeSky() {
             sky.source = path;
             return sky;
         }
-        std::fprintf(stderr, "PELLUCIDA_BENCH_PLANES: %s is not one or three 6000 x 4000 int64 planes\n", path);
+        std::fprintf(stderr, "PELLUCIDA_BENCH_PLANES: %s is not one or three 6000 x 4000 int64 planes\n",
+                     path);
         std::exit(2);
     }
     std::vector<float> img(3 * kSamples);
@@ -227,6 +230,10 @@ Sky& TheSky() {
 
 }  // namespace
 
-ImageBuffer& Bench_SkyImage() { return *TheSky().image; }
+ImageBuffer& Bench_SkyImage() {
+    return *TheSky().image;
+}
 
-const std::string& Bench_SkySource() { return TheSky().source; }
+const std::string& Bench_SkySource() {
+    return TheSky().source;
+}

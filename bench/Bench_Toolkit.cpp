@@ -27,7 +27,8 @@ struct Screen {
 std::unique_ptr<Screen> MakeScreen(uint32_t width, uint32_t height) {
     namespace fs = std::filesystem;
     std::string archive;
-    for (const fs::path& p : {fs::path(Host_GetProgramDir()) / "resources", fs::path(Host_GetProgramDir()) / ".." / "resources"})
+    for (const fs::path& p :
+         {fs::path(Host_GetProgramDir()) / "resources", fs::path(Host_GetProgramDir()) / ".." / "resources"})
         if (fs::is_regular_file(p)) archive = p.string();
     if (archive.empty()) return nullptr;
     auto screen = std::make_unique<Screen>();

@@ -63,7 +63,9 @@ private:
     std::filesystem::path owned_;
 };
 
-void EnsureStateDir() { static StateDir dir; }
+void EnsureStateDir() {
+    static StateDir dir;
+}
 
 void UseWorkers(const benchmark::State& state) {
     SetEnv("PELLUCIDA_WORKERS", std::to_string(state.range(0)));
@@ -78,7 +80,8 @@ void ThreadArgs(benchmark::internal::Benchmark* bench) {
 
 void Report(benchmark::State& state, size_t storedBytes) {
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * 3 * kPlaneBytes));
-    if (storedBytes) state.counters["ratio"] = static_cast<double>(3 * kPlaneBytes) / static_cast<double>(storedBytes);
+    if (storedBytes)
+        state.counters["ratio"] = static_cast<double>(3 * kPlaneBytes) / static_cast<double>(storedBytes);
     state.SetLabel(Bench_SkySource());
 }
 
@@ -121,10 +124,18 @@ void ReadSlot(benchmark::State& state, ImageBuffer& image, bool compose) {
     Report(state, std::filesystem::file_size(Tracking_SlotPath(0, 2)));
 }
 
-void BM_TrackingWriteSlot(benchmark::State& state) { WriteSlot(state, Bench_SkyImage(), false); }
-void BM_TrackingReadSlot(benchmark::State& state) { ReadSlot(state, Bench_SkyImage(), false); }
-void BM_TrackingWriteSlotCompose(benchmark::State& state) { WriteSlot(state, ComposeCopy(), true); }
-void BM_TrackingReadSlotCompose(benchmark::State& state) { ReadSlot(state, ComposeCopy(), true); }
+void BM_TrackingWriteSlot(benchmark::State& state) {
+    WriteSlot(state, Bench_SkyImage(), false);
+}
+void BM_TrackingReadSlot(benchmark::State& state) {
+    ReadSlot(state, Bench_SkyImage(), false);
+}
+void BM_TrackingWriteSlotCompose(benchmark::State& state) {
+    WriteSlot(state, ComposeCopy(), true);
+}
+void BM_TrackingReadSlotCompose(benchmark::State& state) {
+    ReadSlot(state, ComposeCopy(), true);
+}
 
 BENCHMARK(BM_TrackingWriteSlot)->Apply(ThreadArgs);
 BENCHMARK(BM_TrackingReadSlot)->Apply(ThreadArgs);
@@ -189,7 +200,8 @@ bool DecompressAll(RawBlocks& raw, int threads, char* const planes[3]) {
     std::atomic<bool> ok{true};
     ForEachBlock(raw.source.size(), threads, [&](size_t b) {
         char* target = planes[b / kBlocksPerPlane] + (b % kBlocksPerPlane) * size_t{kBlock};
-        if (LZ4_decompress_safe(raw.Compressed(b), target, raw.length[b], raw.size[b]) != raw.size[b]) ok = false;
+        if (LZ4_decompress_safe(raw.Compressed(b), target, raw.length[b], raw.size[b]) != raw.size[b])
+            ok = false;
     });
     return ok;
 }

@@ -22,7 +22,9 @@ constexpr uint32_t kCompressionBitFields = 3;
 // headers hold them at the same place.
 constexpr size_t kMasksOffset = kFileHeaderSize + kMinInfoHeaderSize;
 
-uint32_t Le16(const uint8_t* p) { return uint32_t(p[0]) | uint32_t(p[1]) << 8; }
+uint32_t Le16(const uint8_t* p) {
+    return uint32_t(p[0]) | uint32_t(p[1]) << 8;
+}
 uint32_t Le32(const uint8_t* p) {
     return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
 }

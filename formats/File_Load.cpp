@@ -23,7 +23,9 @@ constexpr int kWorkingDepth = 30;
 struct Magic {
     unsigned char bytes[8] = {};
     size_t size = 0;
-    bool StartsWith(const char* text, size_t n) const { return size >= n && std::memcmp(bytes, text, n) == 0; }
+    bool StartsWith(const char* text, size_t n) const {
+        return size >= n && std::memcmp(bytes, text, n) == 0;
+    }
 };
 
 Magic ReadMagic(const char* path) {
@@ -64,13 +66,20 @@ void InspectPixels(const ImageBuffer* image, LoadInfo* info) {
 
 const char* File_ReaderName(FileReaderKind reader) {
     switch (reader) {
-        case FileReaderKind::kBmp: return "BMP";
-        case FileReaderKind::kTiff: return "TIFF";
-        case FileReaderKind::kFits: return "FITS";
-        case FileReaderKind::kRaw: return "RAW";
-        case FileReaderKind::kPng: return "PNG";
-        case FileReaderKind::kJpeg: return "JPEG";
-        case FileReaderKind::kNone: break;
+        case FileReaderKind::kBmp:
+            return "BMP";
+        case FileReaderKind::kTiff:
+            return "TIFF";
+        case FileReaderKind::kFits:
+            return "FITS";
+        case FileReaderKind::kRaw:
+            return "RAW";
+        case FileReaderKind::kPng:
+            return "PNG";
+        case FileReaderKind::kJpeg:
+            return "JPEG";
+        case FileReaderKind::kNone:
+            break;
     }
     return "none";
 }
@@ -140,9 +149,12 @@ const char* File_DatasetLogLine(DatasetAnswer answer, bool grey) {
             return grey ? "Type of Data: Linear\n"
                         : "Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n";
         case DatasetAnswer::kNonLinearSrgb:
-            return grey ? "Type of Data: Modified and not linear\n" : "Type of Data: Non-linear sRGB source\n";
+            return grey ? "Type of Data: Modified and not linear\n"
+                        : "Type of Data: Non-linear sRGB source\n";
     }
     return "";
 }
 
-void File_LogDatasetAnswer(DatasetAnswer answer, bool grey) { Shell_Log(File_DatasetLogLine(answer, grey)); }
+void File_LogDatasetAnswer(DatasetAnswer answer, bool grey) {
+    Shell_Log(File_DatasetLogLine(answer, grey));
+}

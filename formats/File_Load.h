@@ -20,10 +20,10 @@ ImageBuffer* File_ReadAnyFormat(const char* path, FileReaderKind* reader);
 struct LoadInfo {
     FileReaderKind reader = FileReaderKind::kNone;
     int bitDepthAsRead = 0;
-    bool alphaAsRead = false;         // the reader delivered an alpha plane
-    bool grey = false;                // every pixel has red = green = blue
-    int64_t transparentCount = 0;     // pixels whose alpha is below maxValue - 1
-    bool askDataGaps = false;         // some but not all pixels are transparent: alpha kept
+    bool alphaAsRead = false;      // the reader delivered an alpha plane
+    bool grey = false;             // every pixel has red = green = blue
+    int64_t transparentCount = 0;  // pixels whose alpha is below maxValue - 1
+    bool askDataGaps = false;      // some but not all pixels are transparent: alpha kept
     bool artefacts = false;
     ArtefactBox box;
 };
@@ -48,5 +48,6 @@ const char* File_DatasetLogLine(DatasetAnswer answer, bool grey);
 
 inline constexpr const char* kLoadFailedTitle = "Failed";
 inline constexpr const char* kLoadFailedText =
-    "Could not read file. Make sure image file is a FITS file, an uncompressed, IBM PC byte-order TIFF file or a "
+    "Could not read file. Make sure image file is a FITS file, an uncompressed, IBM PC byte-order TIFF file "
+    "or a "
     "PNG file.";

@@ -1,7 +1,7 @@
 #include "formats/File_Names.h"
 
-#include <cstring>
 #include <strings.h>
+#include <cstring>
 
 bool File_HasExtension(const char* name, const char* extension) {
     if (!name || !extension) return false;

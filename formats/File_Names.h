@@ -23,7 +23,9 @@ SaveFormat File_SaveFormatFor(const char* name);
 
 inline constexpr const char* kUnknownFileTypeTitle = "Unknown File Type";
 inline constexpr const char* kUnknownFileTypeText =
-    " Make sure image file is a FITS file, an uncompressed, IBM PC byte-order TIFF file, a JPEG file, or a PNG "
+    " Make sure image file is a FITS file, an uncompressed, IBM PC byte-order TIFF file, a JPEG file, or a "
+    "PNG "
     "file.";
 inline constexpr const char* kUnsupportedFileTypeTitle = "Unsupported File Type";
-inline constexpr const char* kUnsupportedFileTypeText = "Pellucida saves 16-bit TIFF or 8-bit JPEG or PNG files.";
+inline constexpr const char* kUnsupportedFileTypeText =
+    "Pellucida saves 16-bit TIFF or 8-bit JPEG or PNG files.";

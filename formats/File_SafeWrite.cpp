@@ -12,7 +12,9 @@ constexpr int kTempNameAttempts = 100;
 
 }  // namespace
 
-SafeWriteFile::~SafeWriteFile() { Abandon(); }
+SafeWriteFile::~SafeWriteFile() {
+    Abandon();
+}
 
 bool SafeWriteFile::Open(const char* path) {
     Abandon();

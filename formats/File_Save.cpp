@@ -11,9 +11,15 @@ bool File_SaveImageAs(void* application, const char* name, const ImageBuffer* im
     if (application) Host_Call("video", "Video_SetCursorWait", nullptr);
     int written = 0;
     switch (File_SaveFormatFor(name)) {
-        case SaveFormat::kJpeg: written = Jpeg_Write(image, name); break;
-        case SaveFormat::kPng: written = Png_Write(image, name); break;
-        case SaveFormat::kTiff: written = Tiff_Write(image, name); break;
+        case SaveFormat::kJpeg:
+            written = Jpeg_Write(image, name);
+            break;
+        case SaveFormat::kPng:
+            written = Png_Write(image, name);
+            break;
+        case SaveFormat::kTiff:
+            written = Tiff_Write(image, name);
+            break;
     }
     // Every writer's failure is logged, not only the TIFF writer's: a user must
     // learn that a JPEG or PNG was not written as much as a TIFF.

@@ -23,8 +23,12 @@
 
 namespace {
 
-inline double Get(const int64_t* p) { return std::bit_cast<double>(*p); }
-inline void Add(int64_t* p, double d) { *p = std::bit_cast<int64_t>(std::bit_cast<double>(*p) + d); }
+inline double Get(const int64_t* p) {
+    return std::bit_cast<double>(*p);
+}
+inline void Add(int64_t* p, double d) {
+    *p = std::bit_cast<int64_t>(std::bit_cast<double>(*p) + d);
+}
 
 struct Plane {
     int64_t* data;
@@ -84,8 +88,8 @@ void SequentialRow(const Plane& p, size_t y, bool below) {
 
 }  // namespace
 
-HOST_HOT_LOOP void Fits_DiffusePlane(int64_t* plane, int32_t width, int32_t height, double minimum, double scale,
-                                     int64_t top) {
+HOST_HOT_LOOP void Fits_DiffusePlane(int64_t* plane, int32_t width, int32_t height, double minimum,
+                                     double scale, int64_t top) {
     if (width <= 0 || height <= 0) return;
     const size_t w = static_cast<size_t>(width);
     const size_t h = static_cast<size_t>(height);

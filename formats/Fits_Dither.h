@@ -8,7 +8,8 @@
 // and receives the quantised integers in place, each held to 0..top as it is
 // stored (a quantised cell never changes again, so this is the final clamp).
 // minimum is subtracted first; scale multiplies.
-void Fits_DiffusePlane(int64_t* plane, int32_t width, int32_t height, double minimum, double scale, int64_t top);
+void Fits_DiffusePlane(int64_t* plane, int32_t width, int32_t height, double minimum, double scale,
+                       int64_t top);
 
 // Truncation towards zero to 64 bits as the processor does it: values outside
 // the range (and NaN) give INT64_MIN instead of undefined behaviour.

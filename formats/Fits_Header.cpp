@@ -38,7 +38,9 @@ int32_t IntValue(const char* value) {
     return static_cast<int32_t>(std::strtol(value, nullptr, 10));
 }
 
-double RealValue(const char* value) { return std::strtod(value, nullptr); }
+double RealValue(const char* value) {
+    return std::strtod(value, nullptr);
+}
 
 bool SliceIs(const char* value, int from, const char* text) {
     if (std::strlen(value) < static_cast<size_t>(from)) return false;

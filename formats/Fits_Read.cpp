@@ -167,7 +167,8 @@ double RawValue(const uint8_t* b, bool* isNan) {
     } else {
         uint64_t bits = 0;
         for (int k = 0; k < 8; ++k) bits = bits << 8 | b[k];
-        *isNan = (bits & 0x7FF0000000000000ull) == 0x7FF0000000000000ull && (bits & 0x000FFFFFFFFFFFFFull) != 0;
+        *isNan =
+            (bits & 0x7FF0000000000000ull) == 0x7FF0000000000000ull && (bits & 0x000FFFFFFFFFFFFFull) != 0;
         return std::bit_cast<double>(bits);
     }
 }
@@ -210,11 +211,16 @@ using ConvertFn = void (*)(const uint8_t*, size_t, int64_t*, const ValueRules&, 
 
 ConvertFn ConverterFor(int32_t bitpix) {
     switch (bitpix) {
-        case 8: return ConvertValues<8>;
-        case 16: return ConvertValues<16>;
-        case 32: return ConvertValues<32>;
-        case -32: return ConvertValues<-32>;
-        default: return ConvertValues<-64>;
+        case 8:
+            return ConvertValues<8>;
+        case 16:
+            return ConvertValues<16>;
+        case 32:
+            return ConvertValues<32>;
+        case -32:
+            return ConvertValues<-32>;
+        default:
+            return ConvertValues<-64>;
     }
 }
 
@@ -245,7 +251,8 @@ struct CopyJob {
 };
 
 void CopyPlanes(CopyJob* job) {
-    for (uint32_t k = job->workerIndex; k < 2; k += job->workerCount) std::memcpy(job->to[k], job->from, job->bytes);
+    for (uint32_t k = job->workerIndex; k < 2; k += job->workerCount)
+        std::memcpy(job->to[k], job->from, job->bytes);
 }
 
 // One pass over the file. Returns the image, or null when the file is not
@@ -263,7 +270,8 @@ ImageBuffer* ReadOnce(FitsSource& source, int* repeatCounter, bool* again) {
     const size_t bytesPerValue = static_cast<size_t>(state.bitpix < 0 ? -state.bitpix : state.bitpix) / 8;
     // An image that could never fit, or that is larger than the whole file, is
     // refused before anything is allocated.
-    if (width <= 0 || height <= 0 || !Format_SizeFits(static_cast<uint64_t>(width), static_cast<uint64_t>(height)))
+    if (width <= 0 || height <= 0 ||
+        !Format_SizeFits(static_cast<uint64_t>(width), static_cast<uint64_t>(height)))
         return nullptr;
     const uint64_t pixels = static_cast<uint64_t>(width) * static_cast<uint64_t>(height);
     if (pixels * static_cast<uint64_t>(std::max(planes, 1)) * bytesPerValue > source.Size()) return nullptr;

@@ -58,7 +58,6 @@ struct StbDeleter {
     void operator()(stbi_uc* p) const { stbi_image_free(p); }
 };
 
-
 // A DHT segment holds whole tables, each with at most 256 codes.
 bool HuffmanTablesValid(const uint8_t* segment, size_t length) {
     size_t at = 0;

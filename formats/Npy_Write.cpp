@@ -13,8 +13,8 @@
 
 int Npy_Write(const ImageBuffer* image, const char* path) {
     if (!image || !path) return 0;
-    std::string header = "{'descr': '<i8', 'fortran_order': False, 'shape': (3, " + std::to_string(image->height) +
-                         ", " + std::to_string(image->width) + "), }";
+    std::string header = "{'descr': '<i8', 'fortran_order': False, 'shape': (3, " +
+                         std::to_string(image->height) + ", " + std::to_string(image->width) + "), }";
     const size_t preamble = 10;  // magic, version, header length
     size_t total = preamble + header.size() + 1;
     header.append((64 - total % 64) % 64, ' ');

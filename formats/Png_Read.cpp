@@ -65,10 +65,18 @@ void CopyRows(const unsigned char* in, ImageBuffer* image) {
 template <bool Wide>
 void CopyPixels(const unsigned char* in, ImageBuffer* image, int channels) {
     switch (channels) {
-        case 1: CopyRows<1, Wide>(in, image); break;
-        case 2: CopyRows<2, Wide>(in, image); break;
-        case 3: CopyRows<3, Wide>(in, image); break;
-        case 4: CopyRows<4, Wide>(in, image); break;
+        case 1:
+            CopyRows<1, Wide>(in, image);
+            break;
+        case 2:
+            CopyRows<2, Wide>(in, image);
+            break;
+        case 3:
+            CopyRows<3, Wide>(in, image);
+            break;
+        case 4:
+            CopyRows<4, Wide>(in, image);
+            break;
     }
 }
 

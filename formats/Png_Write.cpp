@@ -26,8 +26,8 @@ int Png_Write(const ImageBuffer* image, const char* path) {
     const std::vector<uint8_t> rgb = Format_PackRgb8(image);
     unsigned char* png = nullptr;
     size_t pngSize = 0;
-    const unsigned error = lodepng_encode24(&png, &pngSize, rgb.data(), unsigned(image->width),
-                                            unsigned(image->height));
+    const unsigned error =
+        lodepng_encode24(&png, &pngSize, rgb.data(), unsigned(image->width), unsigned(image->height));
     std::unique_ptr<unsigned char, FreeDeleter> owner(png);
     if (error != 0 || !png) return 0;
     return File_SafeWrite(path, png, pngSize);

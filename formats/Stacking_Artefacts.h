@@ -21,6 +21,8 @@ bool File_DetectStackingArtefacts(const ImageBuffer* image, ArtefactBox* box);
 
 inline constexpr const char* kArtefactsTitle = "Possible stacking artifacts detected";
 inline constexpr const char* kArtefactsText =
-    "This image may contain stacking artifacts. If this is the case, please use the Crop module to crop these "
-    "stacking artifacts out. The presence of stacking artifacts may severely hamper Pellucida' ability to attain "
+    "This image may contain stacking artifacts. If this is the case, please use the Crop module to crop "
+    "these "
+    "stacking artifacts out. The presence of stacking artifacts may severely hamper Pellucida' ability to "
+    "attain "
     "optimal results.";

@@ -96,11 +96,25 @@ struct TiffEntry {
 
 size_t TypeSize(uint16_t type) {
     switch (type) {
-        case 1: case 2: case 6: case 7: return 1;  // BYTE, ASCII, SBYTE, UNDEFINED
-        case 3: case 8: return 2;                  // SHORT, SSHORT
-        case 4: case 9: case 11: case 13: return 4;  // LONG, SLONG, FLOAT, IFD
-        case 5: case 10: case 12: return 8;          // RATIONAL, SRATIONAL, DOUBLE
-        default: return 0;
+        case 1:
+        case 2:
+        case 6:
+        case 7:
+            return 1;  // BYTE, ASCII, SBYTE, UNDEFINED
+        case 3:
+        case 8:
+            return 2;  // SHORT, SSHORT
+        case 4:
+        case 9:
+        case 11:
+        case 13:
+            return 4;  // LONG, SLONG, FLOAT, IFD
+        case 5:
+        case 10:
+        case 12:
+            return 8;  // RATIONAL, SRATIONAL, DOUBLE
+        default:
+            return 0;
     }
 }
 
@@ -124,10 +138,17 @@ bool LocateValues(const TiffBytes& file, size_t entry, TiffEntry* out) {
 bool ReadUnsigned(const TiffBytes& file, const TiffEntry& entry, uint32_t index, uint32_t* value) {
     if (index >= entry.count) return false;
     switch (entry.type) {
-        case 1: *value = file.data[entry.values + index]; return true;
-        case 3: *value = file.U16(entry.values + size_t{index} * 2); return true;
-        case 4: *value = file.U32(entry.values + size_t{index} * 4); return true;
-        default: return false;
+        case 1:
+            *value = file.data[entry.values + index];
+            return true;
+        case 3:
+            *value = file.U16(entry.values + size_t{index} * 2);
+            return true;
+        case 4:
+            *value = file.U32(entry.values + size_t{index} * 4);
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -181,21 +202,37 @@ bool ParseDirectory(const TiffBytes& file, size_t first, uint32_t count, TiffDir
         uint32_t value = 0;
         bool ok = true;
         switch (tag) {
-            case kTagImageWidth: ok = ReadScalar(file, entry, &dir->width); break;
-            case kTagImageLength: ok = ReadScalar(file, entry, &dir->height); break;
+            case kTagImageWidth:
+                ok = ReadScalar(file, entry, &dir->width);
+                break;
+            case kTagImageLength:
+                ok = ReadScalar(file, entry, &dir->height);
+                break;
             case kTagBitsPerSample:
                 ok = ReadUniform(file, entry, &dir->bitsPerSample, &dir->bitsDiffer);
                 break;
-            case kTagCompression: ok = ReadScalar(file, entry, &dir->compression); break;
+            case kTagCompression:
+                ok = ReadScalar(file, entry, &dir->compression);
+                break;
             case kTagPhotometric:
                 ok = ReadScalar(file, entry, &value);
                 dir->photometric = value;
                 break;
-            case kTagSamplesPerPixel: ok = ReadScalar(file, entry, &dir->samplesPerPixel); break;
-            case kTagPlanarConfiguration: ok = ReadScalar(file, entry, &dir->planar); break;
-            case kTagStripOffsets: ok = ReadArray(file, entry, &dir->stripOffsets); break;
-            case kTagStripByteCounts: ok = ReadArray(file, entry, &dir->stripByteCounts); break;
-            case kTagExtraSamples: dir->extraSamples = entry.count; break;
+            case kTagSamplesPerPixel:
+                ok = ReadScalar(file, entry, &dir->samplesPerPixel);
+                break;
+            case kTagPlanarConfiguration:
+                ok = ReadScalar(file, entry, &dir->planar);
+                break;
+            case kTagStripOffsets:
+                ok = ReadArray(file, entry, &dir->stripOffsets);
+                break;
+            case kTagStripByteCounts:
+                ok = ReadArray(file, entry, &dir->stripByteCounts);
+                break;
+            case kTagExtraSamples:
+                dir->extraSamples = entry.count;
+                break;
             case kTagSampleFormat:
                 ok = ReadUniform(file, entry, &dir->sampleFormat, &dir->formatsDiffer);
                 break;
@@ -302,8 +339,8 @@ inline float HalfToFloat(uint32_t half) {
         const float v = float(mantissa) * (1.0f / 16777216.0f);
         return sign ? -v : v;
     }
-    const uint32_t bits = exponent == 31 ? sign | 0x7F800000u | mantissa << 13
-                                         : sign | (exponent + 112) << 23 | mantissa << 13;
+    const uint32_t bits =
+        exponent == 31 ? sign | 0x7F800000u | mantissa << 13 : sign | (exponent + 112) << 23 | mantissa << 13;
     float v;
     std::memcpy(&v, &bits, sizeof v);
     return v;
@@ -353,16 +390,24 @@ void DecodeRows(const uint8_t* pixels, ImageBuffer* image, Sample sample) {
 template <int SampleBytes, class Sample>
 void DecodeAll(const uint8_t* pixels, ImageBuffer* image, int channels, Sample sample) {
     switch (channels) {
-        case 1: DecodeRows<1, SampleBytes>(pixels, image, sample); break;
-        case 3: DecodeRows<3, SampleBytes>(pixels, image, sample); break;
-        case 4: DecodeRows<4, SampleBytes>(pixels, image, sample); break;
+        case 1:
+            DecodeRows<1, SampleBytes>(pixels, image, sample);
+            break;
+        case 3:
+            DecodeRows<3, SampleBytes>(pixels, image, sample);
+            break;
+        case 4:
+            DecodeRows<4, SampleBytes>(pixels, image, sample);
+            break;
     }
 }
 
 template <bool Big>
 void DecodeInteger(const uint8_t* pixels, ImageBuffer* image, int channels, uint32_t bits) {
     switch (bits) {
-        case 8: DecodeAll<1>(pixels, image, channels, [](const uint8_t* p) { return int64_t{*p}; }); break;
+        case 8:
+            DecodeAll<1>(pixels, image, channels, [](const uint8_t* p) { return int64_t{*p}; });
+            break;
         case 16:
             DecodeAll<2>(pixels, image, channels, [](const uint8_t* p) { return int64_t{Load16<Big>(p)}; });
             break;

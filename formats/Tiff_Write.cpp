@@ -129,8 +129,7 @@ int Tiff_Write(const ImageBuffer* image, const char* path) {
     }
     if (hasAttachment) {
         if (!PatchOffset(file, kEntryAttachment)) return 0;
-        if (std::fwrite(image->attachment, 1, image->attachmentSize, file) != image->attachmentSize)
-            return 0;
+        if (std::fwrite(image->attachment, 1, image->attachmentSize, file) != image->attachmentSize) return 0;
     }
     return out.Commit() ? 1 : 0;
 }

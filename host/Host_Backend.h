@@ -15,9 +15,9 @@ struct VideoState {
     uint32_t* pixels = nullptr;  // first pixel of the framebuffer
     uint32_t width = 0;          // the size asked for
     uint32_t height = 0;
-    uint32_t pixelsPerRow = 0;   // width rounded up to a multiple of 4
-    uint32_t rows = 0;           // height rounded up to a multiple of 4
-    void* platform = nullptr;    // the backend's framebuffer object
+    uint32_t pixelsPerRow = 0;  // width rounded up to a multiple of 4
+    uint32_t rows = 0;          // height rounded up to a multiple of 4
+    void* platform = nullptr;   // the backend's framebuffer object
 };
 
 struct HostBackend {

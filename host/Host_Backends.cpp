@@ -44,7 +44,9 @@ const HostBackend* HostBackend_Current() {
     return g_backend;
 }
 
-const char* Host_GetBackendName() { return HostBackend_Current()->name; }
+const char* Host_GetBackendName() {
+    return HostBackend_Current()->name;
+}
 
 std::vector<std::string> Host_ListBackends() {
     std::vector<std::string> names;

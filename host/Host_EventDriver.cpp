@@ -43,7 +43,9 @@ void Destruct(HostDriver* driver, HostMethod*, void*) {
     g_timerRunning = false;
 }
 
-void Resume(HostDriver*, HostMethod*, void*) { StartTimer(); }
+void Resume(HostDriver*, HostMethod*, void*) {
+    StartTimer();
+}
 
 }  // namespace
 

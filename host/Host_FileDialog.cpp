@@ -16,7 +16,9 @@ struct FileDialogState {
     uint8_t canceled = 0;
 };
 
-FileDialogState* State(HostDriver* driver) { return static_cast<FileDialogState*>(driver->data); }
+FileDialogState* State(HostDriver* driver) {
+    return static_cast<FileDialogState*>(driver->data);
+}
 
 void RunDialog(HostDriver* driver, bool save) {
     FileDialogState* state = State(driver);
@@ -30,8 +32,12 @@ void RunDialog(HostDriver* driver, bool save) {
     state->canceled = 0;
 }
 
-void FileOpen(HostDriver* driver, HostMethod*, void*) { RunDialog(driver, false); }
-void FileSave(HostDriver* driver, HostMethod*, void*) { RunDialog(driver, true); }
+void FileOpen(HostDriver* driver, HostMethod*, void*) {
+    RunDialog(driver, false);
+}
+void FileSave(HostDriver* driver, HostMethod*, void*) {
+    RunDialog(driver, true);
+}
 
 void FileGetName(HostDriver* driver, HostMethod*, void* argument) {
     *static_cast<const char**>(argument) = State(driver)->name.c_str();
@@ -51,7 +57,9 @@ void FileDialogDestruct(HostDriver* driver, HostMethod*, void*) {
     driver->data = nullptr;
 }
 
-void ShowURL(HostDriver*, HostMethod*, void* argument) { HostOs_ShowURL(static_cast<const char*>(argument)); }
+void ShowURL(HostDriver*, HostMethod*, void* argument) {
+    HostOs_ShowURL(static_cast<const char*>(argument));
+}
 
 void OsDestruct(HostDriver*, HostMethod*, void*) {}  // no private state
 

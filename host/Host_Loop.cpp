@@ -9,7 +9,6 @@
 #include "host/Host_Drivers.h"
 #include "host/Host_Window.h"
 
-
 namespace {
 
 constexpr uint32_t kLoopWaitMs = 500;
@@ -102,9 +101,13 @@ void HostDrivers_RegisterAll() {
     Host_Call("filedialog", "FileDialog_FileSetName", const_cast<char*>(""));
 }
 
-void Host_CreateMainWindow() { HostBackend_Current()->CreateMainWindow(); }
+void Host_CreateMainWindow() {
+    HostBackend_Current()->CreateMainWindow();
+}
 
-void Host_DestroyMainWindow() { HostBackend_Current()->DestroyMainWindow(); }
+void Host_DestroyMainWindow() {
+    HostBackend_Current()->DestroyMainWindow();
+}
 
 bool Host_Init(AppEventHandler handler) {
     if (Host_GetState()) return true;

@@ -12,8 +12,9 @@ namespace {
 
 HostState* g_host = nullptr;  // the one host state of the process
 
-bool NamesEqual(const char* a, const char* b) { return std::strncmp(a, b, kHostNameBound) == 0; }
-
+bool NamesEqual(const char* a, const char* b) {
+    return std::strncmp(a, b, kHostNameBound) == 0;
+}
 
 HostMethod* FindMethod(HostDriver* driver, const char* name) {
     for (auto& method : driver->methods)
@@ -62,14 +63,17 @@ void DestroyUnused(HostDriver* driver) {
     g_host->driversChanged = 1;
     for (HostDriver* dependency : driver->dependencies) --dependency->useCount;
     auto& drivers = g_host->drivers;
-    drivers.erase(std::remove_if(drivers.begin(), drivers.end(),
-                                 [driver](const std::unique_ptr<HostDriver>& d) { return d.get() == driver; }),
-                  drivers.end());
+    drivers.erase(
+        std::remove_if(drivers.begin(), drivers.end(),
+                       [driver](const std::unique_ptr<HostDriver>& d) { return d.get() == driver; }),
+        drivers.end());
 }
 
 }  // namespace
 
-HostState* Host_GetState() { return g_host; }
+HostState* Host_GetState() {
+    return g_host;
+}
 
 void Host_CopyName(char (&to)[kHostNameBound], const char* from) {
     // Bound 32: a 32-character name fills the field without a terminator, and

@@ -71,8 +71,12 @@ void BackgroundMain(HostThreadFn function, void* context) {
 
 }  // namespace
 
-void Host_Lock() { CriticalSection().lock(); }
-void Host_Unlock() { CriticalSection().unlock(); }
+void Host_Lock() {
+    CriticalSection().lock();
+}
+void Host_Unlock() {
+    CriticalSection().unlock();
+}
 
 void Host_StartWorker(HostThreadFn function, void* argument) {
     auto* start = new WorkerStart{argument, function};
@@ -144,4 +148,6 @@ uint32_t Host_GetProcessorCount() {
     return n == 0 ? 1 : n;
 }
 
-void Host_ShowMessage(const char* text) { HostBackend_ShowMessage(kHostMessageCaption, text); }
+void Host_ShowMessage(const char* text) {
+    HostBackend_ShowMessage(kHostMessageCaption, text);
+}

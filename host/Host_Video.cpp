@@ -8,11 +8,15 @@
 
 namespace {
 
-VideoState* State(HostDriver* driver) { return static_cast<VideoState*>(driver->data); }
+VideoState* State(HostDriver* driver) {
+    return static_cast<VideoState*>(driver->data);
+}
 
 // Rows and row lengths are rounded up to a multiple of 4 pixels: a width of
 // 801 gives 804 pixels per row.
-uint32_t RoundedTo4(uint32_t pixels) { return ((pixels * 4 + 12) & ~15u) / 4; }
+uint32_t RoundedTo4(uint32_t pixels) {
+    return ((pixels * 4 + 12) & ~15u) / 4;
+}
 
 void RebuildFramebuffer(VideoState* video, uint32_t width, uint32_t height) {
     const HostBackend* backend = HostBackend_Current();

@@ -17,7 +17,9 @@ void SetPendingInput(uint32_t device, uint32_t a, uint32_t b, uint32_t c) {
 
 }  // namespace
 
-HostWindowState& HostWindow_State() { return g_window; }
+HostWindowState& HostWindow_State() {
+    return g_window;
+}
 
 void HostWindow_OnCreated(uint32_t clientWidth, uint32_t clientHeight) {
     g_window = HostWindowState{};
@@ -26,7 +28,9 @@ void HostWindow_OnCreated(uint32_t clientWidth, uint32_t clientHeight) {
     g_window.clientHeight = clientHeight;
 }
 
-void HostWindow_OnDestroyed() { g_window.exists = false; }
+void HostWindow_OnDestroyed() {
+    g_window.exists = false;
+}
 
 void HostWindow_OnSize(uint32_t width, uint32_t height) {
     // Sizes travel as 16-bit values in the window messages.
@@ -49,7 +53,9 @@ void HostWindow_OnClose() {
     g_window.pending.kind = kSysEventClose;
 }
 
-void HostWindow_OnChar(uint32_t code) { SetPendingInput(kInputKeyboard, code, 1, 0); }
+void HostWindow_OnChar(uint32_t code) {
+    SetPendingInput(kInputKeyboard, code, 1, 0);
+}
 
 void HostWindow_OnButton(uint32_t x, uint32_t y, bool down) {
     g_window.buttonState = down ? 1 : 0;
@@ -64,7 +70,9 @@ void HostWindow_OnTimer() {
     if (HostState* host = Host_GetState()) ++host->pendingTicks;
 }
 
-void HostWindow_OnPaint() { Host_Call("*", "Video_Blit", nullptr); }
+void HostWindow_OnPaint() {
+    Host_Call("*", "Video_Blit", nullptr);
+}
 
 void HostWindow_TakePending(SysEvent* out) {
     *out = g_window.pending;

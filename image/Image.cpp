@@ -5,8 +5,8 @@
 // with malloc and Image_Free releases it.
 #include "image/Image.h"
 
-#include "image/Image_Planes.h"
 #include "host/Host_Threads.h"
+#include "image/Image_Planes.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -29,7 +29,9 @@ size_t PlaneElements(const ImageBuffer* image) {
     return static_cast<size_t>(image->stride) * static_cast<size_t>(image->height);
 }
 
-int64_t* AllocatePlane(size_t elements, bool zeroed) { return ImagePlanes_Allocate(elements, zeroed); }
+int64_t* AllocatePlane(size_t elements, bool zeroed) {
+    return ImagePlanes_Allocate(elements, zeroed);
+}
 
 void FillPlane(int64_t* plane, size_t elements, int64_t value) {
     for (size_t i = 0; i < elements; ++i) plane[i] = value;

@@ -9,12 +9,12 @@
 struct ImageBuffer {
     int32_t width = 0;
     int32_t height = 0;
-    int32_t stride = 0;        // samples from one row to the next; equals width
-    uint16_t bitDepth = 16;    // significant bits of every sample
-    int64_t maxValue = 65535;  // (1 << bitDepth) - 1
+    int32_t stride = 0;             // samples from one row to the next; equals width
+    uint16_t bitDepth = 16;         // significant bits of every sample
+    int64_t maxValue = 65535;       // (1 << bitDepth) - 1
     uint8_t* attachment = nullptr;  // opaque block carried with the image (TIFF tag 65000)
     uint32_t attachmentSize = 0;
-    int32_t mono = 0;          // set by a reader that found a single-plane source
+    int32_t mono = 0;  // set by a reader that found a single-plane source
     int64_t* red = nullptr;
     int64_t* green = nullptr;
     int64_t* blue = nullptr;

@@ -147,8 +147,18 @@ PlaneCache& Cache() {
 
 }  // namespace
 
-int64_t* ImagePlanes_Allocate(size_t elements, bool zeroed) { return Cache().Allocate(elements, zeroed); }
-void ImagePlanes_Release(int64_t* plane) { Cache().Release(plane); }
-void ImagePlanes_Trim() { Cache().Trim(); }
-size_t ImagePlanes_CachedBytes() { return Cache().CachedBytes(); }
-void ImagePlanes_SetBudget(size_t bytes) { Cache().SetBudget(bytes); }
+int64_t* ImagePlanes_Allocate(size_t elements, bool zeroed) {
+    return Cache().Allocate(elements, zeroed);
+}
+void ImagePlanes_Release(int64_t* plane) {
+    Cache().Release(plane);
+}
+void ImagePlanes_Trim() {
+    Cache().Trim();
+}
+size_t ImagePlanes_CachedBytes() {
+    return Cache().CachedBytes();
+}
+void ImagePlanes_SetBudget(size_t bytes) {
+    Cache().SetBudget(bytes);
+}

@@ -58,8 +58,8 @@ void MakePositions(int32_t sourceSize, int32_t newSize, std::vector<int32_t>& in
 
 // One output sample from the 4 x 4 neighbourhood whose top-left is one pixel up
 // and left of (x, y). Neighbours outside the image take the central sample.
-inline int64_t Kernel(const int64_t* plane, int32_t stride, int32_t width, int32_t height,
-                      int32_t x, int32_t y, const Taps& wx, const Taps& wy) {
+inline int64_t Kernel(const int64_t* plane, int32_t stride, int32_t width, int32_t height, int32_t x,
+                      int32_t y, const Taps& wx, const Taps& wy) {
     const int64_t centre = plane[static_cast<int64_t>(y) * stride + x];
     int64_t sum = 0;
     if (x >= 1 && y >= 1 && x + 2 < width && y + 2 < height) {
@@ -113,8 +113,9 @@ ImageBuffer* Image_Resample(const ImageBuffer* source, int32_t newWidth, int32_t
             if (!from[p] || !to[p]) continue;
             int64_t* out = to[p] + static_cast<int64_t>(y) * dest->stride;
             for (int32_t x = 0; x < newWidth; ++x) {
-                const int64_t v = Kernel(from[p], source->stride, source->width, source->height,
-                                         xIndex[x], sy, table[xFraction[x]], wy) >> 8;
+                const int64_t v = Kernel(from[p], source->stride, source->width, source->height, xIndex[x],
+                                         sy, table[xFraction[x]], wy) >>
+                                  8;
                 out[x] = v < 0 ? 0 : v;
             }
         }

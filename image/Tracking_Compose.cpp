@@ -48,7 +48,9 @@ void BackRange(int64_t* red, int64_t* green, int64_t* blue, size_t begin, size_t
         const int64_t y = red[i];
         const int64_t b = WrappingAdd(green[i], y);
         const int64_t r = WrappingAdd(blue[i], y);
-        const double g = (static_cast<double>(y) - 0.299 * static_cast<double>(r) - 0.114 * static_cast<double>(b)) / 0.587;
+        const double g =
+            (static_cast<double>(y) - 0.299 * static_cast<double>(r) - 0.114 * static_cast<double>(b)) /
+            0.587;
         red[i] = r < 0 ? 0 : r > maxValue ? maxValue : r;
         // Clamped before truncation: the same result, and never out of range.
         green[i] = g <= 0.0 ? 0 : g >= top ? maxValue : static_cast<int64_t>(g);
@@ -79,7 +81,8 @@ void RunPass(ComposePass* pass) {
 }
 
 void Convert(ImageBuffer* image, bool forward) {
-    if (!image || !image->red || !image->green || !image->blue || image->stride <= 0 || image->height <= 0) return;
+    if (!image || !image->red || !image->green || !image->blue || image->stride <= 0 || image->height <= 0)
+        return;
     ComposePass pass;
     pass.image = image;
     pass.samples = static_cast<size_t>(image->stride) * static_cast<size_t>(image->height);
@@ -93,6 +96,10 @@ void Convert(ImageBuffer* image, bool forward) {
 
 }  // namespace
 
-void Tracking_ComposeForward(ImageBuffer* image) { Convert(image, true); }
+void Tracking_ComposeForward(ImageBuffer* image) {
+    Convert(image, true);
+}
 
-void Tracking_ComposeBack(ImageBuffer* image) { Convert(image, false); }
+void Tracking_ComposeBack(ImageBuffer* image) {
+    Convert(image, false);
+}

@@ -17,8 +17,8 @@
 static_assert(std::endian::native == std::endian::little,
               "slot files hold little-endian samples, written straight from the planes");
 
-constexpr uint32_t kTrackingHeaderBytes = 16;        // link, stride, height, bitDepth
-constexpr uint32_t kTrackingBlockBytes = 8388608;    // 8 MiB of plane per block
+constexpr uint32_t kTrackingHeaderBytes = 16;      // link, stride, height, bitDepth
+constexpr uint32_t kTrackingBlockBytes = 8388608;  // 8 MiB of plane per block
 constexpr int kTrackingCompressBound = LZ4_COMPRESSBOUND(kTrackingBlockBytes);
 static_assert(kTrackingCompressBound == 8421520);
 constexpr uint32_t kTrackingReadBufferBytes = 16777216;  // largest block length a reader takes
@@ -31,9 +31,7 @@ struct TrackingLayout {
     uint32_t blockCount = 0;  // all three planes
 
     uint32_t Plane(uint32_t block) const { return block / blocksPerPlane; }
-    uint64_t Offset(uint32_t block) const {
-        return uint64_t{block % blocksPerPlane} * kTrackingBlockBytes;
-    }
+    uint64_t Offset(uint32_t block) const { return uint64_t{block % blocksPerPlane} * kTrackingBlockBytes; }
     uint32_t Size(uint32_t block) const {
         const uint64_t left = planeBytes - Offset(block);
         return left < kTrackingBlockBytes ? static_cast<uint32_t>(left) : kTrackingBlockBytes;

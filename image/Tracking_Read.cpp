@@ -175,4 +175,6 @@ ImageBuffer* ReadSlot(int a, int b, bool compose, int hops) {
 
 }  // namespace
 
-ImageBuffer* Tracking_ReadSlot(int a, int b, bool compose) { return ReadSlot(a, b, compose, 0); }
+ImageBuffer* Tracking_ReadSlot(int a, int b, bool compose) {
+    return ReadSlot(a, b, compose, 0);
+}

@@ -37,7 +37,9 @@ std::string Tracking_SlotPath(int a, int b) {
     return Host_GetDataDir() + name;
 }
 
-std::string Tracking_PendingPath(const std::string& slotPath) { return slotPath + kPendingSuffix; }
+std::string Tracking_PendingPath(const std::string& slotPath) {
+    return slotPath + kPendingSuffix;
+}
 
 bool Tracking_CommitPending(const std::string& pendingPath, const std::string& slotPath) {
     std::error_code ec;
@@ -47,7 +49,9 @@ bool Tracking_CommitPending(const std::string& pendingPath, const std::string& s
     return false;
 }
 
-std::string Tracking_SparePath() { return Host_GetDataDir() + kSpareName; }
+std::string Tracking_SparePath() {
+    return Host_GetDataDir() + kSpareName;
+}
 
 bool Tracking_CommitSpare(const std::string& slotPath) {
     const std::string spare = Tracking_SparePath();

@@ -99,7 +99,8 @@ uint64_t WritePlanes(std::FILE* file, const ImageBuffer* image) {
     writer.planes[0] = image->red;
     writer.planes[1] = image->green;
     writer.planes[2] = image->blue;
-    writer.layout = Tracking_Layout(static_cast<uint64_t>(image->stride) * static_cast<uint64_t>(image->height));
+    writer.layout =
+        Tracking_Layout(static_cast<uint64_t>(image->stride) * static_cast<uint64_t>(image->height));
     writer.file = file;
     CompressWorker worker;
     worker.writer = &writer;

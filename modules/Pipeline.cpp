@@ -52,7 +52,8 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
     size_t start = 0;
     for (;;) {
         const size_t at = text.find(separator, start);
-        parts.push_back(text.substr(start, at == std::string_view::npos ? std::string_view::npos : at - start));
+        parts.push_back(
+            text.substr(start, at == std::string_view::npos ? std::string_view::npos : at - start));
         if (at == std::string_view::npos) return parts;
         start = at + 1;
     }
@@ -63,7 +64,8 @@ bool ParseCorners(std::string_view text, int32_t corners[4], std::string_view op
     const std::vector<std::string_view> parts = Split(text, ':');
     if (parts.size() != 4) return Fail(error, kErrorValue, option);
     for (int i = 0; i < 4; ++i)
-        if (!ParseInt(parts[size_t(i)], &corners[i]) || corners[i] < 0) return Fail(error, kErrorValue, option);
+        if (!ParseInt(parts[size_t(i)], &corners[i]) || corners[i] < 0)
+            return Fail(error, kErrorValue, option);
     return true;
 }
 
@@ -106,8 +108,9 @@ void Replace(ImageBuffer** slot, ImageBuffer* image) {
 
 bool Pipeline_IsStepOption(const std::string& option) {
     const std::string_view o = option;
-    return o == kOptionAutoDev || o.starts_with(std::string(kOptionAutoDev) + "=") || o.starts_with(kOptionBin) ||
-           o.starts_with(kOptionRotate) || o.starts_with(kOptionCrop) || o.starts_with(kOptionFlip);
+    return o == kOptionAutoDev || o.starts_with(std::string(kOptionAutoDev) + "=") ||
+           o.starts_with(kOptionBin) || o.starts_with(kOptionRotate) || o.starts_with(kOptionCrop) ||
+           o.starts_with(kOptionFlip);
 }
 
 bool Pipeline_ParseStep(const std::string& option, PipelineStep* step, std::string* error) {
@@ -115,11 +118,13 @@ bool Pipeline_ParseStep(const std::string& option, PipelineStep* step, std::stri
     PipelineStep s;
     if (o == kOptionAutoDev || o.starts_with(std::string(kOptionAutoDev) + "=")) {
         s.kind = PipelineStepKind::AutoDev;
-        if (o.size() > kOptionAutoDev.size() && !ParseAutoDev(o.substr(kOptionAutoDev.size() + 1), &s.autodev, o, error))
+        if (o.size() > kOptionAutoDev.size() &&
+            !ParseAutoDev(o.substr(kOptionAutoDev.size() + 1), &s.autodev, o, error))
             return false;
     } else if (o.starts_with(kOptionBin)) {
         s.kind = PipelineStepKind::Bin;
-        if (!ParseParam(o.substr(kOptionBin.size()), Bin_ParamTable()[0], &s.bin.scale, o, error)) return false;
+        if (!ParseParam(o.substr(kOptionBin.size()), Bin_ParamTable()[0], &s.bin.scale, o, error))
+            return false;
     } else if (o.starts_with(kOptionRotate)) {
         s.kind = PipelineStepKind::Rotate;
         if (!ParseParam(o.substr(kOptionRotate.size()), Rotate_ParamTable()[0], &s.rotate.angle, o, error))
@@ -152,62 +157,62 @@ bool Pipeline_RunStep(const PipelineStep& step, ImageBuffer** image, ImageBuffer
     const int32_t width = img->width, height = img->height;
     std::string log;
     switch (step.kind) {
-    case PipelineStepKind::AutoDev: {
-        const bool mono = AutoDev_IsMonochrome(img);
-        if (!AutoDev_RunInto(img, img, step.autodev, mono, control)) return false;
-        log = AutoDev_LogBlock(step.autodev, width, height);
-        break;
-    }
-    case PipelineStepKind::Bin: {
-        const double s = Bin_Scale(step.bin);
-        ImagePtr binned(BinImage(img, s, control));
-        if (!binned) {
-            if (KernelControl_Cancelled(control)) return false;
-            break;  // no result: the image stays as it was
+        case PipelineStepKind::AutoDev: {
+            const bool mono = AutoDev_IsMonochrome(img);
+            if (!AutoDev_RunInto(img, img, step.autodev, mono, control)) return false;
+            log = AutoDev_LogBlock(step.autodev, width, height);
+            break;
         }
-        ImagePtr binnedMask;
-        if (mask && *mask) {
-            binnedMask.reset(BinImage(*mask, s, control));
-            if (!binnedMask) return false;
+        case PipelineStepKind::Bin: {
+            const double s = Bin_Scale(step.bin);
+            ImagePtr binned(BinImage(img, s, control));
+            if (!binned) {
+                if (KernelControl_Cancelled(control)) return false;
+                break;  // no result: the image stays as it was
+            }
+            ImagePtr binnedMask;
+            if (mask && *mask) {
+                binnedMask.reset(BinImage(*mask, s, control));
+                if (!binnedMask) return false;
+            }
+            Replace(image, binned.release());
+            if (binnedMask) Replace(mask, binnedMask.release());
+            log = Bin_LogBlock(step.bin);
+            break;
         }
-        Replace(image, binned.release());
-        if (binnedMask) Replace(mask, binnedMask.release());
-        log = Bin_LogBlock(step.bin);
-        break;
-    }
-    case PipelineStepKind::Rotate: {
-        const double degrees = Rotate_Degrees(step.rotate);
-        ImagePtr rotated(RotateImage(img, degrees, control));
-        if (!rotated) return false;
-        ImagePtr rotatedMask;
-        if (mask && *mask) {
-            rotatedMask.reset(RotateImage(*mask, degrees, control));
-            if (!rotatedMask) return false;
+        case PipelineStepKind::Rotate: {
+            const double degrees = Rotate_Degrees(step.rotate);
+            ImagePtr rotated(RotateImage(img, degrees, control));
+            if (!rotated) return false;
+            ImagePtr rotatedMask;
+            if (mask && *mask) {
+                rotatedMask.reset(RotateImage(*mask, degrees, control));
+                if (!rotatedMask) return false;
+            }
+            Replace(image, rotated.release());
+            if (rotatedMask) Replace(mask, rotatedMask.release());
+            log = Rotate_LogBlock(step.rotate);
+            break;
         }
-        Replace(image, rotated.release());
-        if (rotatedMask) Replace(mask, rotatedMask.release());
-        log = Rotate_LogBlock(step.rotate);
-        break;
-    }
-    case PipelineStepKind::Crop: {
-        const CropRect rect = Crop_Resolve(step.crop, width, height);
-        ImagePtr cropped(Crop_Image(img, rect));
-        if (!cropped) break;  // a zero-length side crops nothing
-        ImagePtr croppedMask;
-        if (mask && *mask) croppedMask.reset(Crop_Image(*mask, rect));
-        Replace(image, cropped.release());
-        if (croppedMask) Replace(mask, croppedMask.release());
-        log = Crop_LogBlock(step.crop, width, height);
-        break;
-    }
-    case PipelineStepKind::FlipHorizontal:
-        Crop_FlipHorizontal(img);
-        if (mask && *mask) Crop_FlipHorizontal(*mask);
-        break;
-    case PipelineStepKind::FlipVertical:
-        Crop_FlipVertical(img);
-        if (mask && *mask) Crop_FlipVertical(*mask);
-        break;
+        case PipelineStepKind::Crop: {
+            const CropRect rect = Crop_Resolve(step.crop, width, height);
+            ImagePtr cropped(Crop_Image(img, rect));
+            if (!cropped) break;  // a zero-length side crops nothing
+            ImagePtr croppedMask;
+            if (mask && *mask) croppedMask.reset(Crop_Image(*mask, rect));
+            Replace(image, cropped.release());
+            if (croppedMask) Replace(mask, croppedMask.release());
+            log = Crop_LogBlock(step.crop, width, height);
+            break;
+        }
+        case PipelineStepKind::FlipHorizontal:
+            Crop_FlipHorizontal(img);
+            if (mask && *mask) Crop_FlipHorizontal(*mask);
+            break;
+        case PipelineStepKind::FlipVertical:
+            Crop_FlipVertical(img);
+            if (mask && *mask) Crop_FlipVertical(*mask);
+            break;
     }
     if (logBlock) *logBlock = log;
     return true;

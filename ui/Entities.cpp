@@ -130,7 +130,8 @@ const char* Toolkit_LookupEntity(const Toolkit* toolkit, std::string_view refere
 }
 
 void Toolkit_DefineSystemEntities(Toolkit* toolkit) {
-    for (const BuiltIn& entity : kBuiltIns) Entity_Define(&toolkit->systemEntities, entity.name, entity.value);
+    for (const BuiltIn& entity : kBuiltIns)
+        Entity_Define(&toolkit->systemEntities, entity.name, entity.value);
 }
 
 void Toolkit_SetScreen(Toolkit* toolkit, uint32_t width, uint32_t height, uint32_t pixelsPerRow,
@@ -189,7 +190,8 @@ void Toolkit_SetMinimalObjectSize(Toolkit* toolkit, int32_t sx, int32_t sy, int3
 }
 
 void Toolkit_SetMetricsFromScreen(Toolkit* toolkit) {
-    const uint32_t shorter = toolkit->screenWidth < toolkit->screenHeight ? toolkit->screenWidth : toolkit->screenHeight;
+    const uint32_t shorter =
+        toolkit->screenWidth < toolkit->screenHeight ? toolkit->screenWidth : toolkit->screenHeight;
     const int32_t s = static_cast<int32_t>(shorter / kScreenDivisor);
     Toolkit_SetMinimalObjectSize(toolkit, s, s, kNormalCap, kNormalCap);
 }

@@ -14,7 +14,9 @@ namespace {
 constexpr int64_t kWhole = kUnitsWhole;
 
 // u·L: a fraction in normalised units of a length.
-int64_t Part(int64_t fraction, int64_t length) { return (fraction * length) >> kUnitsShift; }
+int64_t Part(int64_t fraction, int64_t length) {
+    return (fraction * length) >> kUnitsShift;
+}
 
 bool IsContainer(uint32_t type) {
     return type == kWidgetDrawingArea || type == kWidgetLayout || type == kWidgetForm;
@@ -42,7 +44,8 @@ void Layout_CellRect(int32_t parentPixelsW, int32_t parentPixelsH, uint32_t quad
     const int64_t H = layout->height;
     const int64_t PW = parentPixelsW;
     const int64_t PH = parentPixelsH;
-    const LayoutRecord* record = layout->type == kWidgetLayout ? Widget_Record<LayoutRecord>(layout) : nullptr;
+    const LayoutRecord* record =
+        layout->type == kWidgetLayout ? Widget_Record<LayoutRecord>(layout) : nullptr;
 
     int64_t a = 0, b = kWhole, r1 = 0, r2 = kWhole;
     if (record && W != 0 && H != 0) {

@@ -43,13 +43,16 @@ struct MessageBoxRecord : ModalFormRecord {
 constexpr size_t kMaxReferenceLength = 64;
 constexpr int kMaxExpansions = 256;  // a reference that expands to itself stops here
 
-int32_t LineStep(int32_t textHeight) { return textHeight + (textHeight + 3) / 4; }
+int32_t LineStep(int32_t textHeight) {
+    return textHeight + (textHeight + 3) / 4;
+}
 
 // Box geometry for the screen and the text: see Layout for the parts.
 void Layout(Toolkit* toolkit, Widget* box) {
     auto* record = Widget_Record<MessageBoxRecord>(box);
     if (!record) return;
-    const int32_t sw = static_cast<int32_t>(toolkit->screenWidth), sh = static_cast<int32_t>(toolkit->screenHeight);
+    const int32_t sw = static_cast<int32_t>(toolkit->screenWidth),
+                  sh = static_cast<int32_t>(toolkit->screenHeight);
     const int32_t m = toolkit->minimalObjectSizeY;
     const int32_t th = std::max(Toolkit_TextHeight(toolkit), 6);
     const int32_t pad = std::max(6, m / 2);
@@ -60,7 +63,8 @@ void Layout(Toolkit* toolkit, Widget* box) {
     const int32_t textWidth = width - 3 * pad - iconSide;
     int32_t lines = 1;
     if (toolkit->font)
-        lines = std::max<int32_t>(1, static_cast<int32_t>(Font_WrapText(*toolkit->font, th, record->text, textWidth).size()));
+        lines = std::max<int32_t>(
+            1, static_cast<int32_t>(Font_WrapText(*toolkit->font, th, record->text, textWidth).size()));
     const int32_t textHeight = lines * LineStep(th);
     const int32_t content = std::max(iconSide, textHeight);
     const int32_t height = std::min(sh - 2 * pad, band + pad + content + pad + buttonHeight + pad);
@@ -74,10 +78,13 @@ void Layout(Toolkit* toolkit, Widget* box) {
     record->framebufferWidth = toolkit->screenWidth;
     record->framebufferHeight = toolkit->screenHeight;
     const int32_t top = band + pad;
-    if (record->icon) Widget_SetPixelRect(toolkit, record->icon, pad, top + (content - iconSide) / 2, iconSide, iconSide);
+    if (record->icon)
+        Widget_SetPixelRect(toolkit, record->icon, pad, top + (content - iconSide) / 2, iconSide, iconSide);
     const int32_t textX = pad + iconSide + (iconSide ? pad : 0);
-    Widget_SetPixelRect(toolkit, record->label, textX, top + (content - textHeight) / 2, width - textX - pad, textHeight);
-    Widget_SetPixelRect(toolkit, record->row, pad - 2, height - pad - buttonHeight, width - 2 * pad + 4, buttonHeight);
+    Widget_SetPixelRect(toolkit, record->label, textX, top + (content - textHeight) / 2, width - textX - pad,
+                        textHeight);
+    Widget_SetPixelRect(toolkit, record->row, pad - 2, height - pad - buttonHeight, width - 2 * pad + 4,
+                        buttonHeight);
     // The buttons share the row equally: each takes 32768 / n of what is left,
     // n being the buttons still to place, so n cells fill the row exactly.
     uint32_t left = kUnitsWhole, at = 0;
@@ -169,12 +176,18 @@ std::string Toolkit_ExpandText(const Toolkit* toolkit, const std::string& text) 
 
 const char* MessageBox_IconName(uint32_t iconType) {
     switch (iconType) {
-    case kMessageBoxWarning: return kIconWarning;
-    case kMessageBoxInformation: return kIconInformation;
-    case kMessageBoxError: return kIconError;
-    case kMessageBoxSuccess: return kIconSuccess;
-    case kMessageBoxDrawn: return nullptr;
-    default: return kIconInformation;
+        case kMessageBoxWarning:
+            return kIconWarning;
+        case kMessageBoxInformation:
+            return kIconInformation;
+        case kMessageBoxError:
+            return kIconError;
+        case kMessageBoxSuccess:
+            return kIconSuccess;
+        case kMessageBoxDrawn:
+            return nullptr;
+        default:
+            return kIconInformation;
     }
 }
 
@@ -238,8 +251,8 @@ Widget* MessageBox_Show(Toolkit* toolkit, const char* title, const char* text, u
     return MessageBox_ShowLabels(toolkit, title, text, MessageBox_IconName(iconType), callback, labels);
 }
 
-Widget* MessageBox_ShowAlert(Toolkit* toolkit, const char* title, const char* text, MessageBoxCallback callback,
-                             uint32_t buttonCount, ...) {
+Widget* MessageBox_ShowAlert(Toolkit* toolkit, const char* title, const char* text,
+                             MessageBoxCallback callback, uint32_t buttonCount, ...) {
     va_list args;
     va_start(args, buttonCount);
     const std::vector<std::string> labels = Labels(buttonCount, args);

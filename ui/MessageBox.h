@@ -37,8 +37,8 @@ const char* MessageBox_IconName(uint32_t iconType);
 Widget* MessageBox_Show(Toolkit* toolkit, const char* title, const char* text, uint32_t iconType,
                         MessageBoxCallback callback, uint32_t buttonCount, ...);
 // The general form: always "icon_alert.sqi".
-Widget* MessageBox_ShowAlert(Toolkit* toolkit, const char* title, const char* text, MessageBoxCallback callback,
-                             uint32_t buttonCount, ...);
+Widget* MessageBox_ShowAlert(Toolkit* toolkit, const char* title, const char* text,
+                             MessageBoxCallback callback, uint32_t buttonCount, ...);
 // The same with the labels in a vector.
 Widget* MessageBox_ShowLabels(Toolkit* toolkit, const char* title, const char* text, const char* icon,
                               MessageBoxCallback callback, const std::vector<std::string>& labels);

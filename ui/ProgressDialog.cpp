@@ -60,7 +60,8 @@ int Bar_Handle(Toolkit* toolkit, Widget* bar, const WidgetEvent* event) {
 void Layout(Toolkit* toolkit, Widget* dialog) {
     auto* record = Widget_Record<ProgressRecord>(dialog);
     if (!record) return;
-    const int32_t sw = static_cast<int32_t>(toolkit->screenWidth), sh = static_cast<int32_t>(toolkit->screenHeight);
+    const int32_t sw = static_cast<int32_t>(toolkit->screenWidth),
+                  sh = static_cast<int32_t>(toolkit->screenHeight);
     const int32_t m = toolkit->minimalObjectSizeY;
     const int32_t th = std::max(Toolkit_TextHeight(toolkit), 6);
     const int32_t pad = std::max(6, m / 2);
@@ -86,24 +87,29 @@ int Dialog_Handle(Toolkit* toolkit, Widget* dialog, const WidgetEvent* event) {
     auto* record = Widget_Record<ProgressRecord>(dialog);
     if (!record) return 0;
     switch (event->code) {
-    case kEventDraw: ModalForm_DrawPanel(toolkit, dialog, kProgressTitle); return 1;
-    case kEventResized: Layout(toolkit, dialog); return 1;
-    case kEventTick: {
-        // What the kernel reported since the last tick.
-        const int percent = record->percent.load(std::memory_order_relaxed);
-        if (percent != record->shownPercent) {
-            record->shownPercent = percent;
-            Toolkit_Invalidate(toolkit, record->bar);
+        case kEventDraw:
+            ModalForm_DrawPanel(toolkit, dialog, kProgressTitle);
+            return 1;
+        case kEventResized:
+            Layout(toolkit, dialog);
+            return 1;
+        case kEventTick: {
+            // What the kernel reported since the last tick.
+            const int percent = record->percent.load(std::memory_order_relaxed);
+            if (percent != record->shownPercent) {
+                record->shownPercent = percent;
+                Toolkit_Invalidate(toolkit, record->bar);
+            }
+            std::string stage;
+            {
+                std::lock_guard<std::mutex> lock(record->stageLock);
+                if (record->stageChanged) stage = record->stage, record->stageChanged = false;
+            }
+            if (!stage.empty()) Label_SetText(toolkit, record->text, stage);
+            return 1;
         }
-        std::string stage;
-        {
-            std::lock_guard<std::mutex> lock(record->stageLock);
-            if (record->stageChanged) stage = record->stage, record->stageChanged = false;
-        }
-        if (!stage.empty()) Label_SetText(toolkit, record->text, stage);
-        return 1;
-    }
-    default: return 0;
+        default:
+            return 0;
     }
 }
 
@@ -176,4 +182,6 @@ Widget* ProgressDialog_CancelButton(Widget* dialog) {
     return record ? record->button : nullptr;
 }
 
-void ProgressDialog_Close(Toolkit* toolkit, Widget* dialog) { ModalForm_Close(toolkit, dialog); }
+void ProgressDialog_Close(Toolkit* toolkit, Widget* dialog) {
+    ModalForm_Close(toolkit, dialog);
+}

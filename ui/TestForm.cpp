@@ -21,7 +21,9 @@ uint32_t NextRandom(uint32_t* state) {
     return *state >> 8;
 }
 
-Widget* Find(Toolkit* toolkit, const char* id) { return Widget_FindById(toolkit->root.get(), Widget_PackId(id)); }
+Widget* Find(Toolkit* toolkit, const char* id) {
+    return Widget_FindById(toolkit->root.get(), Widget_PackId(id));
+}
 
 }  // namespace
 
@@ -47,7 +49,8 @@ ImagePtr TestForm_StarField(int32_t width, int32_t height) {
     for (int s = 0; s < stars; ++s) {
         const int32_t sx = static_cast<int32_t>(NextRandom(&seed) % uint32_t(width));
         const int32_t sy = static_cast<int32_t>(NextRandom(&seed) % uint32_t(height));
-        const double peak = 4000.0 + (NextRandom(&seed) % 60000u) * ((NextRandom(&seed) % 8u) == 0 ? 1.0 : 0.25);
+        const double peak =
+            4000.0 + (NextRandom(&seed) % 60000u) * ((NextRandom(&seed) % 8u) == 0 ? 1.0 : 0.25);
         const double sigma = 0.6 + peak / 40000.0;
         const double warm = (NextRandom(&seed) % 100u) / 100.0;
         const int32_t reach = static_cast<int32_t>(sigma * 3.0) + 1;
@@ -76,7 +79,8 @@ Widget* TestForm_Load(Toolkit* toolkit, TestFormContent* content) {
         const double v = std::clamp((double(i) - 2000.0) / 40000.0, 0.0, 1.0);
         content->lut[i] = static_cast<uint8_t>(std::lround(255.0 * std::sqrt(v)));
     }
-    if (Widget* view = Find(toolkit, "View")) ImageView_SetImage(toolkit, view, content->image.get(), content->lut.data());
+    if (Widget* view = Find(toolkit, "View"))
+        ImageView_SetImage(toolkit, view, content->image.get(), content->lut.data());
     // The histogram shows the image as stretched for the screen, where its tones spread out.
     content->stretched.reset(Image_Clone(content->image.get()));
     if (content->stretched) {
@@ -85,7 +89,8 @@ Widget* TestForm_Load(Toolkit* toolkit, TestFormContent* content) {
             for (size_t i = 0; i < size_t(s.stride) * size_t(s.height); ++i)
                 plane[i] = int64_t{content->lut[static_cast<size_t>(plane[i])]} * 257;
     }
-    if (Widget* histogram = Find(toolkit, "Hist")) Histogram_SetImage(toolkit, histogram, content->stretched.get());
+    if (Widget* histogram = Find(toolkit, "Hist"))
+        Histogram_SetImage(toolkit, histogram, content->stretched.get());
     if (Widget* setter = Find(toolkit, "LvS0")) {
         LevelSetter_Setup(toolkit, setter, 200, 90, ValueLabelKind::ShadowHighlight);
         LevelSetter_SetCaption(toolkit, setter, "Balance");
@@ -98,6 +103,7 @@ Widget* TestForm_Load(Toolkit* toolkit, TestFormContent* content) {
         List_SetItems(toolkit, list, {"Luminance", "Red", "Green", "Blue", "H-alpha", "OIII", "SII"});
         List_Select(toolkit, list, 1);
     }
-    if (Widget* notes = Find(toolkit, "Fml0")) Field_SetText(toolkit, notes, "M42, 64 x 120 s\nBortle 4, no moon");
+    if (Widget* notes = Find(toolkit, "Fml0"))
+        Field_SetText(toolkit, notes, "M42, 64 x 120 s\nBortle 4, no moon");
     return form;
 }

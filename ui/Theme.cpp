@@ -13,6 +13,10 @@ void Theme_Apply(Toolkit* toolkit) {
 }
 
 // A quarter of the height reads as rounded without turning small controls into pills.
-int32_t Theme_Radius(int32_t controlHeight) { return std::clamp(controlHeight / 4, 2, 10); }
+int32_t Theme_Radius(int32_t controlHeight) {
+    return std::clamp(controlHeight / 4, 2, 10);
+}
 
-int32_t Theme_Gap(const Toolkit* toolkit) { return std::max(2, toolkit->minimalObjectSizeY / 8); }
+int32_t Theme_Gap(const Toolkit* toolkit) {
+    return std::max(2, toolkit->minimalObjectSizeY / 8);
+}

@@ -24,11 +24,11 @@ inline constexpr Colour565 kBorderStrong = Draw_Rgb565(0x4C, 0x54, 0x60);
 inline constexpr Colour565 kText = Draw_Rgb565(0xDC, 0xE0, 0xE6);
 inline constexpr Colour565 kTextDim = Draw_Rgb565(0x88, 0x90, 0x9C);
 inline constexpr Colour565 kTextDisabled = Draw_Rgb565(0x54, 0x5A, 0x64);
-inline constexpr Colour565 kAccent = Draw_Rgb565(0xD8, 0x5A, 0x48);      // warm red: focus, slider fill
+inline constexpr Colour565 kAccent = Draw_Rgb565(0xD8, 0x5A, 0x48);  // warm red: focus, slider fill
 inline constexpr Colour565 kAccentDim = Draw_Rgb565(0x7A, 0x36, 0x2E);
 inline constexpr Colour565 kSelection = Draw_Rgb565(0x4A, 0x2A, 0x28);
-inline constexpr Colour565 kShade = Draw_Rgb565(0x00, 0x00, 0x00);        // dimming behind a modal box
-inline constexpr uint32_t kShadeAlpha = 150;                               // of 256
+inline constexpr Colour565 kShade = Draw_Rgb565(0x00, 0x00, 0x00);  // dimming behind a modal box
+inline constexpr uint32_t kShadeAlpha = 150;                        // of 256
 
 // The three tints of tinted icons: light, accent and a cool blue.
 inline constexpr Colour565 kTint0 = kText;

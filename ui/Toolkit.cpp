@@ -23,7 +23,9 @@ std::unique_ptr<Toolkit> Toolkit_CreateBare() {
     return toolkit;
 }
 
-std::unique_ptr<Toolkit> Toolkit_Create() { return Toolkit_CreateWithArchive(Resources_Open()); }
+std::unique_ptr<Toolkit> Toolkit_Create() {
+    return Toolkit_CreateWithArchive(Resources_Open());
+}
 
 std::unique_ptr<Toolkit> Toolkit_CreateWithArchive(std::unique_ptr<ResourceArchive> archive) {
     auto toolkit = std::make_unique<Toolkit>();

@@ -78,7 +78,7 @@ struct Toolkit {
     ToolkitEventRing events;
 
     ToolkitInput input;
-    Surface paint;  // the framebuffer, clipped to the widget being drawn
+    Surface paint;                  // the framebuffer, clipped to the widget being drawn
     Widget* currentForm = nullptr;  // the form on top: the root, or the newest modal box
     ToolkitDrawState savedStates[kToolkitSavedStates];
     uint32_t savedCount = 0;

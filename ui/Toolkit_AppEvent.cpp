@@ -11,21 +11,26 @@ int Toolkit_OnAppEvent(Toolkit* toolkit, const AppEvent* event) {
     if (!toolkit || !event) return 0;
     Widget* root = toolkit->root.get();
     switch (event->kind) {
-    case kAppEventResized:
-        Toolkit_MeasureScreen(toolkit);
-        Toolkit_PostEvent(toolkit, root, kEventResized);
-        Toolkit_PostEvent(toolkit, root, kEventDraw);
-        break;
-    case kAppEventInput:
-        if (event->payload[0] == kInputKeyboard) {
-            if (event->payload[2] == 1) Toolkit_PostEvent(toolkit, root, kEventCharacter, event->payload[1]);
-        } else if (event->payload[0] == kInputPointer) {
-            Toolkit_PostPointer(toolkit, event->payload[1], event->payload[2], event->payload[3] != 0);
-        }
-        break;
-    case kAppEventTick: Toolkit_PostEvent(toolkit, root, kEventTick, 1); break;
-    case kAppEventCloseRequested: return 1;
-    default: break;
+        case kAppEventResized:
+            Toolkit_MeasureScreen(toolkit);
+            Toolkit_PostEvent(toolkit, root, kEventResized);
+            Toolkit_PostEvent(toolkit, root, kEventDraw);
+            break;
+        case kAppEventInput:
+            if (event->payload[0] == kInputKeyboard) {
+                if (event->payload[2] == 1)
+                    Toolkit_PostEvent(toolkit, root, kEventCharacter, event->payload[1]);
+            } else if (event->payload[0] == kInputPointer) {
+                Toolkit_PostPointer(toolkit, event->payload[1], event->payload[2], event->payload[3] != 0);
+            }
+            break;
+        case kAppEventTick:
+            Toolkit_PostEvent(toolkit, root, kEventTick, 1);
+            break;
+        case kAppEventCloseRequested:
+            return 1;
+        default:
+            break;
     }
     Toolkit_Dispatch(toolkit);
     return 0;

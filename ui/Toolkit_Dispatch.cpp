@@ -17,7 +17,9 @@
 
 namespace {
 
-DrawRect ToDrawRect(const PixelRect& r) { return {r.x, r.y, r.width, r.height}; }
+DrawRect ToDrawRect(const PixelRect& r) {
+    return {r.x, r.y, r.width, r.height};
+}
 
 DrawRect Union(const DrawRect& a, const DrawRect& b) {
     if (Draw_IsEmpty(a)) return b;
@@ -29,14 +31,16 @@ DrawRect Union(const DrawRect& a, const DrawRect& b) {
 
 bool TakesPointer(uint32_t kind) {
     switch (kind) {
-    case kWidgetButton:
-    case kWidgetField:
-    case kWidgetFieldMulti:
-    case kWidgetList:
-    case kWidgetSelector:
-    case kWidgetLevelSetter:
-    case kWidgetImageView: return true;
-    default: return false;
+        case kWidgetButton:
+        case kWidgetField:
+        case kWidgetFieldMulti:
+        case kWidgetList:
+        case kWidgetSelector:
+        case kWidgetLevelSetter:
+        case kWidgetImageView:
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -45,13 +49,16 @@ bool TakesPointer(const Widget* widget) {
     return TakesPointer(widget->type);
 }
 
-bool IsModal(const Widget* widget) { return Widget_Record<ModalFormRecord>(widget) != nullptr; }
+bool IsModal(const Widget* widget) {
+    return Widget_Record<ModalFormRecord>(widget) != nullptr;
+}
 
 // The colour behind a widget: that of the nearest ancestor that fills its area.
 Colour565 BackgroundBehind(const Toolkit* toolkit, const Widget* widget) {
     for (const Widget* w = widget->parent; w; w = w->parent) {
         if (const auto* modal = Widget_Record<ModalFormRecord>(w)) return modal->panel;
-        if (const auto* layout = Widget_Record<LayoutRecord>(w); layout && layout->fillBackground) return theme::kPanel;
+        if (const auto* layout = Widget_Record<LayoutRecord>(w); layout && layout->fillBackground)
+            return theme::kPanel;
         if (w->type == kWidgetForm || w->type == kWidgetDrawingArea) return toolkit->background;
     }
     return toolkit->background;
@@ -82,12 +89,18 @@ void CollectFocusable(Widget* widget, std::vector<Widget*>* out) {
 
 Widget* FindQuickKey(Widget* widget, uint32_t key) {
     const NavigationRecord* nav = nullptr;
-    if (auto* b = Widget_Record<ButtonRecord>(widget)) nav = b->disabled ? nullptr : &b->navigation;
-    else if (auto* f = Widget_Record<FieldRecord>(widget)) nav = &f->navigation;
-    else if (auto* m = Widget_Record<FieldMultiRecord>(widget)) nav = &m->navigation;
-    else if (auto* l = Widget_Record<ListRecord>(widget)) nav = &l->navigation;
-    else if (auto* s = Widget_Record<SelectorRecord>(widget)) nav = &s->navigation;
-    else if (auto* y = Widget_Record<LayoutRecord>(widget)) nav = &y->navigation;
+    if (auto* b = Widget_Record<ButtonRecord>(widget))
+        nav = b->disabled ? nullptr : &b->navigation;
+    else if (auto* f = Widget_Record<FieldRecord>(widget))
+        nav = &f->navigation;
+    else if (auto* m = Widget_Record<FieldMultiRecord>(widget))
+        nav = &m->navigation;
+    else if (auto* l = Widget_Record<ListRecord>(widget))
+        nav = &l->navigation;
+    else if (auto* s = Widget_Record<SelectorRecord>(widget))
+        nav = &s->navigation;
+    else if (auto* y = Widget_Record<LayoutRecord>(widget))
+        nav = &y->navigation;
     if (nav && nav->quickKey && static_cast<uint8_t>(nav->quickKey) == key) return widget;
     for (auto& child : widget->children)
         if (Widget* found = FindQuickKey(child.get(), key)) return found;
@@ -104,14 +117,16 @@ Widget* PointerTarget(Toolkit* toolkit, const ToolkitEvent& e) {
     Widget* root = toolkit->root.get();
     if (e.widget && e.widget != root) return e.widget;
     Widget* top = toolkit->currentForm ? toolkit->currentForm : root;
-    return Toolkit_HitTest(toolkit, top, static_cast<int32_t>(e.payload[0]), static_cast<int32_t>(e.payload[1]));
+    return Toolkit_HitTest(toolkit, top, static_cast<int32_t>(e.payload[0]),
+                           static_cast<int32_t>(e.payload[1]));
 }
 
 void Activate(Toolkit* toolkit, Widget* widget) {
     if (Widget_IsFocusable(widget)) Toolkit_SetFocus(toolkit, widget);
     if (widget->type != kWidgetButton && widget->type != kWidgetSelector) return;
     const PixelRect r = Widget_PixelRect(toolkit, widget);
-    const uint32_t cx = static_cast<uint32_t>(r.x + r.width / 2), cy = static_cast<uint32_t>(r.y + r.height / 2);
+    const uint32_t cx = static_cast<uint32_t>(r.x + r.width / 2),
+                   cy = static_cast<uint32_t>(r.y + r.height / 2);
     Widget_Send(toolkit, widget, kEventPress, cx, cy, 1);
     Widget_Send(toolkit, widget, kEventRelease, cx, cy, 0);
 }
@@ -120,56 +135,59 @@ void RunEvent(Toolkit* toolkit, const ToolkitEvent& e) {
     ToolkitInput& in = toolkit->input;
     Widget* root = toolkit->root.get();
     switch (e.code) {
-    case kEventDraw:
-        if (e.widget) Toolkit_DrawWidget(toolkit, e.widget);
-        return;
-    case kEventResized:
-        if (e.widget == root || !e.widget) {
-            Layout_Apply(toolkit, root);
-            for (size_t i = 0; i < root->children.size(); ++i)
-                Widget_Send(toolkit, root->children[i].get(), kEventResized);
-        } else {
-            Widget_Send(toolkit, e.widget, kEventResized);
-        }
-        return;
-    case kEventPress: {
-        in.pointerDown = true;
-        in.pointerX = static_cast<int32_t>(e.payload[0]);
-        in.pointerY = static_cast<int32_t>(e.payload[1]);
-        Widget* target = PointerTarget(toolkit, e);
-        in.capture = target;
-        if (!target) return;
-        if (Widget_IsFocusable(target)) Toolkit_SetFocus(toolkit, target);
-        Widget_Send(toolkit, target, kEventPress, e.payload[0], e.payload[1], e.payload[2]);
-        return;
-    }
-    case kEventDrag:
-        in.pointerX = static_cast<int32_t>(e.payload[0]);
-        in.pointerY = static_cast<int32_t>(e.payload[1]);
-        if (in.capture) Widget_Send(toolkit, in.capture, kEventDrag, e.payload[0], e.payload[1], e.payload[2]);
-        return;
-    case kEventRelease: {
-        in.pointerDown = false;
-        Widget* target = in.capture;
-        in.capture = nullptr;
-        if (target) Widget_Send(toolkit, target, kEventRelease, e.payload[0], e.payload[1], e.payload[2]);
-        return;
-    }
-    case kEventCharacter: {
-        const uint32_t key = e.payload[0];
-        Widget* target = (e.widget && e.widget != root) ? e.widget : in.focus;
-        if (target && Widget_Send(toolkit, target, kEventCharacter, key)) return;
-        if (key == kKeyTab) {
-            Toolkit_FocusNext(toolkit, false);
+        case kEventDraw:
+            if (e.widget) Toolkit_DrawWidget(toolkit, e.widget);
+            return;
+        case kEventResized:
+            if (e.widget == root || !e.widget) {
+                Layout_Apply(toolkit, root);
+                for (size_t i = 0; i < root->children.size(); ++i)
+                    Widget_Send(toolkit, root->children[i].get(), kEventResized);
+            } else {
+                Widget_Send(toolkit, e.widget, kEventResized);
+            }
+            return;
+        case kEventPress: {
+            in.pointerDown = true;
+            in.pointerX = static_cast<int32_t>(e.payload[0]);
+            in.pointerY = static_cast<int32_t>(e.payload[1]);
+            Widget* target = PointerTarget(toolkit, e);
+            in.capture = target;
+            if (!target) return;
+            if (Widget_IsFocusable(target)) Toolkit_SetFocus(toolkit, target);
+            Widget_Send(toolkit, target, kEventPress, e.payload[0], e.payload[1], e.payload[2]);
             return;
         }
-        if (Widget* quick = Toolkit_FindQuickKey(toolkit, key)) Activate(toolkit, quick);
-        return;
-    }
-    case kEventTick: SendTicks(toolkit, root, e.payload[0]); return;
-    default:
-        if (e.widget) Widget_Send(toolkit, e.widget, e.code, e.payload[0], e.payload[1], e.payload[2]);
-        return;
+        case kEventDrag:
+            in.pointerX = static_cast<int32_t>(e.payload[0]);
+            in.pointerY = static_cast<int32_t>(e.payload[1]);
+            if (in.capture)
+                Widget_Send(toolkit, in.capture, kEventDrag, e.payload[0], e.payload[1], e.payload[2]);
+            return;
+        case kEventRelease: {
+            in.pointerDown = false;
+            Widget* target = in.capture;
+            in.capture = nullptr;
+            if (target) Widget_Send(toolkit, target, kEventRelease, e.payload[0], e.payload[1], e.payload[2]);
+            return;
+        }
+        case kEventCharacter: {
+            const uint32_t key = e.payload[0];
+            Widget* target = (e.widget && e.widget != root) ? e.widget : in.focus;
+            if (target && Widget_Send(toolkit, target, kEventCharacter, key)) return;
+            if (key == kKeyTab) {
+                Toolkit_FocusNext(toolkit, false);
+                return;
+            }
+            if (Widget* quick = Toolkit_FindQuickKey(toolkit, key)) Activate(toolkit, quick);
+            return;
+        }
+        case kEventTick:
+            SendTicks(toolkit, root, e.payload[0]);
+            return;
+        default:
+            if (e.widget) Widget_Send(toolkit, e.widget, e.code, e.payload[0], e.payload[1], e.payload[2]);
+            return;
     }
 }
 
@@ -221,7 +239,8 @@ void Toolkit_Invalidate(Toolkit* toolkit, Widget* widget) {
 
 Surface Toolkit_ScreenSurface(const Toolkit* toolkit) {
     return Draw_MakeSurface(toolkit->framebuffer, static_cast<int32_t>(toolkit->pixelsPerRow),
-                            static_cast<int32_t>(toolkit->screenWidth), static_cast<int32_t>(toolkit->screenHeight));
+                            static_cast<int32_t>(toolkit->screenWidth),
+                            static_cast<int32_t>(toolkit->screenHeight));
 }
 
 void Toolkit_DrawWidget(Toolkit* toolkit, Widget* widget) {
@@ -280,16 +299,18 @@ Widget* Toolkit_HitTest(Toolkit* toolkit, Widget* from, int32_t x, int32_t y) {
 bool Widget_IsFocusable(const Widget* widget) {
     if (!widget || widget->width == 0 || widget->height == 0) return false;
     switch (widget->type) {
-    case kWidgetButton: {
-        const auto* b = Widget_Record<ButtonRecord>(widget);
-        return b && !b->disabled;
-    }
-    case kWidgetField:
-    case kWidgetFieldMulti:
-    case kWidgetList:
-    case kWidgetSelector:
-    case kWidgetLevelSetter: return true;
-    default: return false;
+        case kWidgetButton: {
+            const auto* b = Widget_Record<ButtonRecord>(widget);
+            return b && !b->disabled;
+        }
+        case kWidgetField:
+        case kWidgetFieldMulti:
+        case kWidgetList:
+        case kWidgetSelector:
+        case kWidgetLevelSetter:
+            return true;
+        default:
+            return false;
     }
 }
 

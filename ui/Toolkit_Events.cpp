@@ -8,7 +8,9 @@
 
 namespace {
 
-uint32_t Slot(const ToolkitEventRing& ring, uint32_t k) { return (ring.readIndex + k) % kToolkitEventRingSize; }
+uint32_t Slot(const ToolkitEventRing& ring, uint32_t k) {
+    return (ring.readIndex + k) % kToolkitEventRingSize;
+}
 
 bool IsPlainDraw(const ToolkitEvent& e) {
     return e.code == kEventDraw && e.payload[0] == 0 && e.payload[1] == 0 && e.payload[2] == 0;
@@ -38,7 +40,9 @@ bool Toolkit_TakeEvent(Toolkit* toolkit, ToolkitEvent* event) {
     return true;
 }
 
-uint32_t Toolkit_PendingEvents(const Toolkit* toolkit) { return toolkit->events.pending; }
+uint32_t Toolkit_PendingEvents(const Toolkit* toolkit) {
+    return toolkit->events.pending;
+}
 
 void Toolkit_ProcessPendingDraws(Toolkit* toolkit) {
     ToolkitEventRing& ring = toolkit->events;

@@ -43,7 +43,9 @@ constexpr uint32_t kNoiseDetailNeutral = 100;
 
 // The printed integers are C ints; positions and extents are brought into that
 // range through 64-bit arithmetic so that no intermediate step overflows.
-int AsInt(int64_t value) { return static_cast<int>(value); }
+int AsInt(int64_t value) {
+    return static_cast<int>(value);
+}
 
 }  // namespace
 
@@ -57,95 +59,107 @@ size_t ValueLabel_Format(ValueLabelKind kind, const ValueLabelInput& in, char* o
     const int64_t max = in.maximum;
     int n = 0;
     switch (kind) {
-    case ValueLabelKind::Plain: n = std::snprintf(out, size, kFormatInt, AsInt(v)); break;
-    case ValueLabelKind::PlainPlusOne: n = std::snprintf(out, size, kFormatInt, AsInt(v + 1)); break;
-    case ValueLabelKind::Pixels: n = std::snprintf(out, size, kFormatPixels, AsInt(v)); break;
-    case ValueLabelKind::PixelsPlusOne: n = std::snprintf(out, size, kFormatPixels, AsInt(v + 1)); break;
-    case ValueLabelKind::PixelsFromCentreX:
-        n = std::snprintf(out, size, kFormatPixels, AsInt(v - in.extentW / 2));
-        break;
-    case ValueLabelKind::PixelsFromCentreY:
-        n = std::snprintf(out, size, kFormatPixels, AsInt(v - in.extentH / 2));
-        break;
-    case ValueLabelKind::PixelsAndRestX:
-        n = std::snprintf(out, size, kFormatPixelsAndRest, AsInt(v + 1), AsInt(in.extentW - 1 - v));
-        break;
-    case ValueLabelKind::PixelsAndRestY:
-        n = std::snprintf(out, size, kFormatPixelsAndRest, AsInt(v + 1), AsInt(in.extentH - 1 - v));
-        break;
-    case ValueLabelKind::TenthPixelsFromOne:
-        n = std::snprintf(out, size, kFormatTenthPixels, static_cast<double>(v + 10) * 0.1);
-        break;
-    case ValueLabelKind::SignedPixels:
-        n = std::snprintf(out, size, kFormatTenthPixels, static_cast<double>(2 * v - max) * 0.05);
-        break;
-    case ValueLabelKind::TenthsFromOne:
-        n = std::snprintf(out, size, kFormatOneDecimal, static_cast<double>(v + 10) * 0.1);
-        break;
-    case ValueLabelKind::TenthsFromOneFine:
-        n = std::snprintf(out, size, kFormatTwoDecimals, static_cast<double>(v + 10) * 0.1);
-        break;
-    case ValueLabelKind::Tenths:
-        n = std::snprintf(out, size, kFormatTwoDecimals, static_cast<double>(v) * 0.1);
-        break;
-    case ValueLabelKind::Hundredths:
-        n = std::snprintf(out, size, kFormatTwoDecimals, static_cast<double>(v) * 0.01);
-        break;
-    case ValueLabelKind::HundredthsFromOne:
-        n = std::snprintf(out, size, kFormatTwoDecimals, static_cast<double>(v + 100) * 0.01);
-        break;
-    case ValueLabelKind::Percent: n = std::snprintf(out, size, kFormatPercent, AsInt(v)); break;
-    case ValueLabelKind::SignedPercent:
-        n = std::snprintf(out, size, kFormatFractionPercent, static_cast<double>(v - 10000) * 0.01);
-        break;
-    case ValueLabelKind::ComputedPercent:
-        n = std::snprintf(out, size, kFormatFractionPercent, in.figures[0] * 0.01);
-        break;
-    case ValueLabelKind::PercentSplit:
-        n = std::snprintf(out, size, kFormatPercentSplit, AsInt(max - v), AsInt(v));
-        break;
-    case ValueLabelKind::SquareSize: {
-        uint32_t exponent = static_cast<uint32_t>(v) + kSquareBaseExponent;
-        if (v > kSquareMaxExponent || exponent > kSquareMaxExponent) exponent = kSquareMaxExponent;
-        const int side = 1 << exponent;
-        n = std::snprintf(out, size, kFormatSquareSize, side, side);
-        break;
-    }
-    case ValueLabelKind::Millimetres:
-        n = std::snprintf(out, size, kFormatMillimetres, in.figures[0], in.figures[0] * kInchesPerMillimetre);
-        break;
-    case ValueLabelKind::MillimetresFine:
-        n = std::snprintf(out, size, kFormatMillimetresFine, in.figures[0],
-                          in.figures[0] * kInchesPerMillimetre);
-        break;
-    case ValueLabelKind::Minutes:
-        n = std::snprintf(out, size, kFormatMinutes, AsInt(v / 60), AsInt(v % 60), AsInt(v), AsInt(v * 60));
-        break;
-    case ValueLabelKind::FieldOfView:
-        n = std::snprintf(out, size, kFormatFieldOfView, AsInt(v + 1), static_cast<int>(in.figures[0]),
-                          static_cast<int>(in.figures[1]));
-        break;
-    case ValueLabelKind::DenoiseScale:
-        n = std::snprintf(out, size, kFormatDenoiseScale, in.figures[0], in.figures[1], in.figures[2]);
-        break;
-    case ValueLabelKind::NoiseDetail:
-        if (v == kNoiseDetailNeutral)
-            n = std::snprintf(out, size, kFormatOptimal, 1.0);
-        else if (v < kNoiseDetailNeutral)
-            n = std::snprintf(out, size, kFormatNoisier, static_cast<double>(v) * 0.01);
-        else
-            n = std::snprintf(out, size, kFormatSmoother, static_cast<double>(v) * 0.01);
-        break;
-    case ValueLabelKind::ShadowHighlight: {
-        const int64_t mid = max / 2;
-        if (v < mid)
-            n = std::snprintf(out, size, kFormatShadow, AsInt((mid - v) * 2));
-        else if (v > mid)
-            n = std::snprintf(out, size, kFormatHighlight, AsInt((v - mid) * 2));
-        else
-            n = std::snprintf(out, size, "%s", kTextBalanced);
-        break;
-    }
+        case ValueLabelKind::Plain:
+            n = std::snprintf(out, size, kFormatInt, AsInt(v));
+            break;
+        case ValueLabelKind::PlainPlusOne:
+            n = std::snprintf(out, size, kFormatInt, AsInt(v + 1));
+            break;
+        case ValueLabelKind::Pixels:
+            n = std::snprintf(out, size, kFormatPixels, AsInt(v));
+            break;
+        case ValueLabelKind::PixelsPlusOne:
+            n = std::snprintf(out, size, kFormatPixels, AsInt(v + 1));
+            break;
+        case ValueLabelKind::PixelsFromCentreX:
+            n = std::snprintf(out, size, kFormatPixels, AsInt(v - in.extentW / 2));
+            break;
+        case ValueLabelKind::PixelsFromCentreY:
+            n = std::snprintf(out, size, kFormatPixels, AsInt(v - in.extentH / 2));
+            break;
+        case ValueLabelKind::PixelsAndRestX:
+            n = std::snprintf(out, size, kFormatPixelsAndRest, AsInt(v + 1), AsInt(in.extentW - 1 - v));
+            break;
+        case ValueLabelKind::PixelsAndRestY:
+            n = std::snprintf(out, size, kFormatPixelsAndRest, AsInt(v + 1), AsInt(in.extentH - 1 - v));
+            break;
+        case ValueLabelKind::TenthPixelsFromOne:
+            n = std::snprintf(out, size, kFormatTenthPixels, static_cast<double>(v + 10) * 0.1);
+            break;
+        case ValueLabelKind::SignedPixels:
+            n = std::snprintf(out, size, kFormatTenthPixels, static_cast<double>(2 * v - max) * 0.05);
+            break;
+        case ValueLabelKind::TenthsFromOne:
+            n = std::snprintf(out, size, kFormatOneDecimal, static_cast<double>(v + 10) * 0.1);
+            break;
+        case ValueLabelKind::TenthsFromOneFine:
+            n = std::snprintf(out, size, kFormatTwoDecimals, static_cast<double>(v + 10) * 0.1);
+            break;
+        case ValueLabelKind::Tenths:
+            n = std::snprintf(out, size, kFormatTwoDecimals, static_cast<double>(v) * 0.1);
+            break;
+        case ValueLabelKind::Hundredths:
+            n = std::snprintf(out, size, kFormatTwoDecimals, static_cast<double>(v) * 0.01);
+            break;
+        case ValueLabelKind::HundredthsFromOne:
+            n = std::snprintf(out, size, kFormatTwoDecimals, static_cast<double>(v + 100) * 0.01);
+            break;
+        case ValueLabelKind::Percent:
+            n = std::snprintf(out, size, kFormatPercent, AsInt(v));
+            break;
+        case ValueLabelKind::SignedPercent:
+            n = std::snprintf(out, size, kFormatFractionPercent, static_cast<double>(v - 10000) * 0.01);
+            break;
+        case ValueLabelKind::ComputedPercent:
+            n = std::snprintf(out, size, kFormatFractionPercent, in.figures[0] * 0.01);
+            break;
+        case ValueLabelKind::PercentSplit:
+            n = std::snprintf(out, size, kFormatPercentSplit, AsInt(max - v), AsInt(v));
+            break;
+        case ValueLabelKind::SquareSize: {
+            uint32_t exponent = static_cast<uint32_t>(v) + kSquareBaseExponent;
+            if (v > kSquareMaxExponent || exponent > kSquareMaxExponent) exponent = kSquareMaxExponent;
+            const int side = 1 << exponent;
+            n = std::snprintf(out, size, kFormatSquareSize, side, side);
+            break;
+        }
+        case ValueLabelKind::Millimetres:
+            n = std::snprintf(out, size, kFormatMillimetres, in.figures[0],
+                              in.figures[0] * kInchesPerMillimetre);
+            break;
+        case ValueLabelKind::MillimetresFine:
+            n = std::snprintf(out, size, kFormatMillimetresFine, in.figures[0],
+                              in.figures[0] * kInchesPerMillimetre);
+            break;
+        case ValueLabelKind::Minutes:
+            n = std::snprintf(out, size, kFormatMinutes, AsInt(v / 60), AsInt(v % 60), AsInt(v),
+                              AsInt(v * 60));
+            break;
+        case ValueLabelKind::FieldOfView:
+            n = std::snprintf(out, size, kFormatFieldOfView, AsInt(v + 1), static_cast<int>(in.figures[0]),
+                              static_cast<int>(in.figures[1]));
+            break;
+        case ValueLabelKind::DenoiseScale:
+            n = std::snprintf(out, size, kFormatDenoiseScale, in.figures[0], in.figures[1], in.figures[2]);
+            break;
+        case ValueLabelKind::NoiseDetail:
+            if (v == kNoiseDetailNeutral)
+                n = std::snprintf(out, size, kFormatOptimal, 1.0);
+            else if (v < kNoiseDetailNeutral)
+                n = std::snprintf(out, size, kFormatNoisier, static_cast<double>(v) * 0.01);
+            else
+                n = std::snprintf(out, size, kFormatSmoother, static_cast<double>(v) * 0.01);
+            break;
+        case ValueLabelKind::ShadowHighlight: {
+            const int64_t mid = max / 2;
+            if (v < mid)
+                n = std::snprintf(out, size, kFormatShadow, AsInt((mid - v) * 2));
+            else if (v > mid)
+                n = std::snprintf(out, size, kFormatHighlight, AsInt((v - mid) * 2));
+            else
+                n = std::snprintf(out, size, "%s", kTextBalanced);
+            break;
+        }
     }
     if (n < 0) {
         out[0] = '\0';

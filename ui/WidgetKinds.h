@@ -129,9 +129,9 @@ struct ImageViewRecord : WidgetRecord {
     ImageRegionCallback regionCallback = nullptr;
     void* regionUser = nullptr;
     bool dragging = false;
-    int32_t dragX = 0, dragY = 0;       // where the press landed, in pixels
+    int32_t dragX = 0, dragY = 0;  // where the press landed, in pixels
     int64_t dragCentreX = 0, dragCentreY = 0;
-    int32_t dragToX = 0, dragToY = 0;   // the pointer now
+    int32_t dragToX = 0, dragToY = 0;  // the pointer now
 };
 
 // Bins per channel (red, green, blue; a mono image fills the first only).
@@ -150,8 +150,8 @@ struct ButtonRecord : WidgetRecord {
     bool noGloss = false;
     bool flat = false;
     uint32_t rounded = 0;
-    bool pressed = false;   // the pointer is down on it
-    bool disabled = false;  // greyed out; ignores the pointer and quick keys
+    bool pressed = false;              // the pointer is down on it
+    bool disabled = false;             // greyed out; ignores the pointer and quick keys
     WidgetCallback onPress = nullptr;  // on release inside the button
     void* user = nullptr;
     struct {

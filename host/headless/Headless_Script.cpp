@@ -139,21 +139,40 @@ bool HeadlessScript_Step(HeadlessScript& script, const HeadlessScriptActions& ac
             return true;
         }
         const HeadlessCommand& c = script.commands[script.next++];
-        if (c.kind != HeadlessCommand::kScreenshot && c.kind != HeadlessCommand::kDialog) script.settled = false;
+        if (c.kind != HeadlessCommand::kScreenshot && c.kind != HeadlessCommand::kDialog)
+            script.settled = false;
         switch (c.kind) {
-            case HeadlessCommand::kTick: actions.postTimer(c.a); break;
-            case HeadlessCommand::kChar: actions.postChar(c.a); break;
-            case HeadlessCommand::kMove: actions.postMove(c.a, c.b); break;
-            case HeadlessCommand::kPress: actions.postButton(c.a, c.b, true); break;
-            case HeadlessCommand::kRelease: actions.postButton(c.a, c.b, false); break;
+            case HeadlessCommand::kTick:
+                actions.postTimer(c.a);
+                break;
+            case HeadlessCommand::kChar:
+                actions.postChar(c.a);
+                break;
+            case HeadlessCommand::kMove:
+                actions.postMove(c.a, c.b);
+                break;
+            case HeadlessCommand::kPress:
+                actions.postButton(c.a, c.b, true);
+                break;
+            case HeadlessCommand::kRelease:
+                actions.postButton(c.a, c.b, false);
+                break;
             case HeadlessCommand::kClick:
                 actions.postButton(c.a, c.b, true);
                 actions.postButton(c.a, c.b, false);
                 break;
-            case HeadlessCommand::kResize: actions.postResize(c.a, c.b); break;
-            case HeadlessCommand::kPaint: actions.postPaint(); break;
-            case HeadlessCommand::kClose: actions.postClose(); break;
-            case HeadlessCommand::kWait: script.waitLeft = c.a; break;
+            case HeadlessCommand::kResize:
+                actions.postResize(c.a, c.b);
+                break;
+            case HeadlessCommand::kPaint:
+                actions.postPaint();
+                break;
+            case HeadlessCommand::kClose:
+                actions.postClose();
+                break;
+            case HeadlessCommand::kWait:
+                script.waitLeft = c.a;
+                break;
             case HeadlessCommand::kScreenshot:
                 if (!actions.saveScreen(c.text.c_str()))
                     std::fprintf(stderr, "headless script: could not write %s\n", c.text.c_str());

@@ -9,11 +9,24 @@
 #include <vector>
 
 struct HeadlessCommand {
-    enum Kind { kTick, kChar, kMove, kPress, kRelease, kClick, kResize, kPaint, kClose, kWait, kScreenshot, kDialog };
+    enum Kind {
+        kTick,
+        kChar,
+        kMove,
+        kPress,
+        kRelease,
+        kClick,
+        kResize,
+        kPaint,
+        kClose,
+        kWait,
+        kScreenshot,
+        kDialog
+    };
     Kind kind;
     uint32_t a = 0, b = 0;
-    std::string text;           // screenshot file, dialog path
-    bool cancel = false;        // dialog cancel
+    std::string text;     // screenshot file, dialog path
+    bool cancel = false;  // dialog cancel
 };
 
 struct HeadlessScript {

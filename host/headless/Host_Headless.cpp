@@ -48,7 +48,9 @@ HeadlessState& State() {
     return state;
 }
 
-void Post(Message message) { State().queue.push_back(message); }
+void Post(Message message) {
+    State().queue.push_back(message);
+}
 
 void InitialSize(uint32_t* width, uint32_t* height) {
     HeadlessState& s = State();
@@ -84,7 +86,9 @@ void CreateMainWindow() {
     HostWindow_OnCreated(width, height);
 }
 
-void DestroyMainWindow() { HostWindow_OnDestroyed(); }
+void DestroyMainWindow() {
+    HostWindow_OnDestroyed();
+}
 
 bool FramebufferCreate(VideoState* video) {
     auto* storage = new std::vector<uint32_t>(size_t(video->pixelsPerRow) * video->rows, 0);
@@ -111,9 +115,13 @@ void Present(VideoState* video) {
     ++s.blits;
 }
 
-void SetCursor(HostCursor cursor) { State().cursor = cursor; }
+void SetCursor(HostCursor cursor) {
+    State().cursor = cursor;
+}
 
-bool MessagePending() { return !State().queue.empty(); }
+bool MessagePending() {
+    return !State().queue.empty();
+}
 
 bool DispatchOneMessage() {
     HeadlessState& s = State();
@@ -121,12 +129,24 @@ bool DispatchOneMessage() {
     Message m = s.queue.front();
     s.queue.pop_front();
     switch (m.type) {
-        case Message::kChar: HostWindow_OnChar(m.a); break;
-        case Message::kButton: HostWindow_OnButton(m.a, m.b, m.down); break;
-        case Message::kMove: HostWindow_OnPointerMove(m.a, m.b); break;
-        case Message::kSize: HostWindow_OnSize(m.a, m.b); break;
-        case Message::kClose: HostWindow_OnClose(); break;
-        case Message::kPaint: HostWindow_OnPaint(); break;
+        case Message::kChar:
+            HostWindow_OnChar(m.a);
+            break;
+        case Message::kButton:
+            HostWindow_OnButton(m.a, m.b, m.down);
+            break;
+        case Message::kMove:
+            HostWindow_OnPointerMove(m.a, m.b);
+            break;
+        case Message::kSize:
+            HostWindow_OnSize(m.a, m.b);
+            break;
+        case Message::kClose:
+            HostWindow_OnClose();
+            break;
+        case Message::kPaint:
+            HostWindow_OnPaint();
+            break;
         case Message::kTimer:
             // Timer messages already waiting collapse into this one.
             std::erase_if(s.queue, [](const Message& other) { return other.type == Message::kTimer; });
@@ -166,8 +186,12 @@ void WaitForInput(uint32_t) {
     AdvanceIdle();
 }
 
-void TimerStart() { State().timerRunning = true; }
-void TimerStop() { State().timerRunning = false; }
+void TimerStart() {
+    State().timerRunning = true;
+}
+void TimerStop() {
+    State().timerRunning = false;
+}
 
 void ShowMessage(const char* caption, const char* text) {
     std::string message = std::string(caption) + text;
@@ -190,43 +214,64 @@ bool FileDialog(bool, const std::string& current, std::string* chosen) {
 }  // namespace
 
 extern const HostBackend kHeadlessBackend = {
-    "headless",
-    "in-memory window, scripted input, virtual time",
-    CreateMainWindow,
-    DestroyMainWindow,
-    FramebufferCreate,
-    FramebufferDestroy,
-    Present,
-    SetCursor,
-    MessagePending,
-    DispatchOneMessage,
-    WaitForInput,
-    TimerStart,
-    TimerStop,
-    ShowMessage,
+    "headless",        "in-memory window, scripted input, virtual time",
+    CreateMainWindow,  DestroyMainWindow,
+    FramebufferCreate, FramebufferDestroy,
+    Present,           SetCursor,
+    MessagePending,    DispatchOneMessage,
+    WaitForInput,      TimerStart,
+    TimerStop,         ShowMessage,
     FileDialog,
 };
 
-void Headless_PostChar(uint32_t code) { Post({Message::kChar, code}); }
-void Headless_PostButton(uint32_t x, uint32_t y, bool down) { Post({Message::kButton, x, y, down}); }
-void Headless_PostPointerMove(uint32_t x, uint32_t y) { Post({Message::kMove, x, y}); }
-void Headless_PostResize(uint32_t width, uint32_t height) { Post({Message::kSize, width, height}); }
-void Headless_PostClose() { Post({Message::kClose}); }
-void Headless_PostPaint() { Post({Message::kPaint}); }
+void Headless_PostChar(uint32_t code) {
+    Post({Message::kChar, code});
+}
+void Headless_PostButton(uint32_t x, uint32_t y, bool down) {
+    Post({Message::kButton, x, y, down});
+}
+void Headless_PostPointerMove(uint32_t x, uint32_t y) {
+    Post({Message::kMove, x, y});
+}
+void Headless_PostResize(uint32_t width, uint32_t height) {
+    Post({Message::kSize, width, height});
+}
+void Headless_PostClose() {
+    Post({Message::kClose});
+}
+void Headless_PostPaint() {
+    Post({Message::kPaint});
+}
 
 void Headless_PostTimer(uint32_t count) {
     for (uint32_t i = 0; i < count; ++i) Post({Message::kTimer});
     State().timeMs += uint64_t(count) * kTickMs;
 }
 
-size_t Headless_PendingMessages() { return State().queue.size(); }
-uint64_t Headless_GetTime() { return State().timeMs; }
-void Headless_SetAutoTicks(bool on) { State().autoTicks = on; }
-const std::vector<uint32_t>& Headless_GetScreen() { return State().screen; }
-uint32_t Headless_GetScreenWidth() { return State().screenWidth; }
-uint32_t Headless_GetScreenHeight() { return State().screenHeight; }
-uint32_t Headless_GetBlitCount() { return State().blits; }
-HostCursor Headless_GetCursor() { return State().cursor; }
+size_t Headless_PendingMessages() {
+    return State().queue.size();
+}
+uint64_t Headless_GetTime() {
+    return State().timeMs;
+}
+void Headless_SetAutoTicks(bool on) {
+    State().autoTicks = on;
+}
+const std::vector<uint32_t>& Headless_GetScreen() {
+    return State().screen;
+}
+uint32_t Headless_GetScreenWidth() {
+    return State().screenWidth;
+}
+uint32_t Headless_GetScreenHeight() {
+    return State().screenHeight;
+}
+uint32_t Headless_GetBlitCount() {
+    return State().blits;
+}
+HostCursor Headless_GetCursor() {
+    return State().cursor;
+}
 
 bool Headless_SaveScreen(const char* path) {
     HeadlessState& s = State();
@@ -240,13 +285,17 @@ bool Headless_SaveScreen(const char* path) {
     return lodepng::encode(path, rgb, s.screenWidth, s.screenHeight, LCT_RGB, 8) == 0;
 }
 
-std::vector<std::string> Headless_TakeMessages() { return std::exchange(State().messages, {}); }
+std::vector<std::string> Headless_TakeMessages() {
+    return std::exchange(State().messages, {});
+}
 
 void Headless_QueueDialogAnswer(std::optional<std::string> answer) {
     State().dialogAnswers.push_back(std::move(answer));
 }
 
-std::vector<std::string> Headless_TakeDialogProposals() { return std::exchange(State().proposals, {}); }
+std::vector<std::string> Headless_TakeDialogProposals() {
+    return std::exchange(State().proposals, {});
+}
 
 bool Headless_LoadScript(const char* path) {
     HeadlessState& s = State();

@@ -9,8 +9,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -24,7 +24,9 @@ std::string WithSeparator(std::string dir) {
     return dir;
 }
 
-bool IsWritableDir(const std::string& dir) { return access(dir.c_str(), W_OK | X_OK) == 0; }
+bool IsWritableDir(const std::string& dir) {
+    return access(dir.c_str(), W_OK | X_OK) == 0;
+}
 
 }  // namespace
 
@@ -61,7 +63,9 @@ std::string Host_GetDataDir() {
     return WithSeparator(dir);
 }
 
-char Host_PathSeparator() { return '/'; }
+char Host_PathSeparator() {
+    return '/';
+}
 
 size_t HostOs_PhysicalMemoryBytes() {
     const long pages = sysconf(_SC_PHYS_PAGES);
@@ -89,9 +93,12 @@ void HostOs_ShowURL(const char* url) {
     // The shell puts xdg-open in the background and ends at once, so the browser
     // is never our child and nothing is left to reap. A failure is not reported.
     pid_t pid;
-    char* argv[] = {const_cast<char*>("sh"), const_cast<char*>("-c"),
-                    const_cast<char*>("xdg-open \"$1\" >/dev/null 2>&1 &"), const_cast<char*>("sh"),
-                    const_cast<char*>(url), nullptr};
+    char* argv[] = {const_cast<char*>("sh"),
+                    const_cast<char*>("-c"),
+                    const_cast<char*>("xdg-open \"$1\" >/dev/null 2>&1 &"),
+                    const_cast<char*>("sh"),
+                    const_cast<char*>(url),
+                    nullptr};
     if (posix_spawn(&pid, "/bin/sh", nullptr, nullptr, argv, environ) == 0) {
         int status;
         while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {

@@ -30,12 +30,17 @@ void QueueText(const char* text) {
 
 uint32_t ControlKeyCode(SDL_Keycode key) {
     switch (key) {
-        case SDLK_BACKSPACE: return kCharBackspace;
-        case SDLK_TAB: return kCharTab;
+        case SDLK_BACKSPACE:
+            return kCharBackspace;
+        case SDLK_TAB:
+            return kCharTab;
         case SDLK_RETURN:
-        case SDLK_KP_ENTER: return kCharEnter;
-        case SDLK_ESCAPE: return kCharEscape;
-        default: return 0;
+        case SDLK_KP_ENTER:
+            return kCharEnter;
+        case SDLK_ESCAPE:
+            return kCharEscape;
+        default:
+            return 0;
     }
 }
 
@@ -47,9 +52,14 @@ void OnWindowEvent(const SDL_WindowEvent& window) {
             HostWindow_OnSize(width, height);
             break;
         }
-        case SDL_WINDOWEVENT_EXPOSED: HostWindow_OnPaint(); break;
-        case SDL_WINDOWEVENT_CLOSE: HostWindow_OnClose(); break;
-        default: break;
+        case SDL_WINDOWEVENT_EXPOSED:
+            HostWindow_OnPaint();
+            break;
+        case SDL_WINDOWEVENT_CLOSE:
+            HostWindow_OnClose();
+            break;
+        default:
+            break;
     }
 }
 
@@ -79,8 +89,12 @@ bool Sdl2_DispatchOneMessage() {
     }
     uint32_t x, y;
     switch (e.type) {
-        case SDL_WINDOWEVENT: OnWindowEvent(e.window); break;
-        case SDL_QUIT: HostWindow_OnClose(); break;  // a signal asked us to end
+        case SDL_WINDOWEVENT:
+            OnWindowEvent(e.window);
+            break;
+        case SDL_QUIT:
+            HostWindow_OnClose();
+            break;  // a signal asked us to end
         case SDL_TEXTINPUT:
             QueueText(e.text.text);
             if (!s.pendingChars.empty()) {
@@ -103,7 +117,8 @@ bool Sdl2_DispatchOneMessage() {
             Sdl2_ToPixels(e.motion.x, e.motion.y, &x, &y);
             HostWindow_OnPointerMove(x, y);
             break;
-        default: break;
+        default:
+            break;
     }
     return true;
 }

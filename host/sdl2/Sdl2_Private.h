@@ -12,7 +12,7 @@ struct Sdl2State {
     SDL_Cursor* arrow = nullptr;
     SDL_Cursor* wait = nullptr;
     SDL_TimerID timer = 0;
-    uint32_t timerEvent = 0;           // our registered event type for ticks
+    uint32_t timerEvent = 0;            // our registered event type for ticks
     std::deque<uint32_t> pendingChars;  // further characters of one text-input event
 };
 

@@ -45,8 +45,9 @@ void CreateMainWindow() {
     SDL_SetHint(SDL_HINT_QUIT_ON_LAST_WINDOW_CLOSE, "0");
     SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
     if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER | SDL_INIT_EVENTS) != 0) WindowFailed(kCouldNotCreateWindow);
-    s.window = SDL_CreateWindow("Pellucida", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, kInitialClientWidth,
-                                kInitialClientHeight, SDL_WINDOW_RESIZABLE | SDL_WINDOW_ALLOW_HIGHDPI);
+    s.window =
+        SDL_CreateWindow("Pellucida", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, kInitialClientWidth,
+                         kInitialClientHeight, SDL_WINDOW_RESIZABLE | SDL_WINDOW_ALLOW_HIGHDPI);
     if (!s.window) WindowFailed(kCouldNotCreateWindow);
     s.renderer = SDL_CreateRenderer(s.window, -1, 0);
     if (!s.renderer) s.renderer = SDL_CreateRenderer(s.window, -1, SDL_RENDERER_SOFTWARE);

@@ -15,9 +15,9 @@ namespace {
 constexpr double kSrgbLinearLimit = 0.04045;
 constexpr double kSrgbLinearFactor = 0.07739938080495357;  // 1 / 12.92
 constexpr double kSrgbOffset = 0.055;
-constexpr double kSrgbScale = 0.9478672985781991;           // 1 / 1.055
+constexpr double kSrgbScale = 0.9478672985781991;  // 1 / 1.055
 constexpr double kSrgbExponent = 2.4;
-constexpr double kGammaExponent = 0.45454545454545453;      // 1 / 2.2
+constexpr double kGammaExponent = 0.45454545454545453;  // 1 / 2.2
 
 // Image_SetBitDepth's rule from 24 bits to the image's depth, then the clamp.
 int64_t Normalise(int64_t v, int bitDepth, int64_t maxValue) {
@@ -97,7 +97,8 @@ std::vector<AutoDevSegment> AutoDev_Segments(const AutoDevHistogram& h, int64_t 
     for (AutoDevSegment& s : segments) {
         // The weight shifted left by 24 can pass 2^63 on extreme images; the
         // quotient is formed in 128 bits.
-        const int64_t share = static_cast<int64_t>((static_cast<__int128>(s.weight) << kAutoDevDepth) / total);
+        const int64_t share =
+            static_cast<int64_t>((static_cast<__int128>(s.weight) << kAutoDevDepth) / total);
         s.ya = ya;
         s.yb = ya + share;
         ya = s.yb;
@@ -114,8 +115,8 @@ int64_t AutoDev_ToneBlend(int64_t v, int64_t m, double p3) {
     return static_cast<int64_t>(static_cast<double>(v) * (1 - p3) + g * p3 * md);
 }
 
-void AutoDev_BuildOutputMap(const AutoDevHistogram& histogram, int64_t pixelCount, const AutoDevSettings& settings,
-                            int bitDepth, int64_t maxValue, int64_t* out) {
+void AutoDev_BuildOutputMap(const AutoDevHistogram& histogram, int64_t pixelCount,
+                            const AutoDevSettings& settings, int bitDepth, int64_t maxValue, int64_t* out) {
     const std::vector<AutoDevSegment> segments = AutoDev_Segments(histogram, pixelCount);
     MapJob job{&histogram, &segments, &settings, bitDepth, maxValue, out, 0, 1};
     Host_RunWorkers(job, &MapWorker);

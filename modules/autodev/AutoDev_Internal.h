@@ -44,11 +44,11 @@ int64_t AutoDev_ToneBlend(int64_t v, int64_t m, double p3);
 // For every 24-bit value that occurs, the final grey sample at the image's
 // depth: curve, normalise (Image_SetBitDepth from 24 bits, clamp), tone blend.
 // `out` has 2^24 entries; only the occurring ones are written.
-void AutoDev_BuildOutputMap(const AutoDevHistogram& histogram, int64_t pixelCount, const AutoDevSettings& settings,
-                            int bitDepth, int64_t maxValue, int64_t* out);
+void AutoDev_BuildOutputMap(const AutoDevHistogram& histogram, int64_t pixelCount,
+                            const AutoDevSettings& settings, int bitDepth, int64_t maxValue, int64_t* out);
 
 // Weight map from the blended luminance: reshaped by p2 when p2 != 1 (in
 // place), then the weighted mean absolute difference to the 12 neighbours.
 // Returns false when cancelled.
-bool AutoDev_WeightMap(int32_t* blended, int32_t* weight, int32_t width, int32_t height, int32_t stride, double p2,
-                       int32_t max, const KernelControl* control);
+bool AutoDev_WeightMap(int32_t* blended, int32_t* weight, int32_t width, int32_t height, int32_t stride,
+                       double p2, int32_t max, const KernelControl* control);

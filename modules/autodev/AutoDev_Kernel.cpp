@@ -37,7 +37,8 @@ struct Band {
     int32_t begin, end;
 };
 Band BandOf(uint32_t k, uint32_t n, int32_t height) {
-    return {static_cast<int32_t>(int64_t{height} * k / n), static_cast<int32_t>(int64_t{height} * (k + 1) / n)};
+    return {static_cast<int32_t>(int64_t{height} * k / n),
+            static_cast<int32_t>(int64_t{height} * (k + 1) / n)};
 }
 
 bool RowStop(const KernelControl* control, std::atomic<bool>* stopped, int32_t row) {
@@ -90,11 +91,12 @@ void LumWorker(LumJob* j) {
     for (int32_t y = band.begin; y < band.end; ++y) {
         if (RowStop(j->control, j->stopped, y - band.begin)) return;
         int32_t* out = j->lum + int64_t{y} * s.width;
-        LumRow(s.red + int64_t{y} * s.stride, s.green + int64_t{y} * s.stride, s.blue + int64_t{y} * s.stride, out,
-               s.width, top, shift, &lo, &hi);
+        LumRow(s.red + int64_t{y} * s.stride, s.green + int64_t{y} * s.stride, s.blue + int64_t{y} * s.stride,
+               out, s.width, top, shift, &lo, &hi);
         // Marking in a second sweep keeps the loop above vectorisable. Both
         // workers may store 1 into the same flag.
-        for (int32_t x = 0; x < s.width; ++x) std::atomic_ref<uint8_t>(j->used[out[x]]).store(1, std::memory_order_relaxed);
+        for (int32_t x = 0; x < s.width; ++x)
+            std::atomic_ref<uint8_t>(j->used[out[x]]).store(1, std::memory_order_relaxed);
     }
     j->ranges[2 * j->workerIndex] = lo;
     j->ranges[2 * j->workerIndex + 1] = hi;
@@ -112,7 +114,8 @@ struct DetailTableJob {
 void DetailTableWorker(DetailTableJob* j) {
     constexpr int32_t kBlock = 4096;
     const double m = static_cast<double>(kAutoDevMax);
-    for (int64_t b = j->lo + int64_t{kBlock} * j->workerIndex; b <= j->hi; b += int64_t{kBlock} * j->workerCount)
+    for (int64_t b = j->lo + int64_t{kBlock} * j->workerIndex; b <= j->hi;
+         b += int64_t{kBlock} * j->workerCount)
         for (int64_t v = b; v < std::min<int64_t>(b + kBlock, int64_t{j->hi} + 1); ++v)
             if (j->used[v]) j->t[v] = std::pow(static_cast<double>(v) / m, kDetailExponent);
 }
@@ -131,7 +134,8 @@ void BlendWorker(BlendJob* j) {
     for (int64_t i = begin; i < end; ++i) {
         const int32_t l = j->lum[i];
         const double t = j->t[l];
-        j->blurred[i] = static_cast<int32_t>(t * static_cast<double>(l) + (1 - t) * static_cast<double>(j->blurred[i]));
+        j->blurred[i] =
+            static_cast<int32_t>(t * static_cast<double>(l) + (1 - t) * static_cast<double>(j->blurred[i]));
     }
 }
 
@@ -148,7 +152,8 @@ void FillHistograms(const int32_t* lum, const int32_t* weight, int32_t width, in
         const int32_t in0 = rowInside ? x0 : width, in1 = rowInside ? x1 : width;
         for (int32_t x = 0; x < in0; ++x) weights[l[x]] += static_cast<int64_t>(w[x] * st.p4);
         for (int32_t x = in0; x < in1; ++x) weights[l[x]] += w[x];
-        for (int32_t x = std::max(in1, in0); x < width; ++x) weights[l[x]] += static_cast<int64_t>(w[x] * st.p4);
+        for (int32_t x = std::max(in1, in0); x < width; ++x)
+            weights[l[x]] += static_cast<int64_t>(w[x] * st.p4);
     }
 }
 
@@ -180,8 +185,9 @@ inline int64_t ScaledQuotient(int64_t a, int64_t b, int64_t d, double inverse) {
 // caller stages an in-place row). Returns the largest channel written, so
 // that ScaleDownRow runs only for a row that needs it.
 HOST_HOT_LOOP int64_t ColourRow(const int64_t* __restrict greys, const int64_t* __restrict r,
-                                const int64_t* __restrict g, const int64_t* __restrict b, int64_t* __restrict dr,
-                                int64_t* __restrict dg, int64_t* __restrict db, int32_t width, int64_t maxValue) {
+                                const int64_t* __restrict g, const int64_t* __restrict b,
+                                int64_t* __restrict dr, int64_t* __restrict dg, int64_t* __restrict db,
+                                int32_t width, int64_t maxValue) {
     const int64_t top = maxValue - 1;
     constexpr double kThird = 1.0 / 3.0;
     int64_t peak = 0;
@@ -196,7 +202,8 @@ HOST_HOT_LOOP int64_t ColourRow(const int64_t* __restrict greys, const int64_t* 
         // All ones where Ls is 0; a mask rather than a branch keeps the loop whole.
         const int64_t flat = (ls - 1) >> 63;
         const int64_t d = ls | (flat & 1);
-        const int64_t ur = (cr & ~flat) | (flat & 1), ug = (cg & ~flat) | (flat & 1), ub = (cb & ~flat) | (flat & 1);
+        const int64_t ur = (cr & ~flat) | (flat & 1), ug = (cg & ~flat) | (flat & 1),
+                      ub = (cb & ~flat) | (flat & 1);
         const double inverse = 1.0 / static_cast<double>(d);
         const int64_t outR = ScaledQuotient(grey, ur, d, inverse);
         const int64_t outG = ScaledQuotient(grey, ug, d, inverse);
@@ -314,7 +321,8 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
         ranges[2 * k] = kAutoDevMax;
         ranges[2 * k + 1] = 0;
     }
-    Host_RunWorkers(LumJob{source, lum.get(), used.get(), control, &stopped, ranges.data(), 0, 1}, &LumWorker);
+    Host_RunWorkers(LumJob{source, lum.get(), used.get(), control, &stopped, ranges.data(), 0, 1},
+                    &LumWorker);
     if (stopped.load()) return false;
     int32_t lo = kAutoDevMax, hi = 0;
     for (uint32_t k = 0; k < workers; ++k) {
@@ -344,7 +352,8 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
     KernelControl_Report(control, kStageAutoDev, 40);
 
     // Stage 7.
-    if (!AutoDev_WeightMap(blended.get(), weight.get(), width, height, width, settings.p2, kAutoDevMax, control))
+    if (!AutoDev_WeightMap(blended.get(), weight.get(), width, height, width, settings.p2, kAutoDevMax,
+                           control))
         return false;
     blended.reset();
     KernelControl_Report(control, kStageAutoDev, 60);

@@ -13,12 +13,12 @@ struct ImageBuffer;
 
 // Kernel parameters derived from the setter positions for an image size.
 struct AutoDevSettings {
-    double p1 = 0.5;  // blur half-width
-    double p2 = 1.0;  // curve exponent
-    double p3 = 0.5;  // tone blend
-    double p4 = 0.15; // weight outside the RoI, scaled by the RoI's share of the image
-    int32_t roiX = 0, roiY = 0;            // lower corner
-    int32_t roiWidth = 0, roiHeight = 0;   // max - min of the corner pairs
+    double p1 = 0.5;                      // blur half-width
+    double p2 = 1.0;                      // curve exponent
+    double p3 = 0.5;                      // tone blend
+    double p4 = 0.15;                     // weight outside the RoI, scaled by the RoI's share of the image
+    int32_t roiX = 0, roiY = 0;           // lower corner
+    int32_t roiWidth = 0, roiHeight = 0;  // max - min of the corner pairs
 };
 
 AutoDevSettings AutoDev_Settings(const AutoDevParams& params, int32_t width, int32_t height);

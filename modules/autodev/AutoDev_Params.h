@@ -17,8 +17,8 @@ struct AutoDevParams {
     int32_t roiY0 = 0;
     int32_t roiX1 = -1;
     int32_t roiY1 = -1;
-    int32_t curve = 100;   // LvS7, 0..1000: p2 = v * 0.01
-    int32_t tone = 50;     // LvS8, 0..100: p3 = v * 0.01
+    int32_t curve = 100;  // LvS7, 0..1000: p2 = v * 0.01
+    int32_t tone = 50;    // LvS8, 0..100: p3 = v * 0.01
 };
 
 // Rows in the order of the fields above.

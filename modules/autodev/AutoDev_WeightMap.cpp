@@ -20,8 +20,8 @@ struct Neighbour {
     int32_t dx, dy, weight;
 };
 constexpr Neighbour kNeighbours[12] = {
-    {-1, 0, 4}, {1, 0, 4}, {0, -1, 4}, {0, 1, 4},  {-1, -1, 2}, {1, -1, 2},
-    {-1, 1, 2}, {1, 1, 2}, {-2, 0, 1}, {2, 0, 1},  {0, -2, 1},  {0, 2, 1},
+    {-1, 0, 4}, {1, 0, 4}, {0, -1, 4}, {0, 1, 4}, {-1, -1, 2}, {1, -1, 2},
+    {-1, 1, 2}, {1, 1, 2}, {-2, 0, 1}, {2, 0, 1}, {0, -2, 1},  {0, 2, 1},
 };
 constexpr int32_t kInteriorWeight = 28;
 
@@ -61,13 +61,14 @@ void WeightRow(const WeightJob& j, int32_t y) {
     // 24-bit samples: 28 differences of up to 2^24 stay inside 32 bits.
     for (int32_t x = 2; x < j.width - 2; ++x) {
         const int32_t c = r0[x];
-        const int32_t axis = std::abs(c - r0[x - 1]) + std::abs(c - r0[x + 1]) + std::abs(c - rm1[x]) +
-                             std::abs(c - rp1[x]);
+        const int32_t axis =
+            std::abs(c - r0[x - 1]) + std::abs(c - r0[x + 1]) + std::abs(c - rm1[x]) + std::abs(c - rp1[x]);
         const int32_t diag = std::abs(c - rm1[x - 1]) + std::abs(c - rm1[x + 1]) + std::abs(c - rp1[x - 1]) +
                              std::abs(c - rp1[x + 1]);
-        const int32_t far = std::abs(c - r0[x - 2]) + std::abs(c - r0[x + 2]) + std::abs(c - rm2[x]) +
-                            std::abs(c - rp2[x]);
-        out[x] = static_cast<int32_t>(static_cast<uint32_t>(4 * axis + 2 * diag + far) / uint32_t{kInteriorWeight});
+        const int32_t far =
+            std::abs(c - r0[x - 2]) + std::abs(c - r0[x + 2]) + std::abs(c - rm2[x]) + std::abs(c - rp2[x]);
+        out[x] = static_cast<int32_t>(static_cast<uint32_t>(4 * axis + 2 * diag + far) /
+                                      uint32_t{kInteriorWeight});
     }
     for (int32_t x = std::max(j.width - 2, 2); x < j.width; ++x) out[x] = EdgeWeight(j, x, y);
 }
@@ -82,7 +83,8 @@ void WeightWorker(WeightJob* j) {
                 j->stopped->store(true);
                 return;
             }
-            if (j->workerIndex == 0) KernelControl_Report(j->control, kStageWeights, int((y - begin) * 100LL / (end - begin)));
+            if (j->workerIndex == 0)
+                KernelControl_Report(j->control, kStageWeights, int((y - begin) * 100LL / (end - begin)));
         }
         WeightRow(*j, y);
     }
@@ -125,7 +127,8 @@ void Reshape(int32_t* lum, int32_t width, int32_t height, int32_t stride, double
     }
     if (stride != width) {
         for (int32_t y = 0; y < height; ++y)
-            for (int32_t x = 0; x < width; ++x) lum[int64_t{y} * stride + x] = map[lum[int64_t{y} * stride + x]];
+            for (int32_t x = 0; x < width; ++x)
+                lum[int64_t{y} * stride + x] = map[lum[int64_t{y} * stride + x]];
         return;
     }
     ReshapeJob job{lum, count, map.get(), 0, 1};
@@ -134,8 +137,8 @@ void Reshape(int32_t* lum, int32_t width, int32_t height, int32_t stride, double
 
 }  // namespace
 
-bool AutoDev_WeightMap(int32_t* blended, int32_t* weight, int32_t width, int32_t height, int32_t stride, double p2,
-                       int32_t max, const KernelControl* control) {
+bool AutoDev_WeightMap(int32_t* blended, int32_t* weight, int32_t width, int32_t height, int32_t stride,
+                       double p2, int32_t max, const KernelControl* control) {
     if (p2 != 1.0) Reshape(blended, width, height, stride, p2, max);
     if (KernelControl_Cancelled(control)) return false;
     std::atomic<bool> stopped{false};

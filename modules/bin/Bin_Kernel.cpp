@@ -39,13 +39,15 @@ Band BandOf(uint32_t k, uint32_t n, int32_t rows) {
     return {static_cast<int32_t>(int64_t{rows} * k / n), static_cast<int32_t>(int64_t{rows} * (k + 1) / n)};
 }
 
-bool RowStop(const KernelControl* control, std::atomic<bool>* stopped, uint32_t worker, int32_t row, int32_t rows) {
+bool RowStop(const KernelControl* control, std::atomic<bool>* stopped, uint32_t worker, int32_t row,
+             int32_t rows) {
     if (stopped->load(std::memory_order_relaxed)) return true;
     if (KernelControl_Cancelled(control)) {
         stopped->store(true);
         return true;
     }
-    if (worker == 0 && (row & 31) == 0 && rows > 0) KernelControl_Report(control, kStageBin, int(row * 100LL / rows));
+    if (worker == 0 && (row & 31) == 0 && rows > 0)
+        KernelControl_Report(control, kStageBin, int(row * 100LL / rows));
     return false;
 }
 
@@ -116,7 +118,8 @@ void BoxWorker(BoxJob* j) {
     }
 }
 
-ImageBuffer* BoxPath(const ImageBuffer* image, double s, int32_t outW, int32_t outH, const KernelControl* control) {
+ImageBuffer* BoxPath(const ImageBuffer* image, double s, int32_t outW, int32_t outH,
+                     const KernelControl* control) {
     std::vector<int32_t> colOf(size_t(image->width));
     std::vector<int64_t> colCount(size_t(outW), 0);
     for (int32_t x = 0; x < image->width; ++x) {
@@ -143,7 +146,9 @@ ImageBuffer* BoxPath(const ImageBuffer* image, double s, int32_t outW, int32_t o
     }
     ImagePtr out(CreateLike(image, outW, outH));
     std::atomic<bool> stopped{false};
-    BoxJob job{image, out.get(), colOf.data(), colCount.data(), rowStart.data(), uniform ? q : 0, control, &stopped, 0, 1};
+    BoxJob job{
+        image, out.get(), colOf.data(), colCount.data(), rowStart.data(), uniform ? q : 0, control, &stopped,
+        0,     1};
     Host_RunWorkers(job, &BoxWorker);
     if (stopped.load()) return nullptr;
     return out.release();
@@ -188,7 +193,8 @@ void ResampleWorker(ResampleJob* j) {
                     continue;
                 }
                 const int32_t dx = ix + 1 < s.width ? 1 : 0;
-                out[x] = SampleBilinear_Plane(planesIn[c], s.stride, ix, iy, dx, dy, j->tx[x], ty, o.maxValue);
+                out[x] =
+                    SampleBilinear_Plane(planesIn[c], s.stride, ix, iy, dx, dy, j->tx[x], ty, o.maxValue);
             }
         }
     }
@@ -205,7 +211,8 @@ ImageBuffer* ResamplePath(const ImageBuffer* image, double s, int32_t outW, int3
         const int64_t* in[3] = {image->red, image->green, image->blue};
         int64_t* out[3] = {filtered->red, filtered->green, filtered->blue};
         for (int c = 0; c < 3; ++c)
-            if (!GaussianBlur(in[c], out[c], image->width, image->height, image->stride, r, control)) return nullptr;
+            if (!GaussianBlur(in[c], out[c], image->width, image->height, image->stride, r, control))
+                return nullptr;
         source = filtered.get();
     }
     const double fy = static_cast<double>(image->height) / outH;

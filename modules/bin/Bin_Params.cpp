@@ -6,8 +6,8 @@
 namespace {
 
 constexpr ModuleParam kTable[] = {
-    {"scale", ModuleParams_Id("LvS1"), 0, 10000, ParamExtent::Fixed, 5000, "Scale", ValueLabelKind::DenoiseScale,
-     nullptr, &Bin_ValueFigures},
+    {"scale", ModuleParams_Id("LvS1"), 0, 10000, ParamExtent::Fixed, 5000, "Scale",
+     ValueLabelKind::DenoiseScale, nullptr, &Bin_ValueFigures},
 };
 
 constexpr BinPreset kPresets[] = {
@@ -19,10 +19,16 @@ constexpr BinPreset kPresets[] = {
 
 }  // namespace
 
-std::span<const BinPreset> Bin_Presets() { return kPresets; }
-std::span<const ModuleParam> Bin_ParamTable() { return kTable; }
+std::span<const BinPreset> Bin_Presets() {
+    return kPresets;
+}
+std::span<const ModuleParam> Bin_ParamTable() {
+    return kTable;
+}
 
-double Bin_Scale(const BinParams& params) { return params.scale * kBinScaleStep; }
+double Bin_Scale(const BinParams& params) {
+    return params.scale * kBinScaleStep;
+}
 
 void Bin_ValueFigures(uint32_t position, double figures[3]) {
     const double s = position * kBinScaleStep;

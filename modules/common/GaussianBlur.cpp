@@ -21,7 +21,7 @@
 namespace {
 
 constexpr double kLn2 = 0.6931471805599453;
-constexpr double kWeightFloor = 0.000244140625;  // 1/4096
+constexpr double kWeightFloor = 0.000244140625;     // 1/4096
 constexpr double kExactLimit = 4503599627370496.0;  // 2^52
 constexpr const char* kStageBlur = "Blur";
 
@@ -162,8 +162,8 @@ HOST_HOT_LOOP void VerticalWorker(BlurJob<T, Tmp>* job) {
 
 // Exact 64-bit integer form for samples beyond the double path's range.
 template <class T>
-bool BlurInteger(const GaussianKernel& kernel, const T* in, T* out, int32_t width, int32_t height, int32_t stride,
-                 const KernelControl* control) {
+bool BlurInteger(const GaussianKernel& kernel, const T* in, T* out, int32_t width, int32_t height,
+                 int32_t stride, const KernelControl* control) {
     const int32_t half = kernel.half;
     const int32_t* w = kernel.weights.data();
     WorkPlane<int64_t> tmp = WorkPlane_Allocate<int64_t>(size_t(stride) * size_t(height));
@@ -209,7 +209,8 @@ bool BlurPlane(const T* in, T* out, int32_t width, int32_t height, int32_t strid
         owned = WorkPlane_Allocate<Tmp>(size_t(stride) * size_t(height));
         scratch = owned.get();
     }
-    BlurJob<T, Tmp> job{{&kernel, width, height, stride, control, &stopped, &tooLarge}, in, scratch, out, 0, 1};
+    BlurJob<T, Tmp> job{
+        {&kernel, width, height, stride, control, &stopped, &tooLarge}, in, scratch, out, 0, 1};
     Host_RunWorkers(job, &HorizontalWorker<T, Tmp>);
     if (tooLarge.load()) {
         owned.reset();

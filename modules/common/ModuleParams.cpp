@@ -16,21 +16,26 @@ constexpr const char* kLogParameterClose = "]\n";
 
 int32_t ModuleParams_Maximum(const ModuleParam& param, int32_t width, int32_t height) {
     switch (param.extent) {
-    case ParamExtent::Width: return std::max(width - 1, 0);
-    case ParamExtent::Height: return std::max(height - 1, 0);
-    case ParamExtent::Fixed: break;
+        case ParamExtent::Width:
+            return std::max(width - 1, 0);
+        case ParamExtent::Height:
+            return std::max(height - 1, 0);
+        case ParamExtent::Fixed:
+            break;
     }
     return param.maximum;
 }
 
 int32_t ModuleParams_Default(const ModuleParam& param, int32_t width, int32_t height) {
-    if (param.extent != ParamExtent::Fixed && param.defaultValue < 0) return ModuleParams_Maximum(param, width, height);
+    if (param.extent != ParamExtent::Fixed && param.defaultValue < 0)
+        return ModuleParams_Maximum(param, width, height);
     return param.defaultValue;
 }
 
 int32_t ModuleParams_Clamp(const ModuleParam& param, int64_t value, int32_t width, int32_t height) {
     const int64_t hi = ModuleParams_Maximum(param, width, height);
-    return static_cast<int32_t>(std::clamp<int64_t>(value, param.minimum, std::max<int64_t>(hi, param.minimum)));
+    return static_cast<int32_t>(
+        std::clamp<int64_t>(value, param.minimum, std::max<int64_t>(hi, param.minimum)));
 }
 
 std::string ModuleParams_ValueText(const ModuleParam& param, int32_t value, int32_t width, int32_t height) {

@@ -21,15 +21,15 @@ constexpr uint32_t ModuleParams_Id(const char (&text)[5]) {
 enum class ParamExtent : uint8_t { Fixed, Width, Height };
 
 struct ModuleParam {
-    const char* name;        // key on the command line ("blur")
-    uint32_t setterId;       // level setter identifier ("LvS1")
+    const char* name;   // key on the command line ("blur")
+    uint32_t setterId;  // level setter identifier ("LvS1")
     int32_t minimum;
-    int32_t maximum;         // for Width/Height extents: ignored, the image gives it
+    int32_t maximum;  // for Width/Height extents: ignored, the image gives it
     ParamExtent extent;
-    int32_t defaultValue;    // for Width/Height extents: 0 or -1 (the last column or row)
-    const char* logLabel;    // caption of the setter in the form
+    int32_t defaultValue;  // for Width/Height extents: 0 or -1 (the last column or row)
+    const char* logLabel;  // caption of the setter in the form
     ValueLabelKind label;
-    const char* zeroText;    // text shown at position 0 instead of the member's, or null
+    const char* zeroText;  // text shown at position 0 instead of the member's, or null
     void (*figures)(uint32_t position, double figures[3]);  // for computed members, or null
 };
 

@@ -17,7 +17,9 @@ constexpr const char* kOutOfMemoryText = "Out of memory\n";
 
 }  // namespace
 
-void WorkPlaneDeleter::operator()(void* p) const { ImagePlanes_Release(static_cast<int64_t*>(p)); }
+void WorkPlaneDeleter::operator()(void* p) const {
+    ImagePlanes_Release(static_cast<int64_t*>(p));
+}
 
 void* WorkPlane_AllocatePlane(size_t count, size_t elementSize, bool zeroed) {
     if (count == 0) count = 1;

@@ -111,7 +111,8 @@ void Crop_FlipVertical(ImageBuffer* image) {
     for (int64_t* plane : {image->red, image->green, image->blue, image->alpha, image->aux}) {
         if (!plane) continue;
         for (int32_t y = 0, z = image->height - 1; y < z; ++y, --z)
-            std::swap_ranges(plane + int64_t{y} * image->stride, plane + int64_t{y} * image->stride + image->width,
+            std::swap_ranges(plane + int64_t{y} * image->stride,
+                             plane + int64_t{y} * image->stride + image->width,
                              plane + int64_t{z} * image->stride);
     }
 }

@@ -26,7 +26,8 @@ ImageBuffer* CreateLike(const ImageBuffer* source, int32_t width, int32_t height
     return out;
 }
 
-bool RowStop(const KernelControl* control, std::atomic<bool>* stopped, uint32_t worker, int32_t row, int32_t rows) {
+bool RowStop(const KernelControl* control, std::atomic<bool>* stopped, uint32_t worker, int32_t row,
+             int32_t rows) {
     if (stopped->load(std::memory_order_relaxed)) return true;
     if (KernelControl_Cancelled(control)) {
         stopped->store(true);
@@ -50,9 +51,12 @@ struct QuarterJob {
 // Source position of output (x, y).
 inline int64_t QuarterIndex(int turns, int32_t x, int32_t y, int32_t w, int32_t h, int32_t stride) {
     switch (turns) {
-    case 1: return int64_t{h - 1 - x} * stride + y;
-    case 2: return int64_t{h - 1 - y} * stride + (w - 1 - x);
-    default: return int64_t{x} * stride + (w - 1 - y);
+        case 1:
+            return int64_t{h - 1 - x} * stride + y;
+        case 2:
+            return int64_t{h - 1 - y} * stride + (w - 1 - x);
+        default:
+            return int64_t{x} * stride + (w - 1 - y);
     }
 }
 
@@ -64,7 +68,8 @@ void QuarterWorker(QuarterJob* j) {
     // Tiles of output rows are dealt out in turn, so both workers write the
     // new image's pages at the same time.
     const int32_t tileRows = (o.height + kTile - 1) / kTile;
-    for (int32_t t = static_cast<int32_t>(j->workerIndex); t < tileRows; t += static_cast<int32_t>(j->workerCount)) {
+    for (int32_t t = static_cast<int32_t>(j->workerIndex); t < tileRows;
+         t += static_cast<int32_t>(j->workerCount)) {
         const int32_t y0 = t * kTile, y1 = std::min(o.height, y0 + kTile);
         for (int32_t y = y0; y < y1; ++y)
             if (RowStop(j->control, j->stopped, j->workerIndex, y, o.height)) return;
@@ -73,7 +78,8 @@ void QuarterWorker(QuarterJob* j) {
             for (int c = 0; c < 3; ++c)
                 for (int32_t y = y0; y < y1; ++y) {
                     int64_t* row = out[c] + int64_t{y} * o.stride;
-                    for (int32_t x = x0; x < x1; ++x) row[x] = in[c][QuarterIndex(j->turns, x, y, s.width, s.height, s.stride)];
+                    for (int32_t x = x0; x < x1; ++x)
+                        row[x] = in[c][QuarterIndex(j->turns, x, y, s.width, s.height, s.stride)];
                 }
         }
     }
@@ -98,7 +104,8 @@ void RotateWorker(RotateJob* j) {
     const double w = src.width, h = src.height;
     const int64_t maxValue = o.maxValue;
     const double c = j->c, s = j->s;
-    for (int32_t y = static_cast<int32_t>(j->workerIndex); y < o.height; y += static_cast<int32_t>(j->workerCount)) {
+    for (int32_t y = static_cast<int32_t>(j->workerIndex); y < o.height;
+         y += static_cast<int32_t>(j->workerCount)) {
         if (RowStop(j->control, j->stopped, j->workerIndex, y, o.height)) return;
         const double u = 0 - outHalfW;
         const double v = y - outHalfH;

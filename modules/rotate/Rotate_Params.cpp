@@ -4,8 +4,8 @@
 namespace {
 
 constexpr ModuleParam kTable[] = {
-    {"angle", ModuleParams_Id("LvS1"), 0, 3599, ParamExtent::Fixed, 0, "Angle", ValueLabelKind::Tenths, nullptr,
-     nullptr},
+    {"angle", ModuleParams_Id("LvS1"), 0, 3599, ParamExtent::Fixed, 0, "Angle", ValueLabelKind::Tenths,
+     nullptr, nullptr},
 };
 
 constexpr RotatePreset kPresets[] = {
@@ -16,9 +16,15 @@ constexpr RotatePreset kPresets[] = {
 
 }  // namespace
 
-std::span<const RotatePreset> Rotate_Presets() { return kPresets; }
-std::span<const ModuleParam> Rotate_ParamTable() { return kTable; }
-double Rotate_Degrees(const RotateParams& params) { return params.angle * kRotateAngleStep; }
+std::span<const RotatePreset> Rotate_Presets() {
+    return kPresets;
+}
+std::span<const ModuleParam> Rotate_ParamTable() {
+    return kTable;
+}
+double Rotate_Degrees(const RotateParams& params) {
+    return params.angle * kRotateAngleStep;
+}
 
 std::string Rotate_LogBlock(const RotateParams& params) {
     const int32_t values[1] = {ModuleParams_Clamp(kTable[0], params.angle, 0, 0)};

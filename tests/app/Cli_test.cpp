@@ -78,10 +78,12 @@ TEST_F(CliTest, EverySampleIsReadOrRefusedAsExpected) {
         EXPECT_NE(r.out.find("reader=" + e.format + " "), std::string::npos) << r.out;
         std::string size = "width=" + std::to_string(e.width) + " height=" + std::to_string(e.height) + " ";
         EXPECT_NE(r.out.find(size), std::string::npos) << r.out;
-        bool mono = e.result.find(" mono") != std::string::npos || e.result.find("mode L") != std::string::npos ||
+        bool mono = e.result.find(" mono") != std::string::npos ||
+                    e.result.find("mode L") != std::string::npos ||
                     e.result.find("mode I") != std::string::npos;
         EXPECT_NE(r.out.find(mono ? "mono=1" : "mono=0"), std::string::npos) << r.out;
-        bool alpha = e.result.find("+alpha") != std::string::npos || e.result.find("RGBA") != std::string::npos;
+        bool alpha =
+            e.result.find("+alpha") != std::string::npos || e.result.find("RGBA") != std::string::npos;
         EXPECT_NE(r.out.find(alpha ? "alpha=1" : "alpha=0"), std::string::npos) << r.out;
     }
 }
@@ -102,8 +104,9 @@ TEST_F(CliTest, FitsSamplesMatchTheReferenceDigests) {
         ASSERT_EQ((10 + headerLength) % 64, 0u);
         std::string header = npy.substr(10, headerLength);
         EXPECT_NE(header.find("'descr': '<i8'"), std::string::npos);
-        EXPECT_NE(header.find("'shape': (3, " + std::to_string(e.height) + ", " + std::to_string(e.width) + ")"),
-                  std::string::npos)
+        EXPECT_NE(
+            header.find("'shape': (3, " + std::to_string(e.height) + ", " + std::to_string(e.width) + ")"),
+            std::string::npos)
             << header;
         const char* data = npy.data() + 10 + headerLength;
         size_t size = npy.size() - 10 - headerLength;
@@ -120,8 +123,9 @@ TEST_F(CliTest, ConvertLogsTheLoadAndTheSave) {
     CliResult r = RunCli({"convert", in, out.string()});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.err.find("Possible stacking artifacts detected"), std::string::npos);
-    EXPECT_EQ(Log(), "File loaded [" + in + "].\nType of Data: Linear\nImage size is 512 x 512\nFile saved [" +
-                         out.string() + "].\n");
+    EXPECT_EQ(Log(), "File loaded [" + in +
+                         "].\nType of Data: Linear\nImage size is 512 x 512\nFile saved [" + out.string() +
+                         "].\n");
     // The TIFF written reads back at its size, through the same load flow.
     CliResult info = RunCli({"info", out.string()});
     EXPECT_NE(info.out.find("reader=TIFF width=512 height=512 depth=16"), std::string::npos) << info.out;
@@ -129,9 +133,12 @@ TEST_F(CliTest, ConvertLogsTheLoadAndTheSave) {
 
 TEST_F(CliTest, TheWriterFollowsTheExtension) {
     PELLUCIDA_REQUIRE_DATA(in, "png/eso1723a_avm_320.png");
-    for (auto [name, magic] : std::vector<std::pair<std::string, std::string>>{
-             {"a.JPG", "\xFF\xD8"}, {"b.jps", "\xFF\xD8"}, {"c.png", "\x89PNG"}, {"d.tif", "II*"},
-             {"e.fits", "II*"}, {"f", "II*"}}) {
+    for (auto [name, magic] : std::vector<std::pair<std::string, std::string>>{{"a.JPG", "\xFF\xD8"},
+                                                                               {"b.jps", "\xFF\xD8"},
+                                                                               {"c.png", "\x89PNG"},
+                                                                               {"d.tif", "II*"},
+                                                                               {"e.fits", "II*"},
+                                                                               {"f", "II*"}}) {
         fs::path out = dir / name;
         CliResult r = RunCli({"convert", in, out.string()});
         ASSERT_EQ(r.status, 0) << name << r.err;
@@ -155,7 +162,8 @@ TEST_F(CliTest, ExitStatusesAndMessages) {
     std::ofstream(junk) << "not an image at all";
     CliResult r = RunCli({"info", junk.string(), junk.string()});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, junk.string() + ": " + kLoadFailedText + "\n" + junk.string() + ": " + kLoadFailedText + "\n");
+    EXPECT_EQ(r.err,
+              junk.string() + ": " + kLoadFailedText + "\n" + junk.string() + ": " + kLoadFailedText + "\n");
     EXPECT_EQ(RunCli({"convert", junk.string(), (dir / "x.tif").string()}).status, 1);
     EXPECT_FALSE(fs::exists(dir / "x.tif"));
 }
@@ -201,13 +209,13 @@ TEST_F(CliTest, ProcessRunsTheStepsInOrderAndLogsThem) {
 }
 
 TEST_F(CliTest, ProcessRefusesBadStepsBeforeReadingAnything) {
-    for (std::vector<std::string> args : std::vector<std::vector<std::string>>{
-             {"process", "in.fits", "--bin=20000", "-o", "x.tif"},
-             {"process", "in.fits", "--rotate=3600", "-o", "x.tif"},
-             {"process", "in.fits", "--sharpen", "-o", "x.tif"},
-             {"process", "in.fits", "--dataset=raw", "-o", "x.tif"},
-             {"process", "in.fits", "--autodev"},
-             {"process", "-o", "x.tif"}}) {
+    for (std::vector<std::string> args :
+         std::vector<std::vector<std::string>>{{"process", "in.fits", "--bin=20000", "-o", "x.tif"},
+                                               {"process", "in.fits", "--rotate=3600", "-o", "x.tif"},
+                                               {"process", "in.fits", "--sharpen", "-o", "x.tif"},
+                                               {"process", "in.fits", "--dataset=raw", "-o", "x.tif"},
+                                               {"process", "in.fits", "--autodev"},
+                                               {"process", "-o", "x.tif"}}) {
         CliResult r = RunCli(args);
         EXPECT_EQ(r.status, 2) << args[2];
     }

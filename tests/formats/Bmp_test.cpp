@@ -69,8 +69,8 @@ TEST(BmpSamples, EveryFileIsReadOrRefusedAsTheManifestSays) {
 }
 
 TEST(BmpSamples, AllFourEncodingsGiveTheSamePicture) {
-    const char* files[] = {"bmp/bmpsuite_g_rgb24.bmp", "bmp/bmpsuite_g_rgb32.bmp", "bmp/bmpsuite_g_rgb32bf.bmp",
-                           "bmp/bmpsuite_q_rgb32fakealpha.bmp"};
+    const char* files[] = {"bmp/bmpsuite_g_rgb24.bmp", "bmp/bmpsuite_g_rgb32.bmp",
+                           "bmp/bmpsuite_g_rgb32bf.bmp", "bmp/bmpsuite_q_rgb32fakealpha.bmp"};
     ImagePtr images[4];
     for (int i = 0; i < 4; ++i) {
         const std::string path = TestData_Path(files[i]);
@@ -82,7 +82,8 @@ TEST(BmpSamples, AllFourEncodingsGiveTheSamePicture) {
     const struct {
         int x, y;
         int64_t r, g, b;
-    } known[] = {{0, 0, 255, 0, 0}, {63, 31, 255, 255, 255}, {126, 63, 96, 96, 126}, {100, 10, 149, 149, 153}};
+    } known[] = {
+        {0, 0, 255, 0, 0}, {63, 31, 255, 255, 255}, {126, 63, 96, 96, 126}, {100, 10, 149, 149, 153}};
     for (int i = 0; i < 4; ++i) {
         SCOPED_TRACE(files[i]);
         for (const auto& k : known) {
@@ -156,7 +157,8 @@ TEST(BmpRefused, UnsupportedOrDamagedHeaders) {
     EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 16, 0, px)), nullptr) << "16 bits";
     EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 8, 0, px)), nullptr) << "palette";
     EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 24, 1, px)), nullptr) << "RLE";
-    EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 24, 3, px, {0xFF0000, 0xFF00, 0xFF})), nullptr) << "bit fields at 24 bits";
+    EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 24, 3, px, {0xFF0000, 0xFF00, 0xFF})), nullptr)
+        << "bit fields at 24 bits";
     EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 32, 3, px, {0, 0xFF00, 0xFF})), nullptr) << "empty mask";
     EXPECT_EQ(ReadMemory(MakeBmp(2, 2, 32, 3, px, {0xF0F000, 0xFF00, 0xFF})), nullptr) << "split mask";
     EXPECT_EQ(ReadMemory(MakeBmp(0, 2, 24, 0, px)), nullptr) << "zero width";

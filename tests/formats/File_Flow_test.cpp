@@ -19,7 +19,8 @@ TEST(FileNames, ExtensionTestIgnoresCaseAndNeedsADot) {
 }
 
 TEST(FileNames, OpenAndSaveNameRules) {
-    for (const char* ok : {"a.jpg", "a.JPEG", "a.png", "a.fits", "a.tiff", "a.tif", "a.crw", "a.bmp", "a.fts", "a.fit"})
+    for (const char* ok :
+         {"a.jpg", "a.JPEG", "a.png", "a.fits", "a.tiff", "a.tif", "a.crw", "a.bmp", "a.fts", "a.fit"})
         EXPECT_TRUE(File_IsOpenableName(ok)) << ok;
     for (const char* no : {"a.gif", "a.npy", "a", "a.fits.gz"}) EXPECT_FALSE(File_IsOpenableName(no)) << no;
     for (const char* ok : {"a.jpg", "a.jpeg", "a.JPS", "a.tiff", "a.png", "a.tif"})
@@ -184,8 +185,10 @@ TEST(DatasetAnswers, LogLinesForGreyAndColour) {
     EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinear, true), "Type of Data: Linear\n");
     EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinearOsc, false),
                  "Type of Data: Linear and was Bayered, but not whitebalanced\n");
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kNonLinearSrgb, false), "Type of Data: Non-linear sRGB source\n");
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kNonLinearSrgb, true), "Type of Data: Modified and not linear\n");
+    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kNonLinearSrgb, false),
+                 "Type of Data: Non-linear sRGB source\n");
+    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kNonLinearSrgb, true),
+                 "Type of Data: Modified and not linear\n");
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 // with its size and mono flag, and the samples are compared exactly (a) with the
 // SHA-256 listed there and (b) with a plain re-implementation in this file of
 // the normalisation and the error diffusion, fed from the raw big-endian values.
-#include "formats/Fits_Read.h"
 #include "formats/Fits_Header.h"
+#include "formats/Fits_Read.h"
 #include "image/Image.h"
 #include "support/TestData.h"
 
@@ -13,9 +13,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <bit>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -75,14 +75,16 @@ private:
         }
         uint32_t a = h_[0], b = h_[1], c = h_[2], d = h_[3], e = h_[4], f = h_[5], g = h_[6], h = h_[7];
         for (int i = 0; i < 64; ++i) {
-            const uint32_t t1 = h + (Rotr(e, 6) ^ Rotr(e, 11) ^ Rotr(e, 25)) + ((e & f) ^ (~e & g)) + k[i] + w[i];
+            const uint32_t t1 =
+                h + (Rotr(e, 6) ^ Rotr(e, 11) ^ Rotr(e, 25)) + ((e & f) ^ (~e & g)) + k[i] + w[i];
             const uint32_t t2 = (Rotr(a, 2) ^ Rotr(a, 13) ^ Rotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
             h = g, g = f, f = e, e = d + t1, d = c, c = b, b = a, a = t1 + t2;
         }
         h_[0] += a, h_[1] += b, h_[2] += c, h_[3] += d, h_[4] += e, h_[5] += f, h_[6] += g, h_[7] += h;
     }
 
-    uint32_t h_[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a, 0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+    uint32_t h_[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                      0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
     uint8_t block_[64] = {};
     size_t fill_ = 0;
     uint64_t total_ = 0;
@@ -159,11 +161,21 @@ std::vector<double> RawPlane(const std::vector<uint8_t>& file, const RefHeader& 
         uint64_t u = 0;
         for (size_t b = 0; b < bytes; ++b) u = u << 8 | file.at(at + b);
         switch (h.bitpix) {
-            case 8: out[i] = static_cast<double>(u); break;
-            case 16: out[i] = static_cast<int16_t>(u); break;
-            case 32: out[i] = static_cast<int32_t>(u); break;
-            case -32: out[i] = std::bit_cast<float>(static_cast<uint32_t>(u)); break;
-            default: out[i] = std::bit_cast<double>(u); break;
+            case 8:
+                out[i] = static_cast<double>(u);
+                break;
+            case 16:
+                out[i] = static_cast<int16_t>(u);
+                break;
+            case 32:
+                out[i] = static_cast<int32_t>(u);
+                break;
+            case -32:
+                out[i] = std::bit_cast<float>(static_cast<uint32_t>(u));
+                break;
+            default:
+                out[i] = std::bit_cast<double>(u);
+                break;
         }
     }
     return out;
@@ -215,13 +227,14 @@ std::vector<std::vector<int64_t>> Reference(std::vector<std::vector<double>> pla
                 const double v = t[i] - minimum;
                 const double s = v * scale;
                 q[i] = (s >= -9.2233720368547758e18 && s < 9.2233720368547758e18) ? static_cast<int64_t>(s)
-                                                                                    : INT64_MIN;
+                                                                                  : INT64_MIN;
                 const double e = v - static_cast<double>(q[i]) / scale;
                 if (x < w - 1) t[i + 1] += e * 0.4375;
                 if (y < h - 1) {
                     if (x > 0) t[i + w - 1] += e * 0.1875;
                     t[i + w] += e * 0.3125;
-                    if (x < w - 1 || (options.lowerRightWraps && i + w + 1 < t.size())) t[i + w + 1] += e * 0.0625;
+                    if (x < w - 1 || (options.lowerRightWraps && i + w + 1 < t.size()))
+                        t[i + w + 1] += e * 0.0625;
                 }
             }
         if (options.finalClamp)
@@ -294,7 +307,9 @@ std::vector<uint8_t> BigEndianInt16(const std::vector<int>& values) {
     return out;
 }
 
-ImagePtr ReadBytes(const std::vector<uint8_t>& bytes) { return ImagePtr(Fits_ReadMemory(bytes.data(), bytes.size())); }
+ImagePtr ReadBytes(const std::vector<uint8_t>& bytes) {
+    return ImagePtr(Fits_ReadMemory(bytes.data(), bytes.size()));
+}
 
 std::vector<int64_t> Red(const ImageBuffer* image) {
     return std::vector<int64_t>(image->red, image->red + static_cast<size_t>(image->width) * image->height);
@@ -337,14 +352,19 @@ TEST(FitsRealFiles, EveryFitsReadOrRefusedAsExpected) {
 TEST(FitsRealFiles, SamplesMatchPlainReimplementation) {
     // Primary images of every BITPIX, with and without BZERO, DATAMIN/DATAMAX,
     // NaN, colour and a fourth plane.
-    const char* files[] = {
-        "fits/linear/m13_300px_float32.fits",          "fits/linear/msx_gc_e_float64.fits",
-        "fits/linear/spitzer_glimpse_float32_nan.fits", "fits/linear/iraf_M51_B600s_int16.fits",
-        "fits/linear/dss_M67_1059px_int16.fits",        "fits/linear/hst_wfpc2_cube_200x200x4_float32.fits",
-        "fits/linear/2mass_gc_k_bscale.fits",           "fits/odd/hst_fgs_89688x7_int32.fits",
-        "fits/writers/pixinsight_M51_color_8.fits",     "fits/writers/pixinsight_NGC3344_mono_F32.fits",
-        "raw_cfa/sv305_8bit_CFA_GRBG_1920x1080.fits",   "derived/siril_M94_32x10s_rgb_uint16.fit",
-        "fits/odd/astropy_ngc1316_aips_datamin_mismatch.fits"};
+    const char* files[] = {"fits/linear/m13_300px_float32.fits",
+                           "fits/linear/msx_gc_e_float64.fits",
+                           "fits/linear/spitzer_glimpse_float32_nan.fits",
+                           "fits/linear/iraf_M51_B600s_int16.fits",
+                           "fits/linear/dss_M67_1059px_int16.fits",
+                           "fits/linear/hst_wfpc2_cube_200x200x4_float32.fits",
+                           "fits/linear/2mass_gc_k_bscale.fits",
+                           "fits/odd/hst_fgs_89688x7_int32.fits",
+                           "fits/writers/pixinsight_M51_color_8.fits",
+                           "fits/writers/pixinsight_NGC3344_mono_F32.fits",
+                           "raw_cfa/sv305_8bit_CFA_GRBG_1920x1080.fits",
+                           "derived/siril_M94_32x10s_rgb_uint16.fit",
+                           "fits/odd/astropy_ngc1316_aips_datamin_mismatch.fits"};
     PELLUCIDA_REQUIRE_DATA(first, files[0]);
     for (const char* name : files) {
         SCOPED_TRACE(name);
@@ -393,7 +413,8 @@ TEST(FitsValues, UnsignedShortDarkestIsZeroBrightestOneBelowTop) {
     EXPECT_EQ(image->red[3], 1073741822);  // 2^30 would be the top; the clamp keeps it one below
     EXPECT_EQ(Red(image.get()), std::vector<int64_t>(image->green, image->green + 4));
     EXPECT_EQ(Red(image.get()), std::vector<int64_t>(image->blue, image->blue + 4));
-    const auto ref = Reference({{-32768, -32768 + 100, 0, 32767}}, 4, 1, RefRules{false, 32768.0, 0, 0, true, false});
+    const auto ref =
+        Reference({{-32768, -32768 + 100, 0, 32767}}, 4, 1, RefRules{false, 32768.0, 0, 0, true, false});
     EXPECT_EQ(Red(image.get()), ref[0]);
     const auto unclamped = Reference({{-32768, -32768 + 100, 0, 32767}}, 4, 1,
                                      RefRules{false, 32768.0, 0, 0, true, false}, RefOptions{true, false});
@@ -442,34 +463,35 @@ TEST(FitsValues, FloatZeroToOneStretchesAndLargeFloatsAreCapped) {
 
 TEST(FitsValues, NanEntersAsMinusOneAndEndsAtZero) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    const auto bytes = MakeFits({"SIMPLE  =                    T", "BITPIX  =                  -32",
-                                 "NAXIS   =                    2", "NAXIS1  =                    3",
-                                 "NAXIS2  =                    2"},
-                                BigEndianFloats({0.2f, nan, 0.6f, 1.0f, 0.4f, nan}));
+    const auto bytes = MakeFits(
+        {"SIMPLE  =                    T", "BITPIX  =                  -32", "NAXIS   =                    2",
+         "NAXIS1  =                    3", "NAXIS2  =                    2"},
+        BigEndianFloats({0.2f, nan, 0.6f, 1.0f, 0.4f, nan}));
     ImagePtr image = ReadBytes(bytes);
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(image->red[1], 0);
     EXPECT_EQ(image->red[5], 0);
-    const auto ref = Reference({{0.2f, nan, 0.6f, 1.0f, 0.4f, nan}}, 3, 2, RefRules{true, 0, 0, 0, false, false});
+    const auto ref =
+        Reference({{0.2f, nan, 0.6f, 1.0f, 0.4f, nan}}, 3, 2, RefRules{true, 0, 0, 0, false, false});
     EXPECT_EQ(Red(image.get()), ref[0]);
 }
 
 TEST(FitsValues, ConstantImageIsAllZero) {
-    const auto bytes = MakeFits({"SIMPLE  =                    T", "BITPIX  =                   16",
-                                 "NAXIS   =                    2", "NAXIS1  =                    3",
-                                 "NAXIS2  =                    3"},
-                                BigEndianInt16({500, 500, 500, 500, 500, 500, 500, 500, 500}));
+    const auto bytes = MakeFits(
+        {"SIMPLE  =                    T", "BITPIX  =                   16", "NAXIS   =                    2",
+         "NAXIS1  =                    3", "NAXIS2  =                    3"},
+        BigEndianInt16({500, 500, 500, 500, 500, 500, 500, 500, 500}));
     ImagePtr image = ReadBytes(bytes);
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(Red(image.get()), std::vector<int64_t>(9, 0));
 }
 
 TEST(FitsValues, DataMinMaxClampIntegers) {
-    const auto bytes = MakeFits({"SIMPLE  =                    T", "BITPIX  =                   16",
-                                 "NAXIS   =                    2", "NAXIS1  =                    4",
-                                 "NAXIS2  =                    1", "DATAMIN =                100.0",
-                                 "DATAMAX =                300.0"},
-                                BigEndianInt16({0, 100, 200, 1000}));
+    const auto bytes = MakeFits(
+        {"SIMPLE  =                    T", "BITPIX  =                   16", "NAXIS   =                    2",
+         "NAXIS1  =                    4", "NAXIS2  =                    1", "DATAMIN =                100.0",
+         "DATAMAX =                300.0"},
+        BigEndianInt16({0, 100, 200, 1000}));
     ImagePtr image = ReadBytes(bytes);
     ASSERT_NE(image, nullptr);
     const auto ref = Reference({{0, 100, 200, 1000}}, 4, 1, RefRules{false, 0, 100.0, 300.0, false, false});
@@ -485,13 +507,14 @@ TEST(FitsDiffusion, LowerRightFromLastColumnLandsOnRowAfterNext) {
     // A narrow float image whose values leave errors everywhere; with width 2 the
     // wrapped 1/16 share from every last column changes some later sample.
     std::vector<float> values;
-    for (int i = 0; i < 2 * 64; ++i) values.push_back(static_cast<float>(std::fmod(i * 0.618033988749, 1.0) * 2.9));
+    for (int i = 0; i < 2 * 64; ++i)
+        values.push_back(static_cast<float>(std::fmod(i * 0.618033988749, 1.0) * 2.9));
     values[3] = 3.0f;
-    const auto bytes = MakeFits({"SIMPLE  =                    T", "BITPIX  =                  -32",
-                                 "NAXIS   =                    2", "NAXIS1  =                    2",
-                                 "NAXIS2  =                   64", "DATAMIN =                  0.0",
-                                 "DATAMAX =                  3.0"},
-                                BigEndianFloats(values));
+    const auto bytes = MakeFits(
+        {"SIMPLE  =                    T", "BITPIX  =                  -32", "NAXIS   =                    2",
+         "NAXIS1  =                    2", "NAXIS2  =                   64", "DATAMIN =                  0.0",
+         "DATAMAX =                  3.0"},
+        BigEndianFloats(values));
     ImagePtr image = ReadBytes(bytes);
     ASSERT_NE(image, nullptr);
     const std::vector<double> asDouble(values.begin(), values.end());
@@ -510,7 +533,8 @@ TEST(FitsDiffusion, WidthOneImageOnlyPushesDown) {
                                     std::vector<uint8_t> out;
                                     for (double d : {0.1, 3.7, 2.2, 9.9, 0.3}) {
                                         const uint64_t u = std::bit_cast<uint64_t>(d);
-                                        for (int b = 7; b >= 0; --b) out.push_back(static_cast<uint8_t>(u >> (8 * b)));
+                                        for (int b = 7; b >= 0; --b)
+                                            out.push_back(static_cast<uint8_t>(u >> (8 * b)));
                                     }
                                     return out;
                                 }());
@@ -577,12 +601,11 @@ TEST(FitsHeader, ThreePlanesOfFourAreReadAsColour) {
 }
 
 TEST(FitsHeader, ImageExtensionBehindDatalessPrimary) {
-    std::vector<std::string> cards = {"SIMPLE  =                    T", "BITPIX  =                    8",
-                                      "NAXIS   =                    0", "EXTEND  =                    T",
-                                      "NEXTEND =                    1", "END",
-                                      "XTENSION= 'IMAGE   '",          "BITPIX  =                    8",
-                                      "NAXIS   =                    2", "NAXIS1  =                    2",
-                                      "NAXIS2  =                    1"};
+    std::vector<std::string> cards = {
+        "SIMPLE  =                    T", "BITPIX  =                    8", "NAXIS   =                    0",
+        "EXTEND  =                    T", "NEXTEND =                    1", "END",
+        "XTENSION= 'IMAGE   '",           "BITPIX  =                    8", "NAXIS   =                    2",
+        "NAXIS1  =                    2", "NAXIS2  =                    1"};
     // The primary's END ends its block; the extension header starts a new one.
     std::string header;
     for (int i = 0; i < 6; ++i) header += Card(cards[i]);
@@ -612,10 +635,10 @@ TEST(FitsHeader, TruncatedDataRepeatsTheLastBytes) {
     // the low byte of the value before it, and the last value repeats it.
     auto data = BigEndianInt16({1000, 3000});
     data.push_back(0x02);  // high byte of a third value
-    const auto bytes = MakeFits({"SIMPLE  =                    T", "BITPIX  =                   16",
-                                 "NAXIS   =                    2", "NAXIS1  =                    4",
-                                 "NAXIS2  =                    1"},
-                                data);
+    const auto bytes = MakeFits(
+        {"SIMPLE  =                    T", "BITPIX  =                   16", "NAXIS   =                    2",
+         "NAXIS1  =                    4", "NAXIS2  =                    1"},
+        data);
     ImagePtr image = ReadBytes(bytes);
     ASSERT_NE(image, nullptr);
     const int third = 0x02 << 8 | (3000 & 255);

@@ -60,8 +60,18 @@ void Replay(const char* name, MemoryReader read) {
 
 }  // namespace
 
-TEST(FuzzCorpus, Tiff) { Replay("Tiff", &Tiff_ReadMemory); }
-TEST(FuzzCorpus, Bmp) { Replay("Bmp", &Bmp_ReadMemory); }
-TEST(FuzzCorpus, Png) { Replay("Png", &Png_ReadMemory); }
-TEST(FuzzCorpus, Jpeg) { Replay("Jpeg", &Jpeg_ReadMemory); }
-TEST(FuzzCorpus, Fits) { Replay("Fits", &Fits_ReadMemory); }
+TEST(FuzzCorpus, Tiff) {
+    Replay("Tiff", &Tiff_ReadMemory);
+}
+TEST(FuzzCorpus, Bmp) {
+    Replay("Bmp", &Bmp_ReadMemory);
+}
+TEST(FuzzCorpus, Png) {
+    Replay("Png", &Png_ReadMemory);
+}
+TEST(FuzzCorpus, Jpeg) {
+    Replay("Jpeg", &Jpeg_ReadMemory);
+}
+TEST(FuzzCorpus, Fits) {
+    Replay("Fits", &Fits_ReadMemory);
+}

@@ -192,14 +192,16 @@ TEST_F(JpegFiles, HuffmanTablesWithMoreThan256CodesAreRefused) {
     EXPECT_EQ(ReadMemory(before), nullptr);
 
     // The same table placed after the scan, before the end marker.
-    const std::vector<uint8_t> table(before.begin() + long(dht), before.begin() + long(dht) + 2 +
-                                         (size_t(before[dht + 2]) << 8 | before[dht + 3]));
+    const std::vector<uint8_t> table(
+        before.begin() + long(dht),
+        before.begin() + long(dht) + 2 + (size_t(before[dht + 2]) << 8 | before[dht + 3]));
     auto after = bytes;
     after.insert(after.end() - 2, table.begin(), table.end());
     EXPECT_FALSE(Jpeg_IsBaseline(after.data(), after.size()));
     EXPECT_EQ(ReadMemory(after), nullptr);
     auto fine = bytes;
-    const std::vector<uint8_t> goodTable(bytes.begin() + long(dht), bytes.begin() + long(dht) + long(table.size()));
+    const std::vector<uint8_t> goodTable(bytes.begin() + long(dht),
+                                         bytes.begin() + long(dht) + long(table.size()));
     fine.insert(fine.end() - 2, goodTable.begin(), goodTable.end());
     EXPECT_TRUE(Jpeg_IsBaseline(fine.data(), fine.size()));
 }

@@ -151,7 +151,8 @@ TEST(PngColourTypes, LowGreyDepthsExpandToEightBits) {
 }
 
 TEST(PngColourTypes, GreyAlphaAndColourKeys) {
-    ImagePtr ga = ReadMemory(Encode({0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0}, 2, 1, LCT_GREY_ALPHA, 16));
+    ImagePtr ga =
+        ReadMemory(Encode({0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0}, 2, 1, LCT_GREY_ALPHA, 16));
     ASSERT_NE(ga, nullptr);
     EXPECT_EQ(ga->mono, 1);
     EXPECT_EQ(ga->bitDepth, 16);

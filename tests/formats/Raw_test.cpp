@@ -92,7 +92,8 @@ TEST(RawFrames, ReadFromAFileByItsSize) {
         std::vector<uint8_t> bytes(f.size, 0);
         const auto packed = Pack({4095, 1, 2048}, 12);
         std::copy(packed.begin(), packed.end(), bytes.begin());
-        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), long(bytes.size()));
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), long(bytes.size()));
     }
     ImagePtr image(Raw_Read(path.string().c_str()));
     ASSERT_NE(image, nullptr);

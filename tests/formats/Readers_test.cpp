@@ -17,7 +17,10 @@ TEST(Readers, EachSampleIsRefusedByTheOtherReaders) {
     const struct {
         const char* name;
         ImageBuffer* (*read)(const char*);
-    } readers[] = {{"BMP", &Bmp_Read}, {"TIFF", &Tiff_Read}, {"raw", &Raw_Read}, {"PNG", &Png_Read},
+    } readers[] = {{"BMP", &Bmp_Read},
+                   {"TIFF", &Tiff_Read},
+                   {"raw", &Raw_Read},
+                   {"PNG", &Png_Read},
                    {"JPEG", &Jpeg_Read}};
     const auto entries = Manifest_Entries("");
     ASSERT_GE(entries.size(), 80u);

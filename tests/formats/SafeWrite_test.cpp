@@ -16,8 +16,8 @@
 #include <vector>
 
 #if defined(__unix__) || defined(__APPLE__)
-#include <csignal>
 #include <sys/resource.h>
+#include <csignal>
 #define PELLUCIDA_HAVE_FSIZE_LIMIT 1
 #endif
 
@@ -29,7 +29,8 @@ class SafeWriteTest : public testing::Test {
 protected:
     void SetUp() override {
         m_dir = fs::temp_directory_path() /
-                ("pellucida_safewrite_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+                ("pellucida_safewrite_" +
+                 std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
         fs::remove_all(m_dir);
         fs::create_directories(m_dir);
     }

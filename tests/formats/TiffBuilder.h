@@ -63,9 +63,12 @@ public:
             std::vector<uint8_t> bytes = e.raw;
             if (bytes.empty())
                 for (uint32_t v : e.values) {
-                    if (e.type == 3) Put16(bytes, uint16_t(v));
-                    else if (e.type == 1) bytes.push_back(uint8_t(v));
-                    else Put32(bytes, v);
+                    if (e.type == 3)
+                        Put16(bytes, uint16_t(v));
+                    else if (e.type == 1)
+                        bytes.push_back(uint8_t(v));
+                    else
+                        Put32(bytes, v);
                 }
             const size_t at = dirStart + i * 12;
             Set16(out, at, e.tag);

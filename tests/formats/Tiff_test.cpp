@@ -2,10 +2,10 @@
 // float, several strips; compressed, planar, tiled and BigTIFF refused), the
 // float mapping, malformed and truncated files, the writer's exact layout and
 // the round trip of the attachment.
-#include "formats/Tiff_Read.h"
-#include "formats/Tiff_Write.h"
 #include "formats/Manifest.h"
 #include "formats/TiffBuilder.h"
+#include "formats/Tiff_Read.h"
+#include "formats/Tiff_Write.h"
 #include "image/Image.h"
 #include "support/TestData.h"
 
@@ -54,8 +54,8 @@ class TempDir {
 public:
     TempDir() {
         m_path = std::filesystem::temp_directory_path() /
-                 ("pellucida_tiff_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + "_" +
-                  ::testing::UnitTest::GetInstance()->current_test_info()->name());
+                 ("pellucida_tiff_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
+                  "_" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
         std::filesystem::remove_all(m_path);
         std::filesystem::create_directories(m_path);
     }
@@ -126,13 +126,18 @@ TEST(TiffSamples, KnownPixelsInBothByteOrdersAndAllLayouts) {
         {"tiff/odd/imagetiff_flower-minisblack-32.tif",
          {{0, 0, 1455125979, 1455125979, 1455125979, -1}, {72, 42, 1152407765, 1152407765, 1152407765, -1}}},
         {"tiff/odd/imagetiff_flower-rgb-contig-32.tif",
-         {{0, 0, 1489786731, 1487293910, 1198600246, -1}, {36, 20, 1257472937, 1226459270, 485453981, -1},
+         {{0, 0, 1489786731, 1487293910, 1198600246, -1},
+          {36, 20, 1257472937, 1226459270, 485453981, -1},
           {72, 42, 1152914302, 1179705243, 1010517523, -1}}},
         // Big-endian 16-bit grey in 6 strips and RGB in 19 strips; 8-bit RGB.
         {"tiff/odd/imagetiff_minisblack-1c-16b.tiff",
-         {{0, 0, 21909, 21909, 21909, -1}, {80, 75, 9292, 9292, 9292, -1}, {156, 150, 49003, 49003, 49003, -1}}},
+         {{0, 0, 21909, 21909, 21909, -1},
+          {80, 75, 9292, 9292, 9292, -1},
+          {156, 150, 49003, 49003, 49003, -1}}},
         {"tiff/odd/imagetiff_rgb-3c-16b.tiff",
-         {{0, 0, 41733, 13385, 13810, -1}, {80, 75, 19825, 4949, 4028, -1}, {156, 150, 45996, 52028, 41317, -1}}},
+         {{0, 0, 41733, 13385, 13810, -1},
+          {80, 75, 19825, 4949, 4028, -1},
+          {156, 150, 45996, 52028, 41317, -1}}},
         {"tiff/odd/imagetiff_rgb-3c-8b.tiff",
          {{0, 0, 162, 52, 53, -1}, {80, 75, 77, 19, 15, -1}, {156, 150, 178, 202, 160, -1}}},
         // Little-endian 16-bit grey in 4 strips; no SamplesPerPixel tag.
@@ -204,12 +209,13 @@ TEST(TiffFloat, LargestValueAboveOneScalesEverything_NanAndNegativesBecomeZero) 
         ImagePtr image = ReadMemory(t.Build());
         ASSERT_NE(image, nullptr);
         const int64_t m = 4294967295;
-        ExpectPixels(image.get(), {{0, 0, 0, 0, 0, -1},
-                                   {1, 0, std::llround(m / 4.0), std::llround(m / 4.0), std::llround(m / 4.0), -1},
-                                   {2, 0, std::llround(m / 2.0), std::llround(m / 2.0), std::llround(m / 2.0), -1},
-                                   {3, 0, m, m, m, -1},
-                                   {4, 0, 0, 0, 0, -1},
-                                   {5, 0, 0, 0, 0, -1}});
+        ExpectPixels(image.get(),
+                     {{0, 0, 0, 0, 0, -1},
+                      {1, 0, std::llround(m / 4.0), std::llround(m / 4.0), std::llround(m / 4.0), -1},
+                      {2, 0, std::llround(m / 2.0), std::llround(m / 2.0), std::llround(m / 2.0), -1},
+                      {3, 0, m, m, m, -1},
+                      {4, 0, 0, 0, 0, -1},
+                      {5, 0, 0, 0, 0, -1}});
     }
 }
 
@@ -239,7 +245,7 @@ TEST(TiffFloat, HalfFloatsIncludingSubnormals) {
     EXPECT_EQ(image->bitDepth, 16);
     EXPECT_EQ(image->red[0], 32768);  // 0.5 x 65535 rounded
     EXPECT_EQ(image->red[1], 16384);
-    EXPECT_EQ(image->red[2], 0);      // 65535 x 2^-24 rounds to 0
+    EXPECT_EQ(image->red[2], 0);  // 65535 x 2^-24 rounds to 0
     EXPECT_EQ(image->red[3], 0);
 }
 
@@ -256,9 +262,12 @@ TEST(TiffLayouts, BothByteOrdersGiveTheSameImage) {
             std::vector<uint8_t> px;
             for (uint32_t i = 0; i < 18; ++i) {
                 const uint32_t v = (i * 2654435761u) >> (32 - bits);
-                if (bits == 8) px.push_back(uint8_t(v));
-                else if (bits == 16) t.Put16(px, uint16_t(v));
-                else t.Put32(px, v);
+                if (bits == 8)
+                    px.push_back(uint8_t(v));
+                else if (bits == 16)
+                    t.Put16(px, uint16_t(v));
+                else
+                    t.Put32(px, v);
             }
             t.Pixels(px, 7);  // strips that split samples
             images[big] = ReadMemory(t.Build());
@@ -292,26 +301,49 @@ TEST(TiffLayouts, RefusedHeaders) {
         void (*edit)(TiffBuilder&);
     };
     const Case cases[] = {
-        {"compression 5", [](TiffBuilder& t) { t.Basic(2, 2, 3, 8, 2); t.Entry(259, 3, {5}); }},
-        {"planar RGB", [](TiffBuilder& t) { t.Basic(2, 2, 3, 8, 2); t.Entry(284, 3, {2}); }},
-        {"tiled", [](TiffBuilder& t) { t.Basic(2, 2, 3, 8, 2); t.Entry(322, 3, {16}); }},
-        {"no photometric", [](TiffBuilder& t) {
-             t.Entry(256, 3, {2}); t.Entry(257, 3, {2}); t.Entry(258, 3, {8});
+        {"compression 5",
+         [](TiffBuilder& t) {
+             t.Basic(2, 2, 3, 8, 2);
+             t.Entry(259, 3, {5});
+         }},
+        {"planar RGB",
+         [](TiffBuilder& t) {
+             t.Basic(2, 2, 3, 8, 2);
+             t.Entry(284, 3, {2});
+         }},
+        {"tiled",
+         [](TiffBuilder& t) {
+             t.Basic(2, 2, 3, 8, 2);
+             t.Entry(322, 3, {16});
+         }},
+        {"no photometric",
+         [](TiffBuilder& t) {
+             t.Entry(256, 3, {2});
+             t.Entry(257, 3, {2});
+             t.Entry(258, 3, {8});
          }},
         {"signed samples", [](TiffBuilder& t) { t.Basic(2, 2, 1, 16, 1, 2); }},
         {"64-bit float", [](TiffBuilder& t) { t.Basic(2, 2, 1, 64, 1, 3); }},
         {"8-bit float", [](TiffBuilder& t) { t.Basic(2, 2, 1, 8, 1, 3); }},
         {"float RGBA", [](TiffBuilder& t) { t.Basic(2, 2, 4, 32, 2, 3); }},
         {"32-bit RGBA", [](TiffBuilder& t) { t.Basic(2, 2, 4, 32, 2); }},
-        {"RGBA without extra sample", [](TiffBuilder& t) {
-             t.Entry(256, 3, {2}); t.Entry(257, 3, {2}); t.Entry(258, 3, {8, 8, 8, 8});
-             t.Entry(262, 3, {2}); t.Entry(277, 3, {4});
+        {"RGBA without extra sample",
+         [](TiffBuilder& t) {
+             t.Entry(256, 3, {2});
+             t.Entry(257, 3, {2});
+             t.Entry(258, 3, {8, 8, 8, 8});
+             t.Entry(262, 3, {2});
+             t.Entry(277, 3, {4});
          }},
         {"two samples", [](TiffBuilder& t) { t.Basic(2, 2, 2, 8, 1); }},
         {"palette", [](TiffBuilder& t) { t.Basic(2, 2, 1, 8, 3); }},
-        {"mixed bit depths", [](TiffBuilder& t) {
-             t.Entry(256, 3, {2}); t.Entry(257, 3, {2}); t.Entry(258, 3, {8, 16, 8});
-             t.Entry(262, 3, {2}); t.Entry(277, 3, {3});
+        {"mixed bit depths",
+         [](TiffBuilder& t) {
+             t.Entry(256, 3, {2});
+             t.Entry(257, 3, {2});
+             t.Entry(258, 3, {8, 16, 8});
+             t.Entry(262, 3, {2});
+             t.Entry(277, 3, {3});
          }},
         {"1-bit grey", [](TiffBuilder& t) { t.Basic(2, 2, 1, 1, 1); }},
     };
@@ -413,10 +445,9 @@ TEST(TiffStructure, EveryTruncationOfAValidFileIsRefusedWithoutHarm) {
 
 TEST(TiffStructure, DirectoryChainThatLoopsEndsTheWalk) {
     // Directory at 8 with no image whose next offset points back at itself.
-    std::vector<uint8_t> bytes = {'I', 'I', 42, 0, 8, 0, 0, 0,
-                                  1, 0,                                   // one entry
-                                  0x0E, 0x01, 2, 0, 1, 0, 0, 0, 0, 0, 0, 0,  // ImageDescription
-                                  8, 0, 0, 0};
+    std::vector<uint8_t> bytes = {'I',  'I',  42, 0, 8, 0, 0, 0, 1, 0,        // one entry
+                                  0x0E, 0x01, 2,  0, 1, 0, 0, 0, 0, 0, 0, 0,  // ImageDescription
+                                  8,    0,    0,  0};
     EXPECT_EQ(ReadMemory(bytes), nullptr);
     // Two directories pointing at each other.
     std::vector<uint8_t> two = {'I', 'I', 42, 0, 8, 0, 0, 0, 0, 0, 14, 0, 0, 0, 0, 0, 8, 0, 0, 0};
@@ -447,8 +478,14 @@ namespace {
 // The expected file, assembled here field by field from the fixed layout.
 std::vector<uint8_t> ExpectedLayout(const ImageBuffer* image) {
     std::vector<uint8_t> out;
-    auto u16 = [&](uint32_t v) { out.push_back(uint8_t(v)); out.push_back(uint8_t(v >> 8)); };
-    auto u32 = [&](uint32_t v) { u16(v & 0xFFFF); u16(v >> 16); };
+    auto u16 = [&](uint32_t v) {
+        out.push_back(uint8_t(v));
+        out.push_back(uint8_t(v >> 8));
+    };
+    auto u32 = [&](uint32_t v) {
+        u16(v & 0xFFFF);
+        u16(v >> 16);
+    };
     const bool attach = image->attachment && image->attachmentSize > 0;
     const uint32_t entries = attach ? 13 : 12;
     const uint32_t xres = 8 + 2 + entries * 12 + 4;
@@ -460,7 +497,10 @@ std::vector<uint8_t> ExpectedLayout(const ImageBuffer* image) {
     out = {'I', 'I', 42, 0, 8, 0, 0, 0};
     u16(entries);
     auto entry = [&](uint32_t tag, uint32_t type, uint32_t count, uint32_t value) {
-        u16(tag); u16(type); u32(count); u32(value);
+        u16(tag);
+        u16(type);
+        u32(count);
+        u32(value);
     };
     entry(256, 3, 1, w);
     entry(257, 3, 1, h);
@@ -476,9 +516,13 @@ std::vector<uint8_t> ExpectedLayout(const ImageBuffer* image) {
     entry(296, 3, 1, 1);
     if (attach) entry(65000, 1, image->attachmentSize, attachmentAt);
     u32(0);
-    u32(1); u32(1);
-    u32(1); u32(1);
-    u16(16); u16(16); u16(16);
+    u32(1);
+    u32(1);
+    u32(1);
+    u32(1);
+    u16(16);
+    u16(16);
+    u16(16);
     const int s = 16 - image->bitDepth;
     for (size_t i = 0; i < size_t(w) * h; ++i)
         for (const int64_t* plane : {image->red, image->green, image->blue}) {
@@ -516,9 +560,15 @@ TEST(TiffWriter, ThirtyBitSamplesShiftRightAndSaturate) {
     ImagePtr image(Image_Create(3, 1));
     image->bitDepth = 30;
     image->maxValue = 1073741823;
-    image->red[0] = 1073741823; image->green[0] = 16383; image->blue[0] = 16384;
-    image->red[1] = 0; image->green[1] = int64_t{1} << 40; image->blue[1] = -5;
-    image->red[2] = 1 << 20; image->green[2] = 1 << 29; image->blue[2] = 3 << 14;
+    image->red[0] = 1073741823;
+    image->green[0] = 16383;
+    image->blue[0] = 16384;
+    image->red[1] = 0;
+    image->green[1] = int64_t{1} << 40;
+    image->blue[1] = -5;
+    image->red[2] = 1 << 20;
+    image->green[2] = 1 << 29;
+    image->blue[2] = 3 << 14;
     const std::string path = dir.File("shift.tif");
     ASSERT_EQ(Tiff_Write(image.get(), path.c_str()), 1);
     const auto bytes = ReadBytes(path);

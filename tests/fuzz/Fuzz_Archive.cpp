@@ -3,9 +3,9 @@
 // up by name and read, in pieces and whole.
 #include "ui/archive/Resources_Archive.h"
 
+#include <unistd.h>
 #include <cstdio>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
@@ -31,7 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     records.back().name = "missing.xml";
     for (const ResourceRecordInfo& record : records) {
         ResourceEntry* entry = nullptr;
-        if (ResourceArchive_OpenEntry(&archive, record.name.c_str(), kResourceModeRead, &entry) != kResourceOk)
+        if (ResourceArchive_OpenEntry(&archive, record.name.c_str(), kResourceModeRead, &entry) !=
+            kResourceOk)
             continue;
         uint8_t buffer[64];
         ResourceEntry_Read(&archive, entry, buffer, sizeof buffer);

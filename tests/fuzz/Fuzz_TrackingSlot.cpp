@@ -16,7 +16,8 @@ namespace {
 
 std::string SlotFolder() {
     static const std::string folder = [] {
-        auto dir = std::filesystem::temp_directory_path() / ("pellucida-fuzz-slot-" + std::to_string(getpid()));
+        auto dir =
+            std::filesystem::temp_directory_path() / ("pellucida-fuzz-slot-" + std::to_string(getpid()));
         std::filesystem::create_directories(dir);
         setenv("PELLUCIDA_STATE_DIR", dir.c_str(), 1);
         return dir.string();

@@ -291,7 +291,9 @@ namespace pump {
 std::vector<VideoResizeArgs> resizes;
 int remaining = 0;
 
-void NumPending(HostDriver*, HostMethod*, void* arg) { *static_cast<uint32_t*>(arg) = remaining > 0 ? 3 : 0; }
+void NumPending(HostDriver*, HostMethod*, void* arg) {
+    *static_cast<uint32_t*>(arg) = remaining > 0 ? 3 : 0;
+}
 void Next(HostDriver*, HostMethod*, void* arg) {
     auto* event = static_cast<SysEvent*>(arg);
     event->kind = kSysEventResized;
@@ -299,7 +301,9 @@ void Next(HostDriver*, HostMethod*, void* arg) {
     event->resized.height = 50;
     --remaining;
 }
-void Resize(HostDriver*, HostMethod*, void* arg) { resizes.push_back(*static_cast<VideoResizeArgs*>(arg)); }
+void Resize(HostDriver*, HostMethod*, void* arg) {
+    resizes.push_back(*static_cast<VideoResizeArgs*>(arg));
+}
 
 void Add(HostDriver* d, const char* name, HostMethodFn fn) {
     HostMethod m;

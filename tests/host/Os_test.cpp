@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
 #include <cstdlib>
 #include <filesystem>
-#include <unistd.h>
 
 namespace {
 
@@ -17,7 +17,8 @@ TEST(HostOs, ProgramDirIsTheFolderOfTheRunningExecutable) {
 }
 
 TEST(HostOs, StateDirOverrideIsCreatedAndEndsWithASeparator) {
-    auto dir = std::filesystem::temp_directory_path() / ("pellucida_state_" + std::to_string(getpid())) / "deep";
+    auto dir =
+        std::filesystem::temp_directory_path() / ("pellucida_state_" + std::to_string(getpid())) / "deep";
     setenv("PELLUCIDA_STATE_DIR", dir.c_str(), 1);
     std::string got = Host_GetDataDir();
     unsetenv("PELLUCIDA_STATE_DIR");

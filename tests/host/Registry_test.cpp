@@ -17,12 +17,16 @@ void Record(HostDriver* driver, HostMethod* method, void*) {
                       std::string(method->name, strnlen(method->name, kHostNameBound)));
 }
 
-void CallsItself(HostDriver*, HostMethod*, void*) { Host_Call("self", "Again", nullptr); }
+void CallsItself(HostDriver*, HostMethod*, void*) {
+    Host_Call("self", "Again", nullptr);
+}
 void CallsSibling(HostDriver* driver, HostMethod* method, void* arg) {
     Record(driver, method, arg);
     Host_Call("self", "Sibling", arg);
 }
-void WritesArgument(HostDriver*, HostMethod*, void* argument) { *static_cast<int*>(argument) = 42; }
+void WritesArgument(HostDriver*, HostMethod*, void* argument) {
+    *static_cast<int*>(argument) = 42;
+}
 void RecordUseCount(HostDriver* driver, HostMethod* method, void* arg) {
     Record(driver, method, arg);
     g_calls.push_back("useCount=" + std::to_string(driver->useCount));
@@ -37,7 +41,9 @@ void AddMethod(HostDriver* driver, const char* name, HostMethodFn function) {
 
 // Fatal paths end the process; the statement runs in a child whose standard
 // output is sent to standard error, where the death test reads it.
-void StdoutToStderr() { dup2(STDERR_FILENO, STDOUT_FILENO); }
+void StdoutToStderr() {
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+}
 
 class RegistryTest : public testing::Test {
 protected:

@@ -1,7 +1,7 @@
 // Worker threads, the background task and the plain message box.
 #include "host/Host.h"
-#include "host/Host_Threads.h"
 #include "host/Host_Backend.h"
+#include "host/Host_Threads.h"
 #include "host/headless/Headless.h"
 
 #include <gtest/gtest.h>
@@ -35,10 +35,9 @@ int StopAt(void* context, uint32_t row, uint32_t) {
 
 void PaintColumns(ColumnParams* p) {
     p->calls->fetch_add(1);
-    Worker_ForInterleavedColumns(p->workerIndex, p->workerCount, p->width, p->height, StopAt, p,
-                                 [p](uint32_t x, uint32_t y) {
-                                     (*p->owner)[y * p->width + x] = int(p->workerIndex);
-                                 });
+    Worker_ForInterleavedColumns(
+        p->workerIndex, p->workerCount, p->width, p->height, StopAt, p,
+        [p](uint32_t x, uint32_t y) { (*p->owner)[y * p->width + x] = int(p->workerIndex); });
 }
 
 TEST(Workers, EachWorkerTakesInterleavedColumnsOfEveryRow) {
@@ -83,13 +82,15 @@ TEST(Workers, AProgressAnswerStopsEachWorkerAtItsNextRow) {
     p.stopAtRow = 5;
     Host_RunWorkers(p, PaintColumns);
     for (uint32_t y = 0; y < 8; ++y)
-        for (uint32_t x = 0; x < 6; ++x) EXPECT_EQ(owner[y * 6 + x], y < 5 ? int(x % 2) : -1) << x << "," << y;
+        for (uint32_t x = 0; x < 6; ++x)
+            EXPECT_EQ(owner[y * 6 + x], y < 5 ? int(x % 2) : -1) << x << "," << y;
 }
 
 TEST(Workers, WaitReturnsWhenTheLastWorkerEnds) {
     std::atomic<bool> release{false};
     auto worker = [](void* arg) {
-        while (!static_cast<std::atomic<bool>*>(arg)->load()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        while (!static_cast<std::atomic<bool>*>(arg)->load())
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
     };
     Host_StartWorker(worker, &release);
     Host_StartWorker(worker, &release);

@@ -16,7 +16,9 @@ void FillPlane(int64_t* plane, const ImageBuffer* image, int64_t (*f)(int32_t x,
         for (int32_t x = 0; x < image->width; ++x) plane[y * image->stride + x] = f(x, y);
 }
 
-int64_t PixelHash(int32_t x, int32_t y) { return (x * 7919 + y * 104729) % 65536; }
+int64_t PixelHash(int32_t x, int32_t y) {
+    return (x * 7919 + y * 104729) % 65536;
+}
 
 std::vector<int64_t> PlaneCopy(const int64_t* plane, const ImageBuffer* image) {
     return std::vector<int64_t>(plane, plane + static_cast<size_t>(image->stride) * image->height);
@@ -63,7 +65,8 @@ TEST(ImageCreate, ClearedAndClearSetPlanesAsDocumented) {
         EXPECT_EQ(image->alpha[i], 65535);
         EXPECT_EQ(image->aux[i], 65535);
     }
-    for (int i = 0; i < 45; ++i) image->red[i] = image->green[i] = image->blue[i] = image->alpha[i] = image->aux[i] = 3;
+    for (int i = 0; i < 45; ++i)
+        image->red[i] = image->green[i] = image->blue[i] = image->alpha[i] = image->aux[i] = 3;
     Image_Clear(image.get());
     for (int i = 0; i < 45; ++i) {
         EXPECT_EQ(image->red[i], 0);

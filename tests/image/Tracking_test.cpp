@@ -219,8 +219,8 @@ std::vector<ParsedBlock> ParseRecord(const std::vector<uint8_t>& bytes, uint32_t
         if (at + block.length > bytes.size()) break;
         block.data.resize(8388608);
         const int n = LZ4_decompress_safe(reinterpret_cast<const char*>(bytes.data() + at),
-                                          reinterpret_cast<char*>(block.data.data()), static_cast<int>(block.length),
-                                          8388608);
+                                          reinterpret_cast<char*>(block.data.data()),
+                                          static_cast<int>(block.length), 8388608);
         block.data.resize(n < 0 ? 0 : static_cast<size_t>(n));
         at += block.length;
         blocks.push_back(std::move(block));
@@ -252,10 +252,10 @@ TEST_F(TrackingStore, ComposeStoresLuminanceAndColourDifferences) {
         std::memcpy(&v, blocks[plane].data.data() + i * 8, 8);
         return v;
     };
-    const int64_t expected[4][3] = {{10, 3, -3},       // 10.032
-                                    {29, -29, 71},     // 29.9
-                                    {586, -586, -586}, // 586.413
-                                    {113, 886, -113}}; // 113.886
+    const int64_t expected[4][3] = {{10, 3, -3},        // 10.032
+                                    {29, -29, 71},      // 29.9
+                                    {586, -586, -586},  // 586.413
+                                    {113, 886, -113}};  // 113.886
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(sample(0, i), expected[i][0]) << "pixel " << i;
         EXPECT_EQ(sample(1, i), expected[i][1]) << "pixel " << i;
@@ -346,7 +346,7 @@ TEST_F(TrackingStore, PlaneOfExactlyEightMebibytesIsOneBlock) {
 }
 
 TEST_F(TrackingStore, OneSampleMoreThanEightMebibytesMakesTwoBlocksAPlane) {
-    SetEnv("PELLUCIDA_WORKERS", "4");  // more workers than blocks of a plane, fewer than of the file
+    SetEnv("PELLUCIDA_WORKERS", "4");          // more workers than blocks of a plane, fewer than of the file
     ImagePtr image = MakeImage(61681, 17, 5);  // 1048577 samples
     ASSERT_TRUE(Tracking_WriteSlot(1, 0, image.get(), false));
     const std::vector<uint8_t> bytes = ReadBytes(Slot(1, 0));

@@ -36,7 +36,8 @@ std::vector<int64_t> Luminance(const ImageBuffer* image) {
 ImagePtr SyntheticSky(int32_t w, int32_t h) {
     return MakeImage(w, h, 30, [&](int32_t x, int32_t y, int c) {
         const int64_t base = 20000000 + 3000000 * c;
-        const int64_t noise = static_cast<int64_t>(TestHash(uint64_t(y) * 7919 + uint64_t(x) * 3 + uint64_t(c)) % 2000000);
+        const int64_t noise =
+            static_cast<int64_t>(TestHash(uint64_t(y) * 7919 + uint64_t(x) * 3 + uint64_t(c)) % 2000000);
         const int64_t dx = x % 37 - 18, dy = y % 29 - 14;
         const int64_t star = dx * dx + dy * dy < 6 ? 600000000 / (1 + dx * dx + dy * dy) : 0;
         return std::min<int64_t>(base + noise + star, (int64_t{1} << 30) - 1);
@@ -87,7 +88,8 @@ TEST(AutoDevSettings, CornersInAnyOrderAndZeroAreaRoi) {
 
 TEST(AutoDevMonochrome, ThresholdIsTwoToTheDepthMinusEight) {
     const int64_t t = int64_t{1} << 22;  // 30 bits
-    ImagePtr grey = MakeImage(8, 8, 30, [&](int32_t x, int32_t, int c) { return 1000000 + x + (c == 2 ? t - 1 : 0); });
+    ImagePtr grey =
+        MakeImage(8, 8, 30, [&](int32_t x, int32_t, int c) { return 1000000 + x + (c == 2 ? t - 1 : 0); });
     EXPECT_TRUE(AutoDev_IsMonochrome(grey.get()));
     ImagePtr colour = MakeImage(8, 8, 30, [&](int32_t x, int32_t y, int c) {
         return 1000000 + x + (c == 1 && x == 7 && y == 7 ? t : 0);

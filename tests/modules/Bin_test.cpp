@@ -18,7 +18,8 @@ TEST(BinParams, ValueTextAtTheDefault) {
     EXPECT_EQ(p.defaultValue, 5000);
     EXPECT_EQ(ModuleParams_ValueText(p, 5000, 0, 0), "(scale/noise reduction 50.00%)/(400.00%)/(+2.00 bits)");
     // At s = 1 the bit gain is -2 * 0 = -0.0, which the format prints after its "+".
-    EXPECT_EQ(ModuleParams_ValueText(p, 10000, 0, 0), "(scale/noise reduction 100.00%)/(100.00%)/(+-0.00 bits)");
+    EXPECT_EQ(ModuleParams_ValueText(p, 10000, 0, 0),
+              "(scale/noise reduction 100.00%)/(100.00%)/(+-0.00 bits)");
     EXPECT_EQ(Bin_LogBlock(BinParams{}),
               "--- Bin\nParameter [Scale] set to [(scale/noise reduction 50.00%)/(400.00%)/(+2.00 bits)]\n");
     EXPECT_EQ(Bin_Presets()[1].scale, 3538);
@@ -67,7 +68,8 @@ TEST(BinBox, FullScaleIsAPixelForPixelCopy) {
 
 TEST(BinAnyFactor, ConstantStaysConstantInEveryChannel) {
     // 1/16 and beyond put 256 and more source pixels into one output pixel.
-    ImagePtr image = MakeImage(211, 173, 30, [](int32_t, int32_t, int c) { return int64_t{700000000} + 1000 * c; });
+    ImagePtr image =
+        MakeImage(211, 173, 30, [](int32_t, int32_t, int c) { return int64_t{700000000} + 1000 * c; });
     for (int32_t v : {10000, 7071, 5000, 3538, 2500, 1000, 625, 500, 100}) {
         ImagePtr out(BinImage(image.get(), v * kBinScaleStep, nullptr));
         ASSERT_TRUE(out) << v;
@@ -78,7 +80,8 @@ TEST(BinAnyFactor, ConstantStaysConstantInEveryChannel) {
         for (int c = 0; c < 3; ++c)
             for (int32_t y = 0; y < out->height; ++y)
                 for (int32_t x = 0; x < out->width; ++x)
-                    ASSERT_EQ(Pixel(out.get(), c, x, y), 700000000 + 1000 * c) << "v " << v << " at " << x << "," << y;
+                    ASSERT_EQ(Pixel(out.get(), c, x, y), 700000000 + 1000 * c)
+                        << "v " << v << " at " << x << "," << y;
     }
 }
 
@@ -106,7 +109,8 @@ TEST(BinResample, RampIsSampledAtTheScaledPositions) {
     EXPECT_EQ(out->width, 282);
     EXPECT_EQ(out->height, 21);
     const double fx = 400.0 / 282.0;
-    for (int32_t x = 2; x < 270; ++x) EXPECT_NEAR(double(Pixel(out.get(), 0, x, 10)), 1000.0 * x * fx, 1.0) << x;
+    for (int32_t x = 2; x < 270; ++x)
+        EXPECT_NEAR(double(Pixel(out.get(), 0, x, 10)), 1000.0 * x * fx, 1.0) << x;
 }
 
 TEST(BinEdges, NoResultForZeroScaleOrAnEmptyOutputAndCancel) {

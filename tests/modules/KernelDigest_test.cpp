@@ -48,7 +48,8 @@ std::string Digest(const ImageBuffer* image) {
     std::vector<int64_t> all{image->width, image->height, image->bitDepth, image->maxValue};
     for (const int64_t* plane : {image->red, image->green, image->blue})
         for (int32_t y = 0; y < image->height; ++y)
-            all.insert(all.end(), plane + int64_t{y} * image->stride, plane + int64_t{y} * image->stride + image->width);
+            all.insert(all.end(), plane + int64_t{y} * image->stride,
+                       plane + int64_t{y} * image->stride + image->width);
     return Sha256_Hex(all.data(), all.size() * sizeof(int64_t));
 }
 
@@ -71,12 +72,14 @@ void ExpectDigest(const char* what, const std::string& expected, Body body) {
 TEST(KernelDigest, AutoDev) {
     const ImagePtr sky30 = DigestSky(211, 157, 30);
     const ImagePtr sky16 = DigestSky(211, 157, 16);
-    const ImagePtr grey = MakeImage(97, 61, 30, [&](int32_t x, int32_t y, int) {
-        return Pixel(sky30.get(), 1, x, y);
-    });
-    ExpectDigest("defaults, 30 bits", "1f906aac06856a5d261be99dfe1d6b0d06ec4404fcfa9fef95b91e22c8a3a3a2", [&] { return AutoDevDigest(sky30.get(), AutoDevParams{}); });
-    ExpectDigest("defaults, 16 bits", "7163db255074294bfaa349734321396e578e6b68abe13d3e866f61df3487d967", [&] { return AutoDevDigest(sky16.get(), AutoDevParams{}); });
-    ExpectDigest("defaults, grey", "189a8cbf01ab2498b94c1779cfeacacc4ec672c67fb4d53e34a1cb444606794a", [&] { return AutoDevDigest(grey.get(), AutoDevParams{}); });
+    const ImagePtr grey =
+        MakeImage(97, 61, 30, [&](int32_t x, int32_t y, int) { return Pixel(sky30.get(), 1, x, y); });
+    ExpectDigest("defaults, 30 bits", "1f906aac06856a5d261be99dfe1d6b0d06ec4404fcfa9fef95b91e22c8a3a3a2",
+                 [&] { return AutoDevDigest(sky30.get(), AutoDevParams{}); });
+    ExpectDigest("defaults, 16 bits", "7163db255074294bfaa349734321396e578e6b68abe13d3e866f61df3487d967",
+                 [&] { return AutoDevDigest(sky16.get(), AutoDevParams{}); });
+    ExpectDigest("defaults, grey", "189a8cbf01ab2498b94c1779cfeacacc4ec672c67fb4d53e34a1cb444606794a",
+                 [&] { return AutoDevDigest(grey.get(), AutoDevParams{}); });
     AutoDevParams tuned;
     tuned.blur = 37;
     tuned.curve = 230;
@@ -86,23 +89,32 @@ TEST(KernelDigest, AutoDev) {
     tuned.roiY0 = 20;
     tuned.roiX1 = 40;
     tuned.roiY1 = 120;
-    ExpectDigest("blur, curve, no tone, RoI", "8ec3edf5869455117cc2b49828ac2417d3020241f5d077109cbbd45be4285ca8", [&] { return AutoDevDigest(sky30.get(), tuned); });
+    ExpectDigest("blur, curve, no tone, RoI",
+                 "8ec3edf5869455117cc2b49828ac2417d3020241f5d077109cbbd45be4285ca8",
+                 [&] { return AutoDevDigest(sky30.get(), tuned); });
     AutoDevParams soft;
     soft.curve = 45;
     soft.tone = 100;
-    ExpectDigest("curve below 1, full tone", "f49235b4bc16dd189a09b4eba22fb1a2a026e7b678d4c0ab8d0f8863a9ee1153", [&] { return AutoDevDigest(sky30.get(), soft); });
+    ExpectDigest("curve below 1, full tone",
+                 "f49235b4bc16dd189a09b4eba22fb1a2a026e7b678d4c0ab8d0f8863a9ee1153",
+                 [&] { return AutoDevDigest(sky30.get(), soft); });
     // In place, as the batch pipeline runs it.
-    ExpectDigest("defaults in place", "1f906aac06856a5d261be99dfe1d6b0d06ec4404fcfa9fef95b91e22c8a3a3a2", [&] {
-        ImagePtr work(Image_Clone(sky30.get()));
-        AutoDev_RunInto(work.get(), work.get(), AutoDevParams{}, false, nullptr);
-        return Digest(work.get());
-    });
+    ExpectDigest("defaults in place", "1f906aac06856a5d261be99dfe1d6b0d06ec4404fcfa9fef95b91e22c8a3a3a2",
+                 [&] {
+                     ImagePtr work(Image_Clone(sky30.get()));
+                     AutoDev_RunInto(work.get(), work.get(), AutoDevParams{}, false, nullptr);
+                     return Digest(work.get());
+                 });
 }
 
 TEST(KernelDigest, Bin) {
     const ImagePtr sky = DigestSky(211, 157, 30);
     for (const auto& [scale, expected] : std::vector<std::pair<double, std::string>>{
-             {0.5, "35ba04b17632579024e7c771e5f67678ab46d61b084a7acc0a28f7aea45d1629"}, {0.7071, "8329227ddde5054c0ef97e30ee4d9490d89dda8210a8077e98a1b3dad9665089"}, {0.3538, "bc69a90a4310cb1949361d0de1d47aa18dd53e6b894f1f8894250a54ba5ed308"}, {0.25, "4aaaf729af0f3ab0afe52bf9139dcc30192eceb9e822e319a2f12caac51bcc8f"}, {0.1, "40721678e8dd1ecddaf8f1a67fb5c54acb22767347a9f38ead0afa1b5dc027e6"}}) {
+             {0.5, "35ba04b17632579024e7c771e5f67678ab46d61b084a7acc0a28f7aea45d1629"},
+             {0.7071, "8329227ddde5054c0ef97e30ee4d9490d89dda8210a8077e98a1b3dad9665089"},
+             {0.3538, "bc69a90a4310cb1949361d0de1d47aa18dd53e6b894f1f8894250a54ba5ed308"},
+             {0.25, "4aaaf729af0f3ab0afe52bf9139dcc30192eceb9e822e319a2f12caac51bcc8f"},
+             {0.1, "40721678e8dd1ecddaf8f1a67fb5c54acb22767347a9f38ead0afa1b5dc027e6"}}) {
         ExpectDigest(("scale " + std::to_string(scale)).c_str(), expected, [&] {
             ImagePtr out(BinImage(sky.get(), scale, nullptr));
             return Digest(out.get());
@@ -113,7 +125,11 @@ TEST(KernelDigest, Bin) {
 TEST(KernelDigest, Rotate) {
     const ImagePtr sky = DigestSky(211, 157, 30);
     for (const auto& [degrees, expected] : std::vector<std::pair<double, std::string>>{
-             {10.0, "63f9bb1fd10a38fa087f61eac34a3e6fed6058b714c959c7cc37d5bc148c7309"}, {0.1, "b749aa6d0499a7bc0a2e69be2394da30ca8e1c4c3cbc6cd59a69c604d601b769"}, {90.0, "84bede0ea38986c95893ddffb1914a592ebd3fb8a06c670e69f13cfa6a1e4449"}, {233.7, "eab67b34108a362d6a60da5b953b5a597c880de77c77c935be6196fc1d841789"}, {270.0, "ffa13902fa1140ebe62851aa30d94ed3920d9cc5eed0a11ca1abd251d4b4299f"}}) {
+             {10.0, "63f9bb1fd10a38fa087f61eac34a3e6fed6058b714c959c7cc37d5bc148c7309"},
+             {0.1, "b749aa6d0499a7bc0a2e69be2394da30ca8e1c4c3cbc6cd59a69c604d601b769"},
+             {90.0, "84bede0ea38986c95893ddffb1914a592ebd3fb8a06c670e69f13cfa6a1e4449"},
+             {233.7, "eab67b34108a362d6a60da5b953b5a597c880de77c77c935be6196fc1d841789"},
+             {270.0, "ffa13902fa1140ebe62851aa30d94ed3920d9cc5eed0a11ca1abd251d4b4299f"}}) {
         ExpectDigest(("angle " + std::to_string(degrees)).c_str(), expected, [&] {
             ImagePtr out(RotateImage(sky.get(), degrees, nullptr));
             return Digest(out.get());
@@ -124,22 +140,29 @@ TEST(KernelDigest, Rotate) {
 TEST(KernelDigest, GaussianBlur) {
     const ImagePtr sky = DigestSky(211, 157, 30);
     for (const auto& [r, expected] : std::vector<std::pair<double, std::string>>{
-             {2.0, "2e7a17961ea194e887bb96c8084e8258ae49f8c7d8ddb4dc62f83f38491210e4"}, {0.5, "ff30810ff2674587733258a4e461910ebae2dffc46d576cbc74f88d85d0b7718"}, {0.5145, "2c660336a70c3d0470eccb64a43c1182e6218c5fe15a49c4456a0c2dc2b2d650"}, {7.3, "f44fb3b654ace644a8b1ca14f9f255f174b3c3682e5116fad145bf24a4977202"}}) {
+             {2.0, "2e7a17961ea194e887bb96c8084e8258ae49f8c7d8ddb4dc62f83f38491210e4"},
+             {0.5, "ff30810ff2674587733258a4e461910ebae2dffc46d576cbc74f88d85d0b7718"},
+             {0.5145, "2c660336a70c3d0470eccb64a43c1182e6218c5fe15a49c4456a0c2dc2b2d650"},
+             {7.3, "f44fb3b654ace644a8b1ca14f9f255f174b3c3682e5116fad145bf24a4977202"}}) {
         ExpectDigest(("r " + std::to_string(r)).c_str(), expected, [&] {
             ImagePtr out(Image_Clone(sky.get()));
             const int64_t* in[3] = {sky->red, sky->green, sky->blue};
             int64_t* to[3] = {out->red, out->green, out->blue};
-            for (int c = 0; c < 3; ++c) GaussianBlur(in[c], to[c], sky->width, sky->height, sky->stride, r, nullptr);
+            for (int c = 0; c < 3; ++c)
+                GaussianBlur(in[c], to[c], sky->width, sky->height, sky->stride, r, nullptr);
             return Digest(out.get());
         });
     }
     // The 24-bit form AutoDev uses, with its single-precision intermediate.
-    for (const auto& [r, expected] : std::vector<std::pair<double, std::string>>{{0.5, "fee4fdbae15ba974296e5963a95a1b3805631d246abeeae9bb4a182af73f989f"}, {2.45, "4266273949cba883f4ba0badd7515ba19323fe8486457b8cb5bc799ca9e79cee"}}) {
+    for (const auto& [r, expected] : std::vector<std::pair<double, std::string>>{
+             {0.5, "fee4fdbae15ba974296e5963a95a1b3805631d246abeeae9bb4a182af73f989f"},
+             {2.45, "4266273949cba883f4ba0badd7515ba19323fe8486457b8cb5bc799ca9e79cee"}}) {
         ExpectDigest(("24-bit r " + std::to_string(r)).c_str(), expected, [&] {
             const int32_t w = sky->width, h = sky->height;
             std::vector<int32_t> in(size_t(w) * size_t(h)), out(in.size());
             for (int32_t y = 0; y < h; ++y)
-                for (int32_t x = 0; x < w; ++x) in[size_t(y) * size_t(w) + size_t(x)] = int32_t(Pixel(sky.get(), 0, x, y) >> 6);
+                for (int32_t x = 0; x < w; ++x)
+                    in[size_t(y) * size_t(w) + size_t(x)] = int32_t(Pixel(sky.get(), 0, x, y) >> 6);
             GaussianBlur(in.data(), out.data(), w, h, w, r, nullptr);
             return Sha256_Hex(out.data(), out.size() * sizeof(int32_t));
         });

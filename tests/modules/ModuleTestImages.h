@@ -36,8 +36,9 @@ inline std::string ImageDifference(const ImageBuffer* a, const ImageBuffer* b) {
         for (int32_t y = 0; y < a->height; ++y)
             for (int32_t x = 0; x < a->width; ++x)
                 if (Pixel(a, c, x, y) != Pixel(b, c, x, y))
-                    return "channel " + std::to_string(c) + " at (" + std::to_string(x) + "," + std::to_string(y) +
-                           "): " + std::to_string(Pixel(a, c, x, y)) + " vs " + std::to_string(Pixel(b, c, x, y));
+                    return "channel " + std::to_string(c) + " at (" + std::to_string(x) + "," +
+                           std::to_string(y) + "): " + std::to_string(Pixel(a, c, x, y)) + " vs " +
+                           std::to_string(Pixel(b, c, x, y));
     return "";
 }
 

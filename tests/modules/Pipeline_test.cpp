@@ -62,10 +62,10 @@ TEST(PipelineParse, OtherSteps) {
 TEST(PipelineParse, RejectsOutOfRangeAndMalformedValues) {
     PipelineStep step;
     std::string error;
-    for (const char* bad : {"--bin=10001", "--bin=-1", "--bin=", "--bin=5e3", "--rotate=3600", "--autodev=blur=491",
-                            "--autodev=curve=1001", "--autodev=tone=101", "--autodev=outside=-1", "--autodev=foo=1",
-                            "--autodev=", "--autodev=roi=1:2:3", "--crop=1:2:3", "--crop=a:b:c:d", "--crop=-1:0:5:5",
-                            "--flip=x", "--sharpen=1"}) {
+    for (const char* bad : {"--bin=10001", "--bin=-1", "--bin=", "--bin=5e3", "--rotate=3600",
+                            "--autodev=blur=491", "--autodev=curve=1001", "--autodev=tone=101",
+                            "--autodev=outside=-1", "--autodev=foo=1", "--autodev=", "--autodev=roi=1:2:3",
+                            "--crop=1:2:3", "--crop=a:b:c:d", "--crop=-1:0:5:5", "--flip=x", "--sharpen=1"}) {
         EXPECT_FALSE(Pipeline_ParseStep(bad, &step, &error)) << bad;
         EXPECT_FALSE(error.empty()) << bad;
     }

@@ -25,7 +25,8 @@ TEST(RotateQuarter, NinetyTakesSourceYAndHeightMinusOneMinusX) {
     ASSERT_EQ(out->height, 7);
     for (int32_t y = 0; y < out->height; ++y)
         for (int32_t x = 0; x < out->width; ++x)
-            for (int c = 0; c < 3; ++c) ASSERT_EQ(Pixel(out.get(), c, x, y), Pixel(image.get(), c, y, 4 - 1 - x));
+            for (int c = 0; c < 3; ++c)
+                ASSERT_EQ(Pixel(out.get(), c, x, y), Pixel(image.get(), c, y, 4 - 1 - x));
 }
 
 TEST(RotateQuarter, OneEightyAndTwoSeventyMapAsStated) {
@@ -34,10 +35,12 @@ TEST(RotateQuarter, OneEightyAndTwoSeventyMapAsStated) {
     ImagePtr three(RotateImage(image.get(), 270.0, nullptr));
     ASSERT_TRUE(half && three);
     for (int32_t y = 0; y < 3; ++y)
-        for (int32_t x = 0; x < 5; ++x) EXPECT_EQ(Pixel(half.get(), 0, x, y), Pixel(image.get(), 0, 4 - x, 2 - y));
+        for (int32_t x = 0; x < 5; ++x)
+            EXPECT_EQ(Pixel(half.get(), 0, x, y), Pixel(image.get(), 0, 4 - x, 2 - y));
     ASSERT_EQ(three->width, 3);
     for (int32_t y = 0; y < 5; ++y)
-        for (int32_t x = 0; x < 3; ++x) EXPECT_EQ(Pixel(three.get(), 0, x, y), Pixel(image.get(), 0, 5 - 1 - y, x));
+        for (int32_t x = 0; x < 3; ++x)
+            EXPECT_EQ(Pixel(three.get(), 0, x, y), Pixel(image.get(), 0, 5 - 1 - y, x));
 }
 
 TEST(RotateQuarter, FourTurnsGiveTheOriginalAndTurnsCompose) {
@@ -101,7 +104,9 @@ TEST(RotateGeneral, ProgressAndCancel) {
     } seen;
     KernelControl control;
     control.context = &seen;
-    control.progress = [](void* context, const char*, int percent) { static_cast<Seen*>(context)->last = percent; };
+    control.progress = [](void* context, const char*, int percent) {
+        static_cast<Seen*>(context)->last = percent;
+    };
     ImagePtr out(RotateImage(image.get(), 12.5, &control));
     ASSERT_TRUE(out);
     EXPECT_EQ(seen.last, 100);

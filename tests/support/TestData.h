@@ -20,6 +20,6 @@ inline std::string TestData_Path(const std::string& relative) {
     return std::filesystem::exists(p) ? p.string() : std::string();
 }
 
-#define PELLUCIDA_REQUIRE_DATA(var, relative)                                             \
-    const std::string var = TestData_Path(relative);                                      \
+#define PELLUCIDA_REQUIRE_DATA(var, relative)        \
+    const std::string var = TestData_Path(relative); \
     if (var.empty()) GTEST_SKIP() << "sample data not found: " << (TestData_Dir() / (relative)).string()

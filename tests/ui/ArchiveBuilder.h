@@ -73,8 +73,10 @@ inline std::vector<uint8_t> Build(const std::vector<Entry>& entries, const Optio
     std::vector<uint16_t> tail(8192, 0);
     for (uint32_t s = options.withIndex ? 1 : 0; s < slots; ++s) {
         const uint32_t b = Bucket(records[s].name);
-        if (!heads[b]) heads[b] = uint16_t(s);
-        else next[tail[b]] = uint16_t(s);
+        if (!heads[b])
+            heads[b] = uint16_t(s);
+        else
+            next[tail[b]] = uint16_t(s);
         tail[b] = uint16_t(s);
     }
     if (options.withIndex)
@@ -100,7 +102,9 @@ inline std::vector<uint8_t> Build(const std::vector<Entry>& entries, const Optio
     return file;
 }
 
-inline std::vector<uint8_t> Bytes(const std::string& text) { return std::vector<uint8_t>(text.begin(), text.end()); }
+inline std::vector<uint8_t> Bytes(const std::string& text) {
+    return std::vector<uint8_t>(text.begin(), text.end());
+}
 
 inline std::string WriteTemp(const std::vector<uint8_t>& bytes, const std::string& name) {
     const std::filesystem::path path = std::filesystem::temp_directory_path() / ("pellucida_ui_" + name);

@@ -62,7 +62,8 @@ TEST(ResourceArchiveHeader, ZeroSpanBeforeTheIndexGivesEleven) {
     archive_test::Options options;
     options.withIndex = false;
     archive_test::Layout layout;
-    std::vector<uint8_t> file = Build({{"a.xml", Bytes("x")}, {"#", std::vector<uint8_t>(16384, 0)}}, options, &layout);
+    std::vector<uint8_t> file =
+        Build({{"a.xml", Bytes("x")}, {"#", std::vector<uint8_t>(16384, 0)}}, options, &layout);
     auto good = Open(file, "spanok");
     EXPECT_EQ(good->code, kResourceOk);
     file[layout.recordOffsets[0] + 12] = 0;  // span of slot 0
@@ -73,7 +74,8 @@ TEST(ResourceArchiveLookup, TwoNamesInOneBucketAreBothFound) {
     const auto [first, second] = archive_test::CollidingNames();
     ASSERT_EQ(archive_test::Bucket(first), archive_test::Bucket(second));
     ASSERT_EQ(Resources_Hash(first.c_str()) & 0x1FFF, archive_test::Bucket(first));
-    auto a = Open(Build({{first, Bytes("one")}, {"other.png", Bytes("png")}, {second, Bytes("second")}}), "bucket");
+    auto a = Open(Build({{first, Bytes("one")}, {"other.png", Bytes("png")}, {second, Bytes("second")}}),
+                  "bucket");
     ASSERT_EQ(a->code, kResourceOk);
     EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, first.c_str()), Bytes("one"));
     EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, second.c_str()), Bytes("second"));
@@ -92,7 +94,8 @@ TEST(ResourceArchiveLookup, EmptyBucketGivesSevenWithoutReadingARecord) {
     ASSERT_NE(archive_test::Bucket(missing), archive_test::Bucket("a.xml"));
     ASSERT_NE(archive_test::Bucket(missing), archive_test::Bucket("b.xml"));
     ResourceEntry* entry = nullptr;
-    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, missing.c_str(), kResourceModeRead, &entry), kResourceNotFound);
+    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, missing.c_str(), kResourceModeRead, &entry),
+              kResourceNotFound);
     EXPECT_EQ(entry, nullptr);
     // The damaged records themselves are reported as a broken archive.
     EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, "a.xml", kResourceModeRead, &entry), kResourceCorrupt);
@@ -102,7 +105,8 @@ TEST(ResourceArchiveLookup, NameMissingFromItsChainGivesSeven) {
     const auto [first, second] = archive_test::CollidingNames();
     auto a = Open(Build({{first, Bytes("one")}}), "chain_missing");
     ResourceEntry* entry = nullptr;
-    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, second.c_str(), kResourceModeRead, &entry), kResourceNotFound);
+    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, second.c_str(), kResourceModeRead, &entry),
+              kResourceNotFound);
 }
 
 TEST(ResourceArchiveLookup, ChainLinkBeyondTheSlotsGivesTen) {
@@ -112,7 +116,8 @@ TEST(ResourceArchiveLookup, ChainLinkBeyondTheSlotsGivesTen) {
     archive_test::PutLe16(file, layout.recordOffsets[1] + 16, 99);  // "next" of the only record
     auto a = Open(file, "chain_broken");
     ResourceEntry* entry = nullptr;
-    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, second.c_str(), kResourceModeRead, &entry), kResourceCorrupt);
+    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, second.c_str(), kResourceModeRead, &entry),
+              kResourceCorrupt);
 }
 
 TEST(ResourceArchiveLookup, ChainThatLoopsGivesTen) {
@@ -122,7 +127,8 @@ TEST(ResourceArchiveLookup, ChainThatLoopsGivesTen) {
     archive_test::PutLe16(file, layout.recordOffsets[1] + 16, 1);  // points at itself
     auto a = Open(file, "chain_loop");
     ResourceEntry* entry = nullptr;
-    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, second.c_str(), kResourceModeRead, &entry), kResourceCorrupt);
+    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, second.c_str(), kResourceModeRead, &entry),
+              kResourceCorrupt);
 }
 
 TEST(ResourceArchiveLookup, IndexItselfIsFoundByTheWalk) {
@@ -141,7 +147,8 @@ TEST(ResourceArchiveLookup, NoArchiveGivesFive) {
 
 TEST(ResourceArchiveLookup, NewerVolumeIsSearchedFirst) {
     auto a = Open(Build({{"a.xml", Bytes("old")}, {"b.xml", Bytes("only old")}}), "vol_old");
-    ASSERT_EQ(ResourceArchive_AddVolume(&a->archive, WriteTemp(Build({{"a.xml", Bytes("new")}}), "vol_new").c_str()),
+    ASSERT_EQ(ResourceArchive_AddVolume(&a->archive,
+                                        WriteTemp(Build({{"a.xml", Bytes("new")}}), "vol_new").c_str()),
               kResourceOk);
     EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, "a.xml"), Bytes("new"));
     EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, "b.xml"), Bytes("only old"));
@@ -199,11 +206,12 @@ TEST(ResourceLoadWhole, EmptyAndMissingEntriesGiveNothing) {
 }
 
 TEST(ResourceOpen, StartUpMessageKeepsItsWording) {
-    EXPECT_STREQ(kResourcesMissingMessage,
-                 "The application could not start because it could not find the 'resources' file, or the "
-                 "'resources' file is write protected. Please make sure it is available in the same folder as the "
-                 "application executable and that it the folder and the 'resources' file has read/write "
-                 "permissions set.");
+    EXPECT_STREQ(
+        kResourcesMissingMessage,
+        "The application could not start because it could not find the 'resources' file, or the "
+        "'resources' file is write protected. Please make sure it is available in the same folder as the "
+        "application executable and that it the folder and the 'resources' file has read/write "
+        "permissions set.");
     int code = -1;
     EXPECT_EQ(Resources_OpenPath("/nonexistent/resources", &code), nullptr);
     EXPECT_EQ(code, kResourceCannotOpen);
@@ -212,7 +220,8 @@ TEST(ResourceOpen, StartUpMessageKeepsItsWording) {
 TEST(ResourceOpenDeathTest, MissingArchiveEndsWithStatusZero) {
     // The program folder of the test binary holds no archive of that name
     // unless the build put one there; the test is meaningful only without it.
-    if (std::filesystem::exists(Resources_DefaultPath())) GTEST_SKIP() << "an archive lies beside the test program";
+    if (std::filesystem::exists(Resources_DefaultPath()))
+        GTEST_SKIP() << "an archive lies beside the test program";
     Host_SelectBackend("headless");
     EXPECT_EXIT(Resources_Open(), ::testing::ExitedWithCode(0), "could not find the 'resources' file");
 }

@@ -24,7 +24,10 @@ struct DrawCanvas {
 
     // Rows are padded, as a framebuffer's may be, so that strides are exercised.
     DrawCanvas(int32_t w, int32_t h, uint32_t fill = 0)
-        : width(w), height(h), pixelsPerRow(w + 7), pixels(size_t(w + 7) * h, fill),
+        : width(w),
+          height(h),
+          pixelsPerRow(w + 7),
+          pixels(size_t(w + 7) * h, fill),
           surface(Draw_MakeSurface(pixels.data(), w + 7, w, h)) {}
     uint32_t At(int32_t x, int32_t y) const { return pixels[size_t(y) * pixelsPerRow + x]; }
     uint32_t& At(int32_t x, int32_t y) { return pixels[size_t(y) * pixelsPerRow + x]; }
@@ -37,7 +40,9 @@ struct DrawCanvas {
     }
 };
 
-inline std::filesystem::path DrawTest_SourceDir() { return PELLUCIDA_TEST_SOURCE_DIR; }
+inline std::filesystem::path DrawTest_SourceDir() {
+    return PELLUCIDA_TEST_SOURCE_DIR;
+}
 
 inline std::vector<uint8_t> DrawTest_ReadFile(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);

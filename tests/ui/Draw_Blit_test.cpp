@@ -1,8 +1,8 @@
 // Blits of 32-bit pictures and coverage masks: clipping on every side, the
 // 5-6-5 rule on real photographs, and blending by alpha.
+#include "ui/draw/Draw_Blit.h"
 #include "DrawCanvas.h"
 #include "support/TestData.h"
-#include "ui/draw/Draw_Blit.h"
 
 #include <cstdlib>
 
@@ -72,8 +72,8 @@ TEST(DrawBlit, BlendingBlitWeighsEachPixelByItsAlpha) {
 }
 
 TEST(DrawBlit, MaskDrawsItsColourByCoverageInsideTheClip) {
-    const uint8_t mask[2 * 4] = {0, 255, 128, 0,  //
-                                 255, 255, 64, 7};
+    const uint8_t mask[2 * 4] = {0,   255, 128, 0,  //
+                                 255, 255, 64,  7};
     DrawCanvas c(4, 3, kSentinel);
     Draw_BlendMask(c.surface, 1, 1, mask, 4, 3, 2, 0xFFFF);  // the last column lies outside the width given
     EXPECT_EQ(c.At(1, 1), kSentinel);

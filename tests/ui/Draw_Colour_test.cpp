@@ -1,6 +1,6 @@
 // The framebuffer's 5-6-5 rule and the blending arithmetic.
-#include "ui/archive/Sqi_Decode.h"
 #include "ui/draw/Draw_Colour.h"
+#include "ui/archive/Sqi_Decode.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Flat fills, outlines, gradients and the clip rectangle, pixel by pixel.
-#include "DrawCanvas.h"
 #include "ui/draw/Draw_Rect.h"
+#include "DrawCanvas.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // Anti-aliased rounded rectangles: crisp straight edges, symmetric corners,
 // coverage that grows towards the inside, clipping and the 5-6-5 rule.
+#include "ui/draw/Draw_RoundRect.h"
 #include "DrawCanvas.h"
 #include "ui/draw/Draw_Rect.h"
-#include "ui/draw/Draw_RoundRect.h"
 
 namespace {
 
@@ -10,7 +10,9 @@ constexpr Colour565 kWhite = 0xFFFF;
 const uint32_t kWhitePixel = Draw_PixelFrom565(kWhite);
 
 // Red field of a white-on-black drawing: 0 (untouched) to 31 (full).
-int32_t Level(const DrawCanvas& c, int32_t x, int32_t y) { return Draw_FieldsOfPixel(c.At(x, y)).r; }
+int32_t Level(const DrawCanvas& c, int32_t x, int32_t y) {
+    return Draw_FieldsOfPixel(c.At(x, y)).r;
+}
 
 TEST(DrawRoundRect, StraightEdgesAreCrispAndCornersAntiAliased) {
     DrawCanvas c(30, 20);
@@ -71,7 +73,8 @@ TEST(DrawRoundRect, RadiusZeroIsAPlainFillAndFullRadiusADisc) {
 TEST(DrawRoundRect, GradientFillFollowsTheRowsInsideTheShape) {
     DrawCanvas c(20, 16);
     Draw_FillRoundRectGradient(c.surface, {0, 0, 20, 16}, 4.0f, 0x0000, 0xF800);
-    for (int32_t y = 0; y < 16; ++y) EXPECT_EQ(c.At(10, y), Draw_PixelFrom565(Draw_GradientAt(0x0000, 0xF800, y, 16)));
+    for (int32_t y = 0; y < 16; ++y)
+        EXPECT_EQ(c.At(10, y), Draw_PixelFrom565(Draw_GradientAt(0x0000, 0xF800, y, 16)));
     EXPECT_EQ(c.At(0, 0), 0u);
 }
 

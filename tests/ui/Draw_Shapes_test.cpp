@@ -1,7 +1,7 @@
 // Anti-aliased lines and circles: crisp where they follow the grid, areas
 // that match the geometry, and nothing drawn outside the clip.
-#include "DrawCanvas.h"
 #include "ui/draw/Draw_Shapes.h"
+#include "DrawCanvas.h"
 
 #include <cmath>
 

@@ -15,7 +15,8 @@ TEST(FontArchive, BuiltArchiveHoldsTheShippedFontWhole) {
     for (const fs::path& candidate :
          {fs::path(Host_GetProgramDir()) / "resources", fs::path(Host_GetProgramDir()) / ".." / "resources"})
         if (path.empty() && fs::is_regular_file(candidate)) path = candidate.string();
-    if (path.empty()) GTEST_SKIP() << "no resources archive beside the test program (build pellucida_resources)";
+    if (path.empty())
+        GTEST_SKIP() << "no resources archive beside the test program (build pellucida_resources)";
 
     ResourceArchive archive;
     ASSERT_EQ(ResourceArchive_AddVolume(&archive, path.c_str()), kResourceOk);

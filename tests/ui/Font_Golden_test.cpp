@@ -31,15 +31,19 @@ std::string Latin1() {
 }
 
 const char* const kSymbols =
-    "\xE2\x80\x98quoted\xE2\x80\x99 \xE2\x80\x9Cquoted\xE2\x80\x9D \xE2\x80\x9A\xE2\x80\x9E \xE2\x80\x93 \xE2\x80\x94 "
+    "\xE2\x80\x98quoted\xE2\x80\x99 \xE2\x80\x9Cquoted\xE2\x80\x9D \xE2\x80\x9A\xE2\x80\x9E \xE2\x80\x93 "
+    "\xE2\x80\x94 "
     "\xE2\x80\xA6 \xE2\x80\xA2 \xE2\x80\xB0 \xE2\x82\xAC \xE2\x84\xA2 \xE2\x86\x90 \xE2\x86\x91 \xE2\x86\x92 "
     "\xE2\x86\x93 \xE2\x86\x94 \xE2\x86\x95 \xE2\x89\x88 \xE2\x89\xA0 \xE2\x89\xA4 \xE2\x89\xA5 \xE2\x88\x9E "
     "\xCE\xB1 \xCE\xB2 \xCE\xB3 \xCE\xB4 \xCE\xBB \xCE\xBC \xCF\x80 \xCF\x83 \xCE\x94 \xCE\xA3 \xCE\xA9 "
-    "\xE2\x9C\x93 \xE2\x9C\x97 \xE2\x96\xB2 \xE2\x96\xB6 \xE2\x96\xBC \xE2\x97\x80 \xE2\x98\x85 12\xE2\x80\xB2"
-    "34\xE2\x80\xB3 \xE2\x88\x92" "5";
+    "\xE2\x9C\x93 \xE2\x9C\x97 \xE2\x96\xB2 \xE2\x96\xB6 \xE2\x96\xBC \xE2\x97\x80 \xE2\x98\x85 "
+    "12\xE2\x80\xB2"
+    "34\xE2\x80\xB3 \xE2\x88\x92"
+    "5";
 
 const char* const kSentence =
-    "AutoDev stretched NGC 6946 to 12.5\xC2\xB0 \xC3\x97 3.2\xE2\x80\xB3/px \xE2\x80\x94 Keep, Cancel or Undo?";
+    "AutoDev stretched NGC 6946 to 12.5\xC2\xB0 \xC3\x97 3.2\xE2\x80\xB3/px \xE2\x80\x94 Keep, Cancel or "
+    "Undo?";
 
 struct Block {
     int32_t height;
@@ -58,7 +62,9 @@ std::vector<Block> Specimen() {
     return blocks;
 }
 
-int32_t LineStep(int32_t h) { return h + (h + 3) / 4; }
+int32_t LineStep(int32_t h) {
+    return h + (h + 3) / 4;
+}
 
 void DrawButton(const Surface& s, const Font& font, DrawRect r, const char* label, int32_t h) {
     Draw_FillRoundRectGradient(s, r, 7.0f, kButtonTop, kButton);
@@ -74,7 +80,8 @@ TEST(FontGolden, SpecimenOnTheDarkTheme) {
     ASSERT_NE(font, nullptr);
     const std::vector<Block> blocks = Specimen();
     int32_t height = 72;
-    for (const Block& b : blocks) height += LineStep(b.height) * int32_t(Font_WrapText(*font, b.height, b.text, kWidth - 24).size());
+    for (const Block& b : blocks)
+        height += LineStep(b.height) * int32_t(Font_WrapText(*font, b.height, b.text, kWidth - 24).size());
     height += 8 * 7;
 
     DrawCanvas c(kWidth, height);

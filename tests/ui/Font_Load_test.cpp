@@ -9,8 +9,12 @@
 
 namespace {
 
-uint32_t U16(const std::vector<uint8_t>& b, size_t at) { return b[at] | (uint32_t(b[at + 1]) << 8); }
-uint32_t U32(const std::vector<uint8_t>& b, size_t at) { return U16(b, at) | (U16(b, at + 2) << 16); }
+uint32_t U16(const std::vector<uint8_t>& b, size_t at) {
+    return b[at] | (uint32_t(b[at + 1]) << 8);
+}
+uint32_t U32(const std::vector<uint8_t>& b, size_t at) {
+    return U16(b, at) | (U16(b, at + 2) << 16);
+}
 
 TestFont TwoGlyphs() {
     TestFont f;
@@ -61,8 +65,8 @@ TEST(FontLoad, ShippedFontCoversLatin1AndTheTypography) {
         if (c >= 0x7F && c < 0xA0) continue;
         EXPECT_TRUE(Font_HasCharacter(*font, c)) << std::hex << c;
     }
-    for (uint32_t c : {0x2018u, 0x2019u, 0x201Cu, 0x201Du, 0x2013u, 0x2014u, 0x2026u, 0x20ACu, 0x2190u, 0x2191u,
-                       0x2192u, 0x2193u, 0x2032u, 0x2033u, 0x2212u, 0xFFFDu})
+    for (uint32_t c : {0x2018u, 0x2019u, 0x201Cu, 0x201Du, 0x2013u, 0x2014u, 0x2026u, 0x20ACu, 0x2190u,
+                       0x2191u, 0x2192u, 0x2193u, 0x2032u, 0x2033u, 0x2212u, 0xFFFDu})
         EXPECT_TRUE(Font_HasCharacter(*font, c)) << std::hex << c;
     EXPECT_EQ(Font_GlyphFor(*font, 0xFFFD), font->replacementGlyph);
     EXPECT_EQ(Font_GlyphFor(*font, 0x4E00), font->replacementGlyph) << "a character the font lacks";
@@ -144,7 +148,8 @@ TEST(FontLoad, DamagedEntriesAreRefusedOrDrawnSafely) {
         const int changes = 1 + int(random() % 8);
         for (int k = 0; k < changes; ++k) {
             // Most damage lands in the header and tables, where it matters most.
-            const size_t at = random() % 2 ? random() % std::min<size_t>(b.size(), 2048) : random() % b.size();
+            const size_t at =
+                random() % 2 ? random() % std::min<size_t>(b.size(), 2048) : random() % b.size();
             b[at] = uint8_t(random());
         }
         if (random() % 8 == 0) b.resize(random() % b.size());
@@ -156,7 +161,8 @@ TEST(FontLoad, DamagedEntriesAreRefusedOrDrawnSafely) {
             Font_DrawText(c.surface, *font, 4, 36, h, text, 0xFFFF);
             Font_WrapText(*font, h, text, 100);
         }
-        Font_DrawText(c.surface, *font, -300, 400, 5000, "Wg\xEF\xBF\xBD", 0xFFFF);  // held to the largest size
+        Font_DrawText(c.surface, *font, -300, 400, 5000, "Wg\xEF\xBF\xBD",
+                      0xFFFF);  // held to the largest size
         ASSERT_TRUE(c.PaddingIs(0)) << "round " << round;
     }
     EXPECT_GT(loaded, 10) << "most single changes to glyph bodies still load";

@@ -16,7 +16,9 @@ protected:
         font = DrawTest_Font();
         ASSERT_NE(font, nullptr) << "resources/font.fnt did not load";
     }
-    int32_t Width(int32_t height, std::string_view text) { return Font_MeasureText(*font, height, text).width; }
+    int32_t Width(int32_t height, std::string_view text) {
+        return Font_MeasureText(*font, height, text).width;
+    }
     const Font* font = nullptr;
 };
 
@@ -46,7 +48,8 @@ TEST_F(FontText, ControlAndUnknownCharactersAndBrokenUtf8) {
     EXPECT_EQ(Width(14, "\xE4\xB8\x80"), replacement) << "U+4E00 is not in the font";
     EXPECT_EQ(Width(14, "\xFF"), replacement) << "a byte that starts nothing";
     EXPECT_EQ(Width(14, "\xC3"), replacement) << "a sequence cut short";
-    EXPECT_EQ(Width(14, "\xC0\xAF"), Width(14, "\xEF\xBF\xBD\xEF\xBF\xBD")) << "an overlong slash, byte by byte";
+    EXPECT_EQ(Width(14, "\xC0\xAF"), Width(14, "\xEF\xBF\xBD\xEF\xBF\xBD"))
+        << "an overlong slash, byte by byte";
     EXPECT_EQ(Width(14, "\xC2\xB0"), Width(14, "\xC2\xB0")) << "the degree sign decodes";
     EXPECT_NE(Width(14, "\xC2\xB0"), replacement);
 }
@@ -57,11 +60,16 @@ TEST(FontUtf8, DecodesValidSequencesAndReplacesMalformedOnesByteByByte) {
         for (size_t at = 0; at < s.size();) out.push_back(Utf8_Next(s, &at));
         return out;
     };
-    EXPECT_EQ(decode("A\xC2\xB5\xE2\x86\x92\xF0\x9F\x98\x80"), (std::vector<uint32_t>{'A', 0xB5, 0x2192, 0x1F600}));
+    EXPECT_EQ(decode("A\xC2\xB5\xE2\x86\x92\xF0\x9F\x98\x80"),
+              (std::vector<uint32_t>{'A', 0xB5, 0x2192, 0x1F600}));
     EXPECT_EQ(decode("\xED\xA0\x80"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 0xFFFD})) << "a surrogate";
     EXPECT_EQ(decode("\xE0\x80\x80"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 0xFFFD})) << "overlong";
-    EXPECT_EQ(decode("\xF4\x90\x80\x80"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 0xFFFD, 0xFFFD})) << "past U+10FFFF";
-    EXPECT_EQ(decode("\xE2\x86" "A"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 'A'})) << "cut short";
+    EXPECT_EQ(decode("\xF4\x90\x80\x80"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 0xFFFD, 0xFFFD}))
+        << "past U+10FFFF";
+    EXPECT_EQ(decode("\xE2\x86"
+                     "A"),
+              (std::vector<uint32_t>{0xFFFD, 0xFFFD, 'A'}))
+        << "cut short";
 }
 
 TEST_F(FontText, InkStaysInTheMeasuredBoxAndDrawingReturnsTheWidth) {

@@ -26,7 +26,9 @@ Widget MakeLayout(int32_t a, int32_t b, int32_t c, int32_t d) {
     return w;
 }
 
-GeometryRecord& Geometry(Widget& w) { return Widget_Record<LayoutRecord>(&w)->geometry; }
+GeometryRecord& Geometry(Widget& w) {
+    return Widget_Record<LayoutRecord>(&w)->geometry;
+}
 
 CellRect Cell(int32_t pw, int32_t ph, uint32_t q, const Widget* w) {
     CellRect r;
@@ -34,7 +36,9 @@ CellRect Cell(int32_t pw, int32_t ph, uint32_t q, const Widget* w) {
     return r;
 }
 
-int32_t Pixels(int32_t units, int32_t parent) { return int32_t((int64_t(units) * parent) >> 15); }
+int32_t Pixels(int32_t units, int32_t parent) {
+    return int32_t((int64_t(units) * parent) >> 15);
+}
 
 TEST(LayoutCells, CentreColumnIsHalfOfAThousandPixels) {
     Widget w = MakeLayout(8192, 24576, 0, kWhole);  // 25%, 75%, 0, 100%

@@ -22,7 +22,8 @@ std::unique_ptr<Toolkit> Screen(uint32_t w = 800, uint32_t h = 480) {
 }
 
 Widget* Load(Toolkit* tk, const std::string& markup, Widget* parent = nullptr) {
-    return Form_LoadText(tk, "test.xml", reinterpret_cast<const uint8_t*>(markup.data()), markup.size(), parent);
+    return Form_LoadText(tk, "test.xml", reinterpret_cast<const uint8_t*>(markup.data()), markup.size(),
+                         parent);
 }
 
 std::string LabelText(Toolkit* tk, const char* id) {
@@ -54,15 +55,17 @@ TEST(MarkupIdentifiers, IdDoesNotCaptureNavLeftId) {
     EXPECT_EQ(button->navigation.navLeft, Widget_PackId("Left"));
     EXPECT_EQ(button->navigation.navRight, Widget_PackId("Rght"));
     EXPECT_EQ(form->children[1]->id, 0u);
-    EXPECT_EQ(Widget_Record<ButtonRecord>(form->children[1].get())->navigation.navLeft, Widget_PackId("Only"));
+    EXPECT_EQ(Widget_Record<ButtonRecord>(form->children[1].get())->navigation.navLeft,
+              Widget_PackId("Only"));
 }
 
 TEST(MarkupTree, FindByIdIsDepthFirstPreOrder) {
     auto tk = Screen();
-    Load(tk.get(), R"(<FORM ID="Root">)"
-                   R"(<LAYOUT ID="L1__"><LAYOUT ID="Deep"><LABEL ID="Same" Text="first"></LABEL></LAYOUT></LAYOUT>)"
-                   R"(<LABEL ID="Same" Text="second"></LABEL>)"
-                   R"(</FORM>)");
+    Load(tk.get(),
+         R"(<FORM ID="Root">)"
+         R"(<LAYOUT ID="L1__"><LAYOUT ID="Deep"><LABEL ID="Same" Text="first"></LABEL></LAYOUT></LAYOUT>)"
+         R"(<LABEL ID="Same" Text="second"></LABEL>)"
+         R"(</FORM>)");
     Widget* form = Widget_FindById(tk->root.get(), Widget_PackId("Root"));
     ASSERT_NE(form, nullptr);
     EXPECT_EQ(Widget_FindById(form, Widget_PackId("Root")), form);
@@ -93,11 +96,14 @@ TEST(MarkupTree, EveryElementMakesItsKind) {
     </FORM>)");
     Widget* root = tk->root.get();
     const std::pair<const char*, uint32_t> kinds[] = {
-        {"Form", kWidgetForm},       {"View", kWidgetImageView},  {"Hist", kWidgetHistogram},
-        {"Keys", kWidgetVirtualKeyboard}, {"Layt", kWidgetLayout}, {"Butn", kWidgetButton},
-        {"Labl", kWidgetLabel},      {"Fiel", kWidgetField},      {"Mult", kWidgetFieldMulti},
-        {"Bitm", kWidgetBitmap},     {"List", kWidgetList},       {"Sele", kWidgetSelector},
-        {"LvS0", kWidgetLevelSetter}, {"Appl", kWidgetApplet},    {"Gest", kWidgetGestureArea},
+        {"Form", kWidgetForm},        {"View", kWidgetImageView},
+        {"Hist", kWidgetHistogram},   {"Keys", kWidgetVirtualKeyboard},
+        {"Layt", kWidgetLayout},      {"Butn", kWidgetButton},
+        {"Labl", kWidgetLabel},       {"Fiel", kWidgetField},
+        {"Mult", kWidgetFieldMulti},  {"Bitm", kWidgetBitmap},
+        {"List", kWidgetList},        {"Sele", kWidgetSelector},
+        {"LvS0", kWidgetLevelSetter}, {"Appl", kWidgetApplet},
+        {"Gest", kWidgetGestureArea},
     };
     for (auto [id, kind] : kinds) {
         Widget* w = Widget_FindById(root, Widget_PackId(id));
@@ -106,7 +112,8 @@ TEST(MarkupTree, EveryElementMakesItsKind) {
         EXPECT_NE(w->data, nullptr) << id;
     }
     EXPECT_EQ(Widget_Record<HistogramRecord>(Widget_FindById(root, Widget_PackId("Hist")))->numBins, 256u);
-    EXPECT_TRUE(Widget_Record<VirtualKeyboardRecord>(Widget_FindById(root, Widget_PackId("Keys")))->numbersOnly);
+    EXPECT_TRUE(
+        Widget_Record<VirtualKeyboardRecord>(Widget_FindById(root, Widget_PackId("Keys")))->numbersOnly);
     const auto* layout = Widget_Record<LayoutRecord>(Widget_FindById(root, Widget_PackId("Layt")));
     EXPECT_EQ(layout->quadrant, kQuadrantSouth);
     EXPECT_TRUE(layout->metaFocus);
@@ -137,16 +144,21 @@ TEST(MarkupTree, EveryElementMakesItsKind) {
 
 TEST(MarkupAttributes, WordVocabulariesAndUnknownWords) {
     auto tk = Screen();
-    Load(tk.get(), R"(<FORM><BUTTON ID="B1" Rounded="Full"></BUTTON><BUTTON ID="B2" Rounded="Round"></BUTTON>)"
-                   R"(<BUTTON ID="B3" Rounded="full"></BUTTON><BITMAP ID="B4" FillMode="stretch"></BITMAP>)"
-                   R"(<LAYOUT ID="B5" Quadrant="NorthEast"></LAYOUT><LAYOUT ID="B6" Quadrant="Middle"></LAYOUT></FORM>)");
+    Load(
+        tk.get(),
+        R"(<FORM><BUTTON ID="B1" Rounded="Full"></BUTTON><BUTTON ID="B2" Rounded="Round"></BUTTON>)"
+        R"(<BUTTON ID="B3" Rounded="full"></BUTTON><BITMAP ID="B4" FillMode="stretch"></BITMAP>)"
+        R"(<LAYOUT ID="B5" Quadrant="NorthEast"></LAYOUT><LAYOUT ID="B6" Quadrant="Middle"></LAYOUT></FORM>)");
     Widget* root = tk->root.get();
     EXPECT_EQ(Widget_Record<ButtonRecord>(Widget_FindById(root, Widget_PackId("B1")))->rounded, 15u);
     EXPECT_EQ(Widget_Record<ButtonRecord>(Widget_FindById(root, Widget_PackId("B2")))->rounded, 0u);
     EXPECT_EQ(Widget_Record<ButtonRecord>(Widget_FindById(root, Widget_PackId("B3")))->rounded, 0u);
-    EXPECT_EQ(Widget_Record<BitmapRecord>(Widget_FindById(root, Widget_PackId("B4")))->fillMode, kFillAutoFit);
-    EXPECT_EQ(Widget_Record<LayoutRecord>(Widget_FindById(root, Widget_PackId("B5")))->quadrant, kQuadrantNorthEast);
-    EXPECT_EQ(Widget_Record<LayoutRecord>(Widget_FindById(root, Widget_PackId("B6")))->quadrant, kQuadrantCenter);
+    EXPECT_EQ(Widget_Record<BitmapRecord>(Widget_FindById(root, Widget_PackId("B4")))->fillMode,
+              kFillAutoFit);
+    EXPECT_EQ(Widget_Record<LayoutRecord>(Widget_FindById(root, Widget_PackId("B5")))->quadrant,
+              kQuadrantNorthEast);
+    EXPECT_EQ(Widget_Record<LayoutRecord>(Widget_FindById(root, Widget_PackId("B6")))->quadrant,
+              kQuadrantCenter);
 }
 
 TEST(MarkupAttributes, GeometryValues) {
@@ -158,9 +170,12 @@ TEST(MarkupAttributes, GeometryValues) {
     EXPECT_EQ(Markup_GeometryValue(tk.get(), "SmallestObjectSizeY"), 48);
     EXPECT_EQ(Markup_GeometryValue(tk.get(), "1234"), 1234);
     EXPECT_EQ(Markup_GeometryValue(tk.get(), "smallestobjectsizex"), 0);
-    Load(tk.get(), R"(<LAYOUT ID="Geo_" TopLeftX="25%" BottomRightX="75%" TopLeftY="10" BottomRightY="&system-buttonSizePixels;")"
-                   R"( MinTopLeftPixelsX="SmallestObjectSizeX" MinBottomRightPixelsY="&system-buttonSizePixelsX2;"></LAYOUT>)");
-    const auto* g = &Widget_Record<LayoutRecord>(Widget_FindById(tk->root.get(), Widget_PackId("Geo_")))->geometry;
+    Load(
+        tk.get(),
+        R"(<LAYOUT ID="Geo_" TopLeftX="25%" BottomRightX="75%" TopLeftY="10" BottomRightY="&system-buttonSizePixels;")"
+        R"( MinTopLeftPixelsX="SmallestObjectSizeX" MinBottomRightPixelsY="&system-buttonSizePixelsX2;"></LAYOUT>)");
+    const auto* g =
+        &Widget_Record<LayoutRecord>(Widget_FindById(tk->root.get(), Widget_PackId("Geo_")))->geometry;
     EXPECT_EQ(g->topLeftX, 8192);
     EXPECT_EQ(g->bottomRightX, 24576);
     EXPECT_EQ(g->topLeftY, 10);
@@ -171,10 +186,11 @@ TEST(MarkupAttributes, GeometryValues) {
 
 TEST(MarkupExpansion, ReferencesExpandAsTheyCompleteAndValuesAreRescanned) {
     auto tk = Screen();
-    Load(tk.get(), "<LABEL ID=\"Oum_\" Text=\"Sch&ouml;n\"></LABEL>"
-                   "<LABEL ID=\"Lang\" Text=\"&language-buttonlast;!\"></LABEL>"
-                   "<LABEL ID=\"Ctrl\" Text=\"a\tb\r\nc&lf;d\"></LABEL>"
-                   "<LABEL ID=\"Amp_\" Text=\"&quot;x&quot; &amp; y\"></LABEL>");
+    Load(tk.get(),
+         "<LABEL ID=\"Oum_\" Text=\"Sch&ouml;n\"></LABEL>"
+         "<LABEL ID=\"Lang\" Text=\"&language-buttonlast;!\"></LABEL>"
+         "<LABEL ID=\"Ctrl\" Text=\"a\tb\r\nc&lf;d\"></LABEL>"
+         "<LABEL ID=\"Amp_\" Text=\"&quot;x&quot; &amp; y\"></LABEL>");
     EXPECT_EQ(LabelText(tk.get(), "Oum_"), "Sch\xc3\xb6n");
     EXPECT_EQ(LabelText(tk.get(), "Lang"), "&language-buttonlast;!");
     EXPECT_EQ(LabelText(tk.get(), "Ctrl"), "abc\nd");
@@ -237,10 +253,11 @@ TEST(MarkupConditionals, SimpleConditions) {
 
 TEST(MarkupConditionals, EntitiesSelectTheSection) {
     auto tk = Screen(480, 800);
-    Load(tk.get(), R"(<CONDITIONAL Condition="&system-orientation;=landscape"><LABEL ID="Land"></LABEL></CONDITIONAL>)"
-                   R"(<CONDITIONAL Condition="&system-orientation;=portrait"><LABEL ID="Port"></LABEL></CONDITIONAL>)"
-                   R"(<CONDITIONAL Condition="&system-language;!=english">)"
-                   R"(<ENTITY STRING="Zurueck" REFERENCE="&language-back;"></ENTITY></CONDITIONAL>)");
+    Load(tk.get(),
+         R"(<CONDITIONAL Condition="&system-orientation;=landscape"><LABEL ID="Land"></LABEL></CONDITIONAL>)"
+         R"(<CONDITIONAL Condition="&system-orientation;=portrait"><LABEL ID="Port"></LABEL></CONDITIONAL>)"
+         R"(<CONDITIONAL Condition="&system-language;!=english">)"
+         R"(<ENTITY STRING="Zurueck" REFERENCE="&language-back;"></ENTITY></CONDITIONAL>)");
     EXPECT_EQ(Widget_FindById(tk->root.get(), Widget_PackId("Land")), nullptr);
     EXPECT_NE(Widget_FindById(tk->root.get(), Widget_PackId("Port")), nullptr);
     EXPECT_EQ(Entity_Lookup(&tk->markupEntities, "&language-back;"), nullptr);
@@ -290,7 +307,8 @@ TEST(MarkupStructure, ChildrenOfControlsAndUnknownElementsAreSkipped) {
 TEST(MarkupStructure, SelfClosingTagsOpenAndClose) {
     auto tk = Screen();
     testing::internal::CaptureStdout();
-    Load(tk.get(), R"(<FORM ID="Frm_"><LABEL ID="One_" Text="a/b"/><LAYOUT ID="Two_"/><LABEL ID="Thr_"/></FORM>)");
+    Load(tk.get(),
+         R"(<FORM ID="Frm_"><LABEL ID="One_" Text="a/b"/><LAYOUT ID="Two_"/><LABEL ID="Thr_"/></FORM>)");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     Widget* form = Widget_FindById(tk->root.get(), Widget_PackId("Frm_"));
     ASSERT_EQ(form->children.size(), 3u);
@@ -301,8 +319,8 @@ TEST(MarkupStructure, UnbalancedMarkupSaysSoAndKeepsTheWidgets) {
     auto tk = Screen();
     testing::internal::CaptureStdout();
     const std::string markup = R"(<FORM ID="Frm_"><LABEL ID="Lbl_"></LABEL>)";
-    Form_LoadText(tk.get(), "Pellucida_Broken.xml", reinterpret_cast<const uint8_t*>(markup.data()), markup.size(),
-                  nullptr);
+    Form_LoadText(tk.get(), "Pellucida_Broken.xml", reinterpret_cast<const uint8_t*>(markup.data()),
+                  markup.size(), nullptr);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <Pellucida_Broken.xml>\n");
     EXPECT_NE(Widget_FindById(tk->root.get(), Widget_PackId("Lbl_")), nullptr);
 

@@ -2,8 +2,8 @@
 // from the title, the equal button row, icons by type, the callback with the
 // index of the button pressed, boxes opened from boxes and the saved-state
 // stack of 9, and the progress dialog's cancel flag.
-#include "ToolkitFixture.h"
 #include "ui/MessageBox.h"
+#include "ToolkitFixture.h"
 #include "ui/ProgressDialog.h"
 #include "ui/widgets/Button.h"
 #include "ui/widgets/Label.h"
@@ -11,7 +11,9 @@
 namespace {
 
 std::vector<uint32_t> g_pressed;
-void Remember(Toolkit*, uint32_t index) { g_pressed.push_back(index); }
+void Remember(Toolkit*, uint32_t index) {
+    g_pressed.push_back(index);
+}
 
 TEST(MessageBoxIcons, ByType) {
     EXPECT_STREQ(MessageBox_IconName(0), "icon_warning.sqi");
@@ -29,13 +31,15 @@ TEST_F(ToolkitTest, TheButtonsShareTheRowEqually) {
     ASSERT_EQ(b.size(), 1u);
     EXPECT_EQ(b[0]->x, 0u);
     EXPECT_EQ(b[0]->width, kUnitsWhole);
-    Widget* two = MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, 2, kCloseButton, kCancelButton);
+    Widget* two =
+        MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, 2, kCloseButton, kCancelButton);
     b = MessageBox_Buttons(two);
     ASSERT_EQ(b.size(), 2u);
     EXPECT_EQ(b[0]->width, 16384u);
     EXPECT_EQ(b[1]->x, 16384u);
     EXPECT_EQ(b[1]->width, 16384u);
-    Widget* three = MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, 3, "Yes", "No", "Cancel");
+    Widget* three =
+        MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, 3, "Yes", "No", "Cancel");
     b = MessageBox_Buttons(three);
     ASSERT_EQ(b.size(), 3u);
     // 32768 / 3, then 21846 / 2, then the rest: the cells fill the row exactly.
@@ -49,7 +53,8 @@ TEST_F(ToolkitTest, TheButtonsShareTheRowEqually) {
 }
 
 TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitle) {
-    Widget* box = MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, 2, kCloseButton, kCancelButton);
+    Widget* box =
+        MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, 2, kCloseButton, kCancelButton);
     EXPECT_EQ(box->id, Widget_PackId("Clos"));
     EXPECT_EQ(box->type, uint32_t(kWidgetForm));
     EXPECT_EQ(Widget_FindById(tk->root.get(), Widget_PackId("Clos")), box);
@@ -128,7 +133,8 @@ TEST_F(ToolkitTest, ATenthNestedBoxIsShownThoughTheStackIsFull) {
 
 TEST_F(ToolkitTest, EnterPressesTheLastButtonOfABox) {
     g_pressed.clear();
-    MessageBox_Show(tk.get(), kOverwriteTitle, kOverwriteText, 2, Remember, 2, kOverwriteButton, kCancelButton);
+    MessageBox_Show(tk.get(), kOverwriteTitle, kOverwriteText, 2, Remember, 2, kOverwriteButton,
+                    kCancelButton);
     Key(kKeyEnter);
     EXPECT_EQ(g_pressed, std::vector<uint32_t>{1});
 }

@@ -23,30 +23,35 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kTestForm = "Pellucida_TestForm.xml";
-constexpr const char* kIcons[] = {"icon_alert.sqi", "icon_warning.sqi", "icon_information.sqi", "icon_error.sqi",
-                                  "icon_success.sqi"};
+constexpr const char* kIcons[] = {"icon_alert.sqi", "icon_warning.sqi", "icon_information.sqi",
+                                  "icon_error.sqi", "icon_success.sqi"};
 
 // The archive beside the executables: the build folder, one up from the tests.
 std::string ArchivePath() {
     if (const char* env = std::getenv("PELLUCIDA_RESOURCES"); env && *env) return env;
-    for (const fs::path& candidate : {fs::path(Host_GetProgramDir()) / "resources",
-                                      fs::path(Host_GetProgramDir()) / ".." / "resources"})
+    for (const fs::path& candidate :
+         {fs::path(Host_GetProgramDir()) / "resources", fs::path(Host_GetProgramDir()) / ".." / "resources"})
         if (fs::is_regular_file(candidate)) return candidate.string();
     return {};
 }
 
-#define REQUIRE_ARCHIVE(var)                                                                     \
-    const std::string var = ArchivePath();                                                       \
-    if (var.empty()) GTEST_SKIP() << "no resources archive beside the test program (build the " \
-                                     "pellucida_resources target)"
+#define REQUIRE_ARCHIVE(var)                                                   \
+    const std::string var = ArchivePath();                                     \
+    if (var.empty())                                                           \
+    GTEST_SKIP() << "no resources archive beside the test program (build the " \
+                    "pellucida_resources target)"
 
 uint32_t Be32(const std::vector<uint8_t>& f, size_t at) {
-    return (uint32_t(f.at(at)) << 24) | (uint32_t(f.at(at + 1)) << 16) | (uint32_t(f.at(at + 2)) << 8) | f.at(at + 3);
+    return (uint32_t(f.at(at)) << 24) | (uint32_t(f.at(at + 1)) << 16) | (uint32_t(f.at(at + 2)) << 8) |
+           f.at(at + 3);
 }
 uint32_t Le32(const std::vector<uint8_t>& f, size_t at) {
-    return f.at(at) | (uint32_t(f.at(at + 1)) << 8) | (uint32_t(f.at(at + 2)) << 16) | (uint32_t(f.at(at + 3)) << 24);
+    return f.at(at) | (uint32_t(f.at(at + 1)) << 8) | (uint32_t(f.at(at + 2)) << 16) |
+           (uint32_t(f.at(at + 3)) << 24);
 }
-uint16_t Le16(const std::vector<uint8_t>& f, size_t at) { return uint16_t(f.at(at) | (f.at(at + 1) << 8)); }
+uint16_t Le16(const std::vector<uint8_t>& f, size_t at) {
+    return uint16_t(f.at(at) | (f.at(at + 1) << 8));
+}
 
 struct Record {
     uint32_t offset, headerLength, dataLength;
@@ -116,7 +121,8 @@ TEST(ResourcesFile, EveryEntryIsReachedThroughItsBucketChain) {
         const std::string name = item.path().filename().string();
         ASSERT_TRUE(walked.count(name)) << name;
         std::ifstream src(item.path(), std::ios::binary);
-        const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(src)), std::istreambuf_iterator<char>());
+        const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(src)),
+                                         std::istreambuf_iterator<char>());
         const Record& r = walked[name];
         EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), f.begin() + r.offset + r.headerLength)) << name;
         EXPECT_EQ(bytes.size(), r.dataLength) << name;
@@ -145,9 +151,10 @@ TEST(ResourcesFile, TestFormParsesWithEveryWidgetKind) {
         ++kinds[w->type];
         for (auto& child : w->children) pending.push_back(child.get());
     }
-    for (uint32_t kind : {kWidgetLayout, kWidgetButton, kWidgetLabel, kWidgetField, kWidgetFieldMulti, kWidgetBitmap,
-                          kWidgetList, kWidgetSelector, kWidgetLevelSetter, kWidgetImageView, kWidgetHistogram,
-                          kWidgetVirtualKeyboard, kWidgetApplet, kWidgetGestureArea, kWidgetForm})
+    for (uint32_t kind :
+         {kWidgetLayout, kWidgetButton, kWidgetLabel, kWidgetField, kWidgetFieldMulti, kWidgetBitmap,
+          kWidgetList, kWidgetSelector, kWidgetLevelSetter, kWidgetImageView, kWidgetHistogram,
+          kWidgetVirtualKeyboard, kWidgetApplet, kWidgetGestureArea, kWidgetForm})
         EXPECT_GT(kinds[kind], 0) << "no widget of kind " << kind;
     // The on-screen keyboard section is off by default; the numeric one is not in a section.
     EXPECT_EQ(Widget_FindById(form, Widget_PackId("Keyb")), nullptr);

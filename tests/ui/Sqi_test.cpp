@@ -12,7 +12,9 @@ namespace {
 using sqi_test::BitWriter;
 
 // The strongest coverage, 255 of 256, leaves a field at (v * 255) >> 8 over black.
-uint32_t Covered(uint32_t v) { return (v * 255) >> 8; }
+uint32_t Covered(uint32_t v) {
+    return (v * 255) >> 8;
+}
 
 struct Canvas {
     uint32_t width, height;

@@ -25,8 +25,8 @@
 inline std::string ToolkitTest_ArchivePath() {
     namespace fs = std::filesystem;
     if (const char* env = std::getenv("PELLUCIDA_RESOURCES"); env && *env) return env;
-    for (const fs::path& candidate : {fs::path(Host_GetProgramDir()) / "resources",
-                                      fs::path(Host_GetProgramDir()) / ".." / "resources"})
+    for (const fs::path& candidate :
+         {fs::path(Host_GetProgramDir()) / "resources", fs::path(Host_GetProgramDir()) / ".." / "resources"})
         if (fs::is_regular_file(candidate)) return candidate.string();
     return {};
 }
@@ -41,7 +41,8 @@ protected:
 
     void SetUp() override {
         const std::string archive = ToolkitTest_ArchivePath();
-        if (archive.empty()) GTEST_SKIP() << "no resources archive beside the test program (build pellucida_resources)";
+        if (archive.empty())
+            GTEST_SKIP() << "no resources archive beside the test program (build pellucida_resources)";
         framebuffer.assign(size_t(width) * height, 0);
         tk = Toolkit_CreateBare();
         int code = -1;

@@ -12,7 +12,9 @@
 namespace {
 
 int g_presses = 0;
-void CountPress(Toolkit*, Widget*, void*) { ++g_presses; }
+void CountPress(Toolkit*, Widget*, void*) {
+    ++g_presses;
+}
 
 TEST_F(ToolkitTest, HitTestFindsTheDeepestControlUnderThePixel) {
     Widget* keep = W("BtKp");
@@ -128,8 +130,8 @@ TEST_F(ToolkitTest, EventsArriveInTheOrderTheyWerePosted) {
     Toolkit_PostPointer(tk.get(), 140, 116, false);  // a move with the button up posts nothing
     EXPECT_EQ(Toolkit_PendingEvents(tk.get()), 4u);
     Toolkit_Dispatch(tk.get());
-    EXPECT_EQ(g_codes, (std::vector<uint32_t>{kEventPress, 100, 100, kEventDrag, 110, 104, kEventDrag, 120, 108,
-                                              kEventRelease, 130, 112}));
+    EXPECT_EQ(g_codes, (std::vector<uint32_t>{kEventPress, 100, 100, kEventDrag, 110, 104, kEventDrag, 120,
+                                              108, kEventRelease, 130, 112}));
     EXPECT_EQ(Toolkit_PendingEvents(tk.get()), 0u);
 }
 
@@ -143,7 +145,8 @@ TEST_F(ToolkitTest, ARedrawTouchesOnlyTheWidgetThatChanged) {
     size_t touched = 0;
     for (int32_t y = 0; y < height; ++y)
         for (int32_t x = 0; x < width; ++x) {
-            const bool inside = x >= title.x && y >= title.y && x < title.x + title.width && y < title.y + title.height;
+            const bool inside =
+                x >= title.x && y >= title.y && x < title.x + title.width && y < title.y + title.height;
             if (Pixel(x, y) != kMark) {
                 ++touched;
                 EXPECT_TRUE(inside) << "drawn outside the label at " << x << "," << y;

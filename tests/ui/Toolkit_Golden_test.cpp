@@ -107,18 +107,20 @@ TEST_F(ToolkitGolden, TestForm) {
 
 void ShowBox(Toolkit* tk, int buttons) {
     switch (buttons) {
-    case 1:
-        MessageBox_Show(tk, "Image saved", "The image was saved as M42_final.tif (16 bits per channel).",
-                        kMessageBoxSuccess, Ignore, 1, "OK");
-        break;
-    case 2:
-        MessageBox_Show(tk, kCloseTitle, kCloseText, kMessageBoxError, Ignore, 2, kCloseButton, kCancelButton);
-        break;
-    default:
-        MessageBox_Show(tk, "Unsaved changes",
-                        "The image has changes that are not saved yet. Save them before loading another image?",
-                        kMessageBoxWarning, Ignore, 3, "Save", "Discard", kCancelButton);
-        break;
+        case 1:
+            MessageBox_Show(tk, "Image saved", "The image was saved as M42_final.tif (16 bits per channel).",
+                            kMessageBoxSuccess, Ignore, 1, "OK");
+            break;
+        case 2:
+            MessageBox_Show(tk, kCloseTitle, kCloseText, kMessageBoxError, Ignore, 2, kCloseButton,
+                            kCancelButton);
+            break;
+        default:
+            MessageBox_Show(
+                tk, "Unsaved changes",
+                "The image has changes that are not saved yet. Save them before loading another image?",
+                kMessageBoxWarning, Ignore, 3, "Save", "Discard", kCancelButton);
+            break;
     }
 }
 
@@ -155,7 +157,8 @@ TEST_F(ToolkitGolden, PointerScriptDragsASetterAndTypes) {
     ASSERT_NE(field, nullptr);
     const LevelSetterTrack t = LevelSetter_Track(tk(), setter);
     const PixelRect f = Widget_PixelRect(tk(), field);
-    const std::filesystem::path path = std::filesystem::temp_directory_path() / "pellucida-toolkit-script.txt";
+    const std::filesystem::path path =
+        std::filesystem::temp_directory_path() / "pellucida-toolkit-script.txt";
     {
         std::ofstream script(path);
         const int32_t from = t.left + (t.right - t.left) / 10;

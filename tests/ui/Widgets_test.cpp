@@ -3,6 +3,7 @@
 // level setters and their value labels, lists, the image view's zoom, pan and
 // regions, the histogram's bins.
 #include "ToolkitFixture.h"
+#include "ui/Theme.h"
 #include "ui/widgets/Field.h"
 #include "ui/widgets/Histogram.h"
 #include "ui/widgets/ImageView.h"
@@ -10,7 +11,6 @@
 #include "ui/widgets/LevelSetter.h"
 #include "ui/widgets/List.h"
 #include "ui/widgets/Selector.h"
-#include "ui/Theme.h"
 
 namespace {
 
@@ -21,7 +21,9 @@ TEST(FieldEditing, CaretInsertsDeletesWholeCharactersAndRefusesControls) {
     EXPECT_EQ(text, "aXb");
     EXPECT_EQ(caret, 2u);
     EXPECT_TRUE(Field_EditKey(&text, &caret, 0xF6, false));  // o-umlaut: two bytes
-    EXPECT_EQ(text, "aX\xC3\xB6" "b");
+    EXPECT_EQ(text,
+              "aX\xC3\xB6"
+              "b");
     EXPECT_EQ(caret, 4u);
     EXPECT_TRUE(Field_EditKey(&text, &caret, kKeyBackspace, false));  // removes both bytes
     EXPECT_EQ(text, "aXb");
@@ -204,11 +206,14 @@ TEST_F(ToolkitTest, ImageViewFitsZoomsPansAndReportsRegions) {
         int calls = 0;
         ImageRegion region;
     } got;
-    ImageView_SetRegionCallback(view, [](Toolkit*, Widget*, const ImageRegion& region, void* user) {
-        auto* g = static_cast<Got*>(user);
-        ++g->calls;
-        g->region = region;
-    }, &got);
+    ImageView_SetRegionCallback(
+        view,
+        [](Toolkit*, Widget*, const ImageRegion& region, void* user) {
+            auto* g = static_cast<Got*>(user);
+            ++g->calls;
+            g->region = region;
+        },
+        &got);
     ImageView_Fit(tk.get(), view);
     ImageView_SetZoom(tk.get(), view, 100);
     int32_t ax = 0, ay = 0, bx = 0, by = 0;

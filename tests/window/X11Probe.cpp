@@ -34,7 +34,8 @@ Window FindByTitle(Display* display, Window root, const char* title) {
         XFree(name);
         if (match) {
             XWindowAttributes attributes;
-            if (XGetWindowAttributes(display, root, &attributes) && attributes.map_state == IsViewable) return root;
+            if (XGetWindowAttributes(display, root, &attributes) && attributes.map_state == IsViewable)
+                return root;
         }
     }
     Window rootReturn, parent, *children = nullptr;
@@ -127,7 +128,8 @@ int Compare(Display* display, Window window, const char* path, int tolerance) {
             if (bad && wrong++ == 0) firstX = int(x), firstY = int(y);
         }
     XDestroyImage(image);
-    std::printf("window %dx%d: %ld pixels differ from %s by more than %d", a.width, a.height, wrong, path, tolerance);
+    std::printf("window %dx%d: %ld pixels differ from %s by more than %d", a.width, a.height, wrong, path,
+                tolerance);
     if (wrong) std::printf(" (first at %d,%d)", firstX, firstY);
     std::printf("\n");
     if (wrong) lodepng::encode(std::string(path) + ".window.png", actual, w, h, LCT_RGB);

@@ -15,8 +15,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -33,16 +33,16 @@ std::vector<int> WantedCharacters() {
     for (int c = 0x20; c <= 0x7E; ++c) out.push_back(c);
     for (int c = 0xA0; c <= 0xFF; ++c) out.push_back(c);
     const int extra[] = {
-        0x0152, 0x0153, 0x0160, 0x0161, 0x0178, 0x017D, 0x017E, 0x0192,      // the rest of Windows-1252
-        0x0394, 0x03A3, 0x03A9, 0x03B1, 0x03B2, 0x03B3, 0x03B4, 0x03BB,      // Greek of astronomy
-        0x03BC, 0x03C0, 0x03C3,                                              //
-        0x2009, 0x2013, 0x2014, 0x2018, 0x2019, 0x201A, 0x201C, 0x201D,      // punctuation
-        0x201E, 0x2020, 0x2021, 0x2022, 0x2026, 0x2030, 0x2032, 0x2033,      //
-        0x2039, 0x203A, 0x20AC, 0x2122,                                      //
-        0x2190, 0x2191, 0x2192, 0x2193, 0x2194, 0x2195, 0x21BA, 0x21BB,      // arrows
-        0x2212, 0x221E, 0x2248, 0x2260, 0x2264, 0x2265,                      // mathematics
-        0x25B2, 0x25B6, 0x25BC, 0x25C0, 0x25CF, 0x2605, 0x2713, 0x2717,      // marks
-        0xFFFD,                                                              // replacement
+        0x0152, 0x0153, 0x0160, 0x0161, 0x0178, 0x017D, 0x017E, 0x0192,  // the rest of Windows-1252
+        0x0394, 0x03A3, 0x03A9, 0x03B1, 0x03B2, 0x03B3, 0x03B4, 0x03BB,  // Greek of astronomy
+        0x03BC, 0x03C0, 0x03C3,                                          //
+        0x2009, 0x2013, 0x2014, 0x2018, 0x2019, 0x201A, 0x201C, 0x201D,  // punctuation
+        0x201E, 0x2020, 0x2021, 0x2022, 0x2026, 0x2030, 0x2032, 0x2033,  //
+        0x2039, 0x203A, 0x20AC, 0x2122,                                  //
+        0x2190, 0x2191, 0x2192, 0x2193, 0x2194, 0x2195, 0x21BA, 0x21BB,  // arrows
+        0x2212, 0x221E, 0x2248, 0x2260, 0x2264, 0x2265,                  // mathematics
+        0x25B2, 0x25B6, 0x25BC, 0x25C0, 0x25CF, 0x2605, 0x2713, 0x2717,  // marks
+        0xFFFD,                                                          // replacement
     };
     out.insert(out.end(), std::begin(extra), std::end(extra));
     return out;
@@ -58,30 +58,32 @@ std::vector<std::vector<FontPoint>> Contours(const stbtt_vertex* v, int count, c
     std::vector<std::vector<FontPoint>> out;
     for (int i = 0; i < count; ++i) {
         switch (v[i].type) {
-        case STBTT_vmove:
-            out.emplace_back();
-            out.back().push_back({s(v[i].x), s(v[i].y), true});
-            break;
-        case STBTT_vline:
-            if (!out.empty()) out.back().push_back({s(v[i].x), s(v[i].y), true});
-            break;
-        case STBTT_vcurve:
-            if (!out.empty()) {
-                out.back().push_back({s(v[i].cx), s(v[i].cy), false});
+            case STBTT_vmove:
+                out.emplace_back();
                 out.back().push_back({s(v[i].x), s(v[i].y), true});
-            }
-            break;
-        default:  // cubic curves come only from CFF fonts
-            break;
+                break;
+            case STBTT_vline:
+                if (!out.empty()) out.back().push_back({s(v[i].x), s(v[i].y), true});
+                break;
+            case STBTT_vcurve:
+                if (!out.empty()) {
+                    out.back().push_back({s(v[i].cx), s(v[i].cy), false});
+                    out.back().push_back({s(v[i].x), s(v[i].y), true});
+                }
+                break;
+            default:  // cubic curves come only from CFF fonts
+                break;
         }
     }
     // Contours come back closed onto their first point; the format closes them itself.
     for (auto& c : out) {
-        if (c.size() > 1 && c.back().onCurve && c.back().x == c.front().x && c.back().y == c.front().y) c.pop_back();
+        if (c.size() > 1 && c.back().onCurve && c.back().x == c.front().x && c.back().y == c.front().y)
+            c.pop_back();
         // Consecutive duplicates add nothing.
         std::vector<FontPoint> clean;
         for (const auto& p : c)
-            if (clean.empty() || p.x != clean.back().x || p.y != clean.back().y || p.onCurve != clean.back().onCurve)
+            if (clean.empty() || p.x != clean.back().x || p.y != clean.back().y ||
+                p.onCurve != clean.back().onCurve)
                 clean.push_back(p);
         c = clean;
     }
@@ -92,16 +94,19 @@ std::vector<std::vector<FontPoint>> Contours(const stbtt_vertex* v, int count, c
 // upward vertical lines (outer contours run clockwise, so left edges of
 // filled areas go up) at least minLength long, the second at least minGap
 // from the first. 0 where there is none.
-std::pair<int32_t, int32_t> Stems(const stbtt_vertex* v, int count, int minLength, int minGap, const Scaler& s) {
+std::pair<int32_t, int32_t> Stems(const stbtt_vertex* v, int count, int minLength, int minGap,
+                                  const Scaler& s) {
     std::vector<std::pair<int, int>> edges;  // (length, x)
     int px = 0, py = 0;
     for (int i = 0; i < count; ++i) {
-        if (v[i].type == STBTT_vline && v[i].x == px && v[i].y - py >= minLength) edges.emplace_back(v[i].y - py, v[i].x);
+        if (v[i].type == STBTT_vline && v[i].x == px && v[i].y - py >= minLength)
+            edges.emplace_back(v[i].y - py, v[i].x);
         px = v[i].x;
         py = v[i].y;
     }
     // Longest first; of equal length the leftmost.
-    std::sort(edges.begin(), edges.end(), [](auto a, auto b) { return a.first != b.first ? a.first > b.first : a.second < b.second; });
+    std::sort(edges.begin(), edges.end(),
+              [](auto a, auto b) { return a.first != b.first ? a.first > b.first : a.second < b.second; });
     if (edges.empty()) return {0, 0};
     const int first = edges[0].second;
     for (size_t i = 1; i < edges.size(); ++i)
@@ -172,8 +177,14 @@ int main(int argc, char** argv) {
     }
 
     // Zones: baseline, x-height, cap height, ascender, descender.
-    auto top = [&](int c) { box(c, &bx0, &by0, &bx1, &by1); return by1; };
-    auto bottom = [&](int c) { box(c, &bx0, &by0, &bx1, &by1); return by0; };
+    auto top = [&](int c) {
+        box(c, &bx0, &by0, &bx1, &by1);
+        return by1;
+    };
+    auto bottom = [&](int c) {
+        box(c, &bx0, &by0, &bx1, &by1);
+        return by0;
+    };
     font.zones = {{s(bottom('p')), s(bottom('p'))},
                   {0, s(bottom('o'))},
                   {s(top('x')), s(top('o'))},

@@ -14,7 +14,9 @@ void Put16(std::vector<uint8_t>& out, int32_t v) {
     out.push_back(static_cast<uint8_t>((v >> 8) & 255));
 }
 
-bool FitsI16(int32_t v) { return v >= -32768 && v <= 32767; }
+bool FitsI16(int32_t v) {
+    return v >= -32768 && v <= 32767;
+}
 
 // Drops on-curve points that lie exactly midway between two control points:
 // the reader puts them back.
@@ -26,7 +28,8 @@ std::vector<FontPoint> DropImpliedPoints(const std::vector<FontPoint>& contour) 
         if (i > 0 && p.onCurve) {
             const FontPoint& prev = contour[i - 1];
             const FontPoint& next = contour[(i + 1) % n];
-            if (!prev.onCurve && !next.onCurve && prev.x + next.x == 2 * p.x && prev.y + next.y == 2 * p.y) continue;
+            if (!prev.onCurve && !next.onCurve && prev.x + next.x == 2 * p.x && prev.y + next.y == 2 * p.y)
+                continue;
         }
         kept.push_back(p);
     }
@@ -131,8 +134,9 @@ std::vector<uint8_t> Font_Encode(const FontSource& source, std::string* error) {
         Put16(out, z.overshoot);
     }
     auto kerning = source.kerning;
-    std::sort(kerning.begin(), kerning.end(),
-              [](const auto& a, const auto& b) { return a.left != b.left ? a.left < b.left : a.right < b.right; });
+    std::sort(kerning.begin(), kerning.end(), [](const auto& a, const auto& b) {
+        return a.left != b.left ? a.left < b.left : a.right < b.right;
+    });
     Put16(out, static_cast<int32_t>(kerning.size()));
     for (const auto& k : kerning) {
         Put16(out, k.left);

@@ -15,8 +15,8 @@ struct FontPoint {
 struct FontGlyphSource {
     std::vector<std::vector<FontPoint>> contours;  // each starts on the curve and is closed
     int32_t advance = 0;                           // sub-units, allowance included
-    int32_t stemX = 0;        // left edge of the main stem, 0 for none
-    int32_t secondStemX = 0;  // left edge of a second stem right of it, 0 for none
+    int32_t stemX = 0;                             // left edge of the main stem, 0 for none
+    int32_t secondStemX = 0;                       // left edge of a second stem right of it, 0 for none
 };
 
 struct FontZoneSource {

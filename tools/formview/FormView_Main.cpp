@@ -4,12 +4,12 @@
 // until the window is closed. The test form is filled with its sample content.
 #include "host/Host.h"
 #include "host/Host_Run.h"
+#include "ui/Layout.h"
 #include "ui/TestForm.h"
 #include "ui/Toolkit.h"
 #include "ui/Toolkit_AppEvent.h"
 #include "ui/archive/Resources_Open.h"
 #include "ui/markup/Markup_Form.h"
-#include "ui/Layout.h"
 
 #include <cstdio>
 #include <cstring>
@@ -43,8 +43,8 @@ std::string IdText(uint32_t id) {
 
 void Dump(const Toolkit* toolkit, const Widget* widget, int depth) {
     const PixelRect r = Widget_PixelRect(toolkit, widget);
-    std::printf("%*s%s kind %u at %d,%d %dx%d\n", depth * 2, "", widget->id ? IdText(widget->id).c_str() : "----",
-                widget->type, r.x, r.y, r.width, r.height);
+    std::printf("%*s%s kind %u at %d,%d %dx%d\n", depth * 2, "",
+                widget->id ? IdText(widget->id).c_str() : "----", widget->type, r.x, r.y, r.width, r.height);
     for (const auto& child : widget->children) Dump(toolkit, child.get(), depth + 1);
 }
 
@@ -59,7 +59,8 @@ void Start(Viewer* viewer) {
         int code = 0;
         archive = Resources_OpenPath(viewer->resources.c_str(), &code);
         if (!archive) {
-            std::fprintf(stderr, "pellucida-formview: cannot open %s (code %d)\n", viewer->resources.c_str(), code);
+            std::fprintf(stderr, "pellucida-formview: cannot open %s (code %d)\n", viewer->resources.c_str(),
+                         code);
             std::exit(2);
         }
     }
@@ -98,7 +99,8 @@ int main(int argc, char** argv) {
             std::printf("%s%s", kUsage, kHostOptionsHelp);
             return 0;
         } else if (argv[i][0] == '-') {
-            std::fprintf(stderr, "pellucida-formview: unknown argument %s\n%s%s", argv[i], kUsage, kHostOptionsHelp);
+            std::fprintf(stderr, "pellucida-formview: unknown argument %s\n%s%s", argv[i], kUsage,
+                         kHostOptionsHelp);
             return 2;
         } else {
             viewer.form = argv[i];

@@ -4,7 +4,8 @@
 //   pellucida-pack pack -o resources <folder-or-file>...
 //   pellucida-pack list <archive>
 //   pellucida-pack extract <archive> <name> [<output file>]
-//   pellucida-pack render <file.sqi | archive:name> <width> <height> <out.png> [AutoFit|AutoFillOut|Stretch|Native]
+//   pellucida-pack render <file.sqi | archive:name> <width> <height> <out.png>
+//   [AutoFit|AutoFillOut|Stretch|Native]
 //
 // Folders are read recursively; each file becomes the entry named after the
 // file itself (archive names have no folders).
@@ -60,8 +61,10 @@ int Pack(int argc, char** argv) {
     std::string output;
     std::vector<fs::path> inputs;
     for (int i = 0; i < argc; ++i) {
-        if (std::strcmp(argv[i], "-o") == 0 && i + 1 < argc) output = argv[++i];
-        else inputs.emplace_back(argv[i]);
+        if (std::strcmp(argv[i], "-o") == 0 && i + 1 < argc)
+            output = argv[++i];
+        else
+            inputs.emplace_back(argv[i]);
     }
     if (output.empty() || inputs.empty()) return Fail("pack needs -o <archive> and at least one input");
     std::vector<PackEntry> entries;
@@ -141,7 +144,8 @@ int Render(int argc, char** argv) {
     std::vector<uint8_t> sqi;
     const std::string source = argv[0];
     const size_t colon = source.rfind(':');
-    if (colon != std::string::npos && colon > 0 && fs::exists(source.substr(0, colon)) && !fs::exists(source)) {
+    if (colon != std::string::npos && colon > 0 && fs::exists(source.substr(0, colon)) &&
+        !fs::exists(source)) {
         ResourceArchive archive;
         if (!OpenArchive(source.substr(0, colon).c_str(), &archive)) return 1;
         sqi = ResourceArchive_LoadWhole(&archive, source.substr(colon + 1).c_str());
@@ -150,7 +154,8 @@ int Render(int argc, char** argv) {
     }
     const int width = std::atoi(argv[1]);
     const int height = std::atoi(argv[2]);
-    if (width < 1 || height < 1 || width > 8192 || height > 8192) return Fail("the size must be 1 to 8192 pixels");
+    if (width < 1 || height < 1 || width > 8192 || height > 8192)
+        return Fail("the size must be 1 to 8192 pixels");
     uint32_t fill = 2;  // Stretch
     if (argc > 4 && !FillModeOf(argv[4], &fill)) return Fail(std::string("unknown fill mode ") + argv[4]);
 
@@ -190,7 +195,8 @@ int main(int argc, char** argv) {
     const std::string command = argv[1];
     if (command == "pack") return Pack(argc - 2, argv + 2);
     if (command == "list" && argc == 3) return List(argv[2]);
-    if (command == "extract" && (argc == 4 || argc == 5)) return Extract(argv[2], argv[3], argc == 5 ? argv[4] : nullptr);
+    if (command == "extract" && (argc == 4 || argc == 5))
+        return Extract(argv[2], argv[3], argc == 5 ? argv[4] : nullptr);
     if (command == "render") return Render(argc - 2, argv + 2);
     std::fputs(kUsage, stderr);
     return 2;

@@ -47,7 +47,8 @@ bool Pack_Build(const std::vector<PackEntry>& entries, std::vector<uint8_t>* arc
     // empty bucket, so no entry may live there. Entries follow in name order.
     std::vector<const PackEntry*> ordered;
     for (const PackEntry& e : entries) ordered.push_back(&e);
-    std::sort(ordered.begin(), ordered.end(), [](const PackEntry* a, const PackEntry* b) { return a->name < b->name; });
+    std::sort(ordered.begin(), ordered.end(),
+              [](const PackEntry* a, const PackEntry* b) { return a->name < b->name; });
     const uint32_t slots = static_cast<uint32_t>(ordered.size() + 1);
 
     std::vector<uint8_t> index(2 * kResourceBuckets, 0);
@@ -55,8 +56,10 @@ bool Pack_Build(const std::vector<PackEntry>& entries, std::vector<uint8_t>* arc
     std::vector<uint32_t> tail(kResourceBuckets, 0);
     for (uint32_t slot = 1; slot < slots; ++slot) {
         const uint32_t bucket = Resources_Hash(ordered[slot - 1]->name.c_str()) & (kResourceBuckets - 1);
-        if (tail[bucket] == 0) PutLe16(index, 2 * bucket, slot);
-        else next[tail[bucket]] = slot;
+        if (tail[bucket] == 0)
+            PutLe16(index, 2 * bucket, slot);
+        else
+            next[tail[bucket]] = slot;
         tail[bucket] = slot;
     }
 
@@ -76,7 +79,8 @@ bool Pack_Build(const std::vector<PackEntry>& entries, std::vector<uint8_t>* arc
         }
         PutBe32(out, kResourceFileHeaderSize + kResourceSlotSize * slot, static_cast<uint32_t>(out.size()));
         // Header, name and its NUL, padded to a multiple of 4 bytes.
-        const uint32_t headerLength = (kResourceRecordHeaderSize + static_cast<uint32_t>(name.size()) + 1 + 3) & ~3u;
+        const uint32_t headerLength =
+            (kResourceRecordHeaderSize + static_cast<uint32_t>(name.size()) + 1 + 3) & ~3u;
         std::vector<uint8_t> head(headerLength, 0);
         PutLe32(head, 4, headerLength);
         PutLe32(head, 8, static_cast<uint32_t>(data.size()));

@@ -15,9 +15,12 @@ int main(int argc, char** argv) {
     const char* input = nullptr;
     const char* output = nullptr;
     for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--tinted") == 0) tinted = true;
-        else if (!input) input = argv[i];
-        else if (!output) output = argv[i];
+        if (std::strcmp(argv[i], "--tinted") == 0)
+            tinted = true;
+        else if (!input)
+            input = argv[i];
+        else if (!output)
+            output = argv[i];
     }
     if (!input || !output) {
         std::fputs("usage: pellucida-sqi [--tinted] <in.png> <out.sqi>\n", stderr);

@@ -21,7 +21,9 @@ uint32_t ReadBe32(const uint8_t* p) {
 uint32_t ReadLe32(const uint8_t* p) {
     return uint32_t{p[0]} | (uint32_t{p[1]} << 8) | (uint32_t{p[2]} << 16) | (uint32_t{p[3]} << 24);
 }
-uint16_t ReadLe16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | (p[1] << 8)); }
+uint16_t ReadLe16(const uint8_t* p) {
+    return static_cast<uint16_t>(p[0] | (p[1] << 8));
+}
 
 // Reads exactly `count` bytes at `offset`; false when the file ends before.
 bool ReadAt(ResourceVolume* volume, uint64_t offset, void* buffer, size_t count) {
@@ -167,7 +169,8 @@ int ResourceArchive_AddVolume(ResourceArchive* archive, const char* path) {
         volume->fileSize = end > 0 ? static_cast<uint64_t>(end) : 0;
     }
     uint8_t header[kResourceFileHeaderSize];
-    if (!ReadAt(volume.get(), 0, header, sizeof header) || ReadBe32(header + kTypeOffset) != kResourceSignature ||
+    if (!ReadAt(volume.get(), 0, header, sizeof header) ||
+        ReadBe32(header + kTypeOffset) != kResourceSignature ||
         ReadBe32(header + kCreatorOffset) != kResourceSignature)
         return kResourceCorrupt;
     archive->volumes.insert(archive->volumes.begin(), std::move(volume));

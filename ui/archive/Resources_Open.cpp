@@ -6,7 +6,9 @@
 
 #include <cstdlib>
 
-std::string Resources_DefaultPath() { return Host_GetProgramDir() + kResourcesFileName; }
+std::string Resources_DefaultPath() {
+    return Host_GetProgramDir() + kResourcesFileName;
+}
 
 std::unique_ptr<ResourceArchive> Resources_OpenPath(const char* path, int* code) {
     auto archive = std::make_unique<ResourceArchive>();

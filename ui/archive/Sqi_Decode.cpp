@@ -57,7 +57,8 @@ void FillRect(uint8_t* buffer, uint32_t bw, uint32_t bh, const Node& n, uint8_t 
     const int32_t x1 = std::min<int64_t>(int64_t{n.x} + n.w, bw);
     const int32_t y1 = std::min<int64_t>(int64_t{n.y} + n.h, bh);
     if (x1 <= x0) return;
-    for (int32_t y = y0; y < y1; ++y) std::memset(buffer + size_t{static_cast<uint32_t>(y)} * bw + x0, value, x1 - x0);
+    for (int32_t y = y0; y < y1; ++y)
+        std::memset(buffer + size_t{static_cast<uint32_t>(y)} * bw + x0, value, x1 - x0);
 }
 
 struct Fields {
@@ -68,13 +69,16 @@ Fields FieldsOf(uint32_t pixel) {
     return {static_cast<int32_t>((pixel >> 19) & 31), static_cast<int32_t>((pixel >> 10) & 63),
             static_cast<int32_t>((pixel >> 3) & 31)};
 }
-Fields FieldsOf565(uint16_t colour) { return {colour >> 11, (colour >> 5) & 63, colour & 31}; }
+Fields FieldsOf565(uint16_t colour) {
+    return {colour >> 11, (colour >> 5) & 63, colour & 31};
+}
 
 // The sums of the tinted mode are not clamped: the 5-6-5 word is formed from
 // them as they stand, so a field that overflows spills into its neighbour.
 uint32_t PackFields(const Fields& f) {
     const uint32_t word = ((static_cast<uint32_t>(f.r) << 11) | (static_cast<uint32_t>(f.g) << 5) |
-                           static_cast<uint32_t>(f.b)) & 0xFFFFu;
+                           static_cast<uint32_t>(f.b)) &
+                          0xFFFFu;
     return Sqi_PixelFrom565(word >> 11, (word >> 5) & 63, word & 31);
 }
 
@@ -160,8 +164,8 @@ bool Sqi_Draw(const uint8_t* data, size_t size, const SqiTarget& target) {
     if (!data || size < kSqiHeaderSize || !target.pixels) return false;
     const uint32_t w = data[0] | (data[1] << 8);
     const uint32_t h = data[2] | (data[3] << 8);
-    const uint32_t mode = uint32_t{data[4]} | (uint32_t{data[5]} << 8) | (uint32_t{data[6]} << 16) |
-                          (uint32_t{data[7]} << 24);
+    const uint32_t mode =
+        uint32_t{data[4]} | (uint32_t{data[5]} << 8) | (uint32_t{data[6]} << 16) | (uint32_t{data[7]} << 24);
     SqiPlacement place;
     if (!Sqi_Place(w, h, target.width, target.height, target.fillMode, &place)) return false;
 
@@ -171,10 +175,10 @@ bool Sqi_Draw(const uint8_t* data, size_t size, const SqiTarget& target) {
     const int64_t originY = int64_t{target.y} + place.offsetY;
     const int64_t clipLeft = std::max<int64_t>({int64_t{target.x}, 0, originX});
     const int64_t clipTop = std::max<int64_t>({int64_t{target.y}, 0, originY});
-    const int64_t clipRight = std::min<int64_t>({int64_t{target.x} + target.width,
-                                                 int64_t{target.framebufferWidth}, originX + place.destWidth});
-    const int64_t clipBottom = std::min<int64_t>({int64_t{target.y} + target.height,
-                                                  int64_t{target.framebufferHeight}, originY + place.destHeight});
+    const int64_t clipRight = std::min<int64_t>(
+        {int64_t{target.x} + target.width, int64_t{target.framebufferWidth}, originX + place.destWidth});
+    const int64_t clipBottom = std::min<int64_t>(
+        {int64_t{target.y} + target.height, int64_t{target.framebufferHeight}, originY + place.destHeight});
     if (clipRight <= clipLeft || clipBottom <= clipTop) return true;
     const int32_t i0 = static_cast<int32_t>(clipLeft - originX);
     const int32_t i1 = static_cast<int32_t>(clipRight - originX);
@@ -210,7 +214,8 @@ bool Sqi_Draw(const uint8_t* data, size_t size, const SqiTarget& target) {
     // The coverage plane blends what the colour planes drew with what was there before.
     const int32_t clipWidth = i1 - i0;
     for (int32_t j = j0; j < j1; ++j) {
-        const uint32_t* line = target.pixels + size_t{static_cast<uint32_t>(originY + j)} * target.pixelsPerRow;
+        const uint32_t* line =
+            target.pixels + size_t{static_cast<uint32_t>(originY + j)} * target.pixelsPerRow;
         std::copy(line + originX + i0, line + originX + i1,
                   background.begin() + static_cast<size_t>(j - j0) * clipWidth);
     }
@@ -237,8 +242,8 @@ bool Sqi_Draw(const uint8_t* data, size_t size, const SqiTarget& target) {
         const Fields tint = FieldsOf565(plane < 3 ? target.tint[plane] : 0);
         const int shiftTo8 = 8 - bits;
         for (int32_t j = j0; j < j1; ++j) {
-            uint32_t* line = target.pixels + size_t{static_cast<uint32_t>(originY + j)} * target.pixelsPerRow +
-                             originX;
+            uint32_t* line =
+                target.pixels + size_t{static_cast<uint32_t>(originY + j)} * target.pixelsPerRow + originX;
             const uint32_t* rowSamples = &rows[static_cast<size_t>(j - j0) * kSamplesPerAxis];
             const uint32_t* saved = &background[static_cast<size_t>(j - j0) * clipWidth];
             for (int32_t i = i0; i < i1; ++i) {

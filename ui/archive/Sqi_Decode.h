@@ -43,8 +43,8 @@ struct SqiTarget {
     int32_t y = 0;
     int32_t width = 0;
     int32_t height = 0;
-    uint32_t fillMode = 0;          // FillMode of WidgetKinds.h
-    uint16_t tint[3] = {0, 0, 0};   // the theme's tints in 5-6-5, for tinted icons
+    uint32_t fillMode = 0;         // FillMode of WidgetKinds.h
+    uint16_t tint[3] = {0, 0, 0};  // the theme's tints in 5-6-5, for tinted icons
 };
 
 // Decodes the .sqi in `data` into the target. Returns false when the data is
@@ -52,4 +52,6 @@ struct SqiTarget {
 bool Sqi_Draw(const uint8_t* data, size_t size, const SqiTarget& target);
 
 // 5-6-5 colour kept in a 32-bit pixel: red in bits 19..23, green 10..15, blue 3..7.
-inline uint32_t Sqi_PixelFrom565(uint32_t r, uint32_t g, uint32_t b) { return (r << 19) | (g << 10) | (b << 3); }
+inline uint32_t Sqi_PixelFrom565(uint32_t r, uint32_t g, uint32_t b) {
+    return (r << 19) | (g << 10) | (b << 3);
+}

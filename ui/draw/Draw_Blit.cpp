@@ -29,7 +29,8 @@ void Draw_Blit(const Surface& surface, int32_t x, int32_t y, const PixelBlock& b
     if (!block.pixels || !Clip(surface, x, y, block.width, block.height, &s)) return;
     for (int32_t j = 0; j < s.dest.height; ++j) {
         const uint32_t* src = block.pixels + static_cast<ptrdiff_t>(s.srcY + j) * block.pixelsPerRow + s.srcX;
-        uint32_t* dst = surface.pixels + static_cast<ptrdiff_t>(s.dest.y + j) * surface.pixelsPerRow + s.dest.x;
+        uint32_t* dst =
+            surface.pixels + static_cast<ptrdiff_t>(s.dest.y + j) * surface.pixelsPerRow + s.dest.x;
         for (int32_t i = 0; i < s.dest.width; ++i) dst[i] = Draw_Quantize(src[i]);
     }
 }
@@ -39,7 +40,8 @@ void Draw_BlitBlend(const Surface& surface, int32_t x, int32_t y, const PixelBlo
     if (!block.pixels || !Clip(surface, x, y, block.width, block.height, &s)) return;
     for (int32_t j = 0; j < s.dest.height; ++j) {
         const uint32_t* src = block.pixels + static_cast<ptrdiff_t>(s.srcY + j) * block.pixelsPerRow + s.srcX;
-        uint32_t* dst = surface.pixels + static_cast<ptrdiff_t>(s.dest.y + j) * surface.pixelsPerRow + s.dest.x;
+        uint32_t* dst =
+            surface.pixels + static_cast<ptrdiff_t>(s.dest.y + j) * surface.pixelsPerRow + s.dest.x;
         for (int32_t i = 0; i < s.dest.width; ++i) {
             const uint32_t alpha = Draw_AlphaFromCoverage(src[i] >> 24);
             if (alpha == 0) continue;
@@ -57,11 +59,13 @@ void Draw_BlendMask(const Surface& surface, int32_t x, int32_t y, const uint8_t*
     const Fields565 fields = Draw_Fields(colour);
     for (int32_t j = 0; j < s.dest.height; ++j) {
         const uint8_t* m = mask + static_cast<ptrdiff_t>(s.srcY + j) * maskStride + s.srcX;
-        uint32_t* dst = surface.pixels + static_cast<ptrdiff_t>(s.dest.y + j) * surface.pixelsPerRow + s.dest.x;
+        uint32_t* dst =
+            surface.pixels + static_cast<ptrdiff_t>(s.dest.y + j) * surface.pixelsPerRow + s.dest.x;
         for (int32_t i = 0; i < s.dest.width; ++i) {
             const uint32_t coverage = m[i];
             if (coverage == 0) continue;
-            dst[i] = coverage == 255 ? pixel : Draw_BlendFields(dst[i], fields, Draw_AlphaFromCoverage(coverage));
+            dst[i] =
+                coverage == 255 ? pixel : Draw_BlendFields(dst[i], fields, Draw_AlphaFromCoverage(coverage));
         }
     }
 }

@@ -52,7 +52,8 @@ Colour565 Draw_GradientAt(Colour565 top, Colour565 bottom, int32_t row, int32_t 
     return Draw_Pack565({mix(a.r, b.r), mix(a.g, b.g), mix(a.b, b.b)});
 }
 
-void Draw_FillVerticalGradient(const Surface& surface, const DrawRect& rect, Colour565 top, Colour565 bottom) {
+void Draw_FillVerticalGradient(const Surface& surface, const DrawRect& rect, Colour565 top,
+                               Colour565 bottom) {
     const DrawRect r = Draw_Intersect(rect, surface.clip);
     if (Draw_IsEmpty(r)) return;
     for (int32_t y = r.y; y < r.y + r.height; ++y) {

@@ -14,9 +14,13 @@
 
 namespace {
 
-float Coverage(float distance) { return std::clamp(0.5f - distance, 0.0f, 1.0f); }
+float Coverage(float distance) {
+    return std::clamp(0.5f - distance, 0.0f, 1.0f);
+}
 
-uint32_t AlphaOf(float coverage) { return static_cast<uint32_t>(coverage * 256.0f + 0.5f); }
+uint32_t AlphaOf(float coverage) {
+    return static_cast<uint32_t>(coverage * 256.0f + 0.5f);
+}
 
 void Put(uint32_t* p, Fields565 colour, uint32_t pixel, float coverage) {
     const uint32_t alpha = AlphaOf(coverage);
@@ -66,8 +70,10 @@ void FillRows(const Surface& surface, const DrawRect& rect, float radius, RowCol
         uint32_t* row = surface.pixels + static_cast<ptrdiff_t>(y) * surface.pixelsPerRow;
         const float py = static_cast<float>(y) + 0.5f;
         float dy = 0.0f;
-        if (py < top) dy = top - py;
-        else if (py > bottom) dy = py - bottom;
+        if (py < top)
+            dy = top - py;
+        else if (py > bottom)
+            dy = py - bottom;
         if (dy <= 0.0f || zone == 0) {
             std::fill(row + clipL, row + clipR, pixel);
             continue;
@@ -110,8 +116,9 @@ void Draw_StrokeRoundRect(const Surface& surface, const DrawRect& rect, float ra
     if (Draw_IsEmpty(r)) return;
 
     const RoundBox outer = BoxOf(static_cast<float>(rect.x), static_cast<float>(rect.y), w, h, radius);
-    const RoundBox inner = BoxOf(static_cast<float>(rect.x) + thickness, static_cast<float>(rect.y) + thickness,
-                                 w - 2 * thickness, h - 2 * thickness, outer.radius - thickness);
+    const RoundBox inner =
+        BoxOf(static_cast<float>(rect.x) + thickness, static_cast<float>(rect.y) + thickness,
+              w - 2 * thickness, h - 2 * thickness, outer.radius - thickness);
     // Rows this far from the top and bottom edges cross the outline only in
     // their left and right bands.
     const int32_t band = static_cast<int32_t>(std::ceil(std::max(outer.radius, thickness))) + 1;
@@ -142,7 +149,8 @@ void Draw_StrokeRoundRect(const Surface& surface, const DrawRect& rect, float ra
             // Between the corners the top and bottom edges are straight: one
             // coverage for the whole span.
             const float px = static_cast<float>(middleStart) + 0.5f;
-            const uint32_t alpha = AlphaOf(Coverage(outer.Distance(px, py)) - Coverage(inner.Distance(px, py)));
+            const uint32_t alpha =
+                AlphaOf(Coverage(outer.Distance(px, py)) - Coverage(inner.Distance(px, py)));
             const int32_t x0 = std::max(middleStart, clipL), x1 = std::min(middleEnd, clipR);
             if (alpha >= 256) {
                 if (x0 < x1) std::fill(row + x0, row + x1, pixel);

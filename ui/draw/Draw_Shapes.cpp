@@ -9,7 +9,9 @@
 
 namespace {
 
-float Coverage(float distance) { return std::clamp(0.5f - distance, 0.0f, 1.0f); }
+float Coverage(float distance) {
+    return std::clamp(0.5f - distance, 0.0f, 1.0f);
+}
 
 void Put(uint32_t* p, Fields565 colour, uint32_t pixel, float coverage) {
     const uint32_t alpha = static_cast<uint32_t>(coverage * 256.0f + 0.5f);
@@ -42,11 +44,13 @@ bool ColumnRange(const Surface& s, float left, float right, int32_t* x0, int32_t
 
 }  // namespace
 
-void Draw_Line(const Surface& surface, float x0, float y0, float x1, float y1, float width, Colour565 colour) {
+void Draw_Line(const Surface& surface, float x0, float y0, float x1, float y1, float width,
+               Colour565 colour) {
     if (!(width > 0.0f)) return;
     const float hw = width * 0.5f;
     int32_t rowStart, rowEnd;
-    if (!RowRange(surface, std::min(y0, y1) - hw - 1.0f, std::max(y0, y1) + hw + 1.0f, &rowStart, &rowEnd)) return;
+    if (!RowRange(surface, std::min(y0, y1) - hw - 1.0f, std::max(y0, y1) + hw + 1.0f, &rowStart, &rowEnd))
+        return;
     const float dx = x1 - x0;
     const float dy = y1 - y0;
     const float length2 = dx * dx + dy * dy;
@@ -112,7 +116,8 @@ void Draw_FillCircle(const Surface& surface, float cx, float cy, float radius, C
     }
 }
 
-void Draw_StrokeCircle(const Surface& surface, float cx, float cy, float radius, float width, Colour565 colour) {
+void Draw_StrokeCircle(const Surface& surface, float cx, float cy, float radius, float width,
+                       Colour565 colour) {
     if (!(width > 0.0f) || !(radius > 0.0f)) return;
     const float hw = width * 0.5f;
     const float outer = radius + hw;

@@ -12,4 +12,5 @@ void Draw_Line(const Surface& surface, float x0, float y0, float x1, float y1, f
 void Draw_FillCircle(const Surface& surface, float cx, float cy, float radius, Colour565 colour);
 
 // A ring `width` pixels wide centred on the circle of `radius`.
-void Draw_StrokeCircle(const Surface& surface, float cx, float cy, float radius, float width, Colour565 colour);
+void Draw_StrokeCircle(const Surface& surface, float cx, float cy, float radius, float width,
+                       Colour565 colour);

@@ -28,7 +28,9 @@ Surface Draw_MakeSurface(uint32_t* pixels, int32_t pixelsPerRow, int32_t width, 
 // The common part of two rectangles; an empty result has width or height 0.
 DrawRect Draw_Intersect(const DrawRect& a, const DrawRect& b);
 
-inline bool Draw_IsEmpty(const DrawRect& r) { return r.width <= 0 || r.height <= 0; }
+inline bool Draw_IsEmpty(const DrawRect& r) {
+    return r.width <= 0 || r.height <= 0;
+}
 
 // Narrows the surface's clip to its intersection with `rect` for the lifetime
 // of the scope.

@@ -34,7 +34,7 @@ struct FontGlyphData {
     uint32_t firstPoint = 0;
     uint32_t firstContour = 0;
     uint16_t contourCount = 0;
-    int32_t advance = 0;  // sub-units, with the allowance the default letter spacing takes back
+    int32_t advance = 0;      // sub-units, with the allowance the default letter spacing takes back
     int32_t stemX = 0;        // left edge of the main stem; 0 for none
     int32_t secondStemX = 0;  // left edge of a second stem right of it; 0 for none
 };
@@ -45,7 +45,7 @@ struct FontZoneData {
 };
 
 struct FontKernData {
-    uint32_t pair = 0;  // left glyph << 16 | right glyph
+    uint32_t pair = 0;   // left glyph << 16 | right glyph
     int32_t adjust = 0;  // sub-units
 };
 
@@ -115,8 +115,8 @@ TextMetrics Font_MeasureText(const Font& font, int32_t pixelHeight, std::string_
 // Draws one line of text with its pen starting at x and its baseline at
 // baselineY: the row baselineY - 1 is the last row of a capital letter.
 // Returns the advance width, as Font_MeasureText gives it.
-int32_t Font_DrawText(const Surface& surface, const Font& font, int32_t x, int32_t baselineY, int32_t pixelHeight,
-                      std::string_view utf8, Colour565 colour);
+int32_t Font_DrawText(const Surface& surface, const Font& font, int32_t x, int32_t baselineY,
+                      int32_t pixelHeight, std::string_view utf8, Colour565 colour);
 
 // One line of wrapped text: a byte range of the input without the spaces or
 // line feed at which it was broken, and its width in pixels.
@@ -129,4 +129,5 @@ struct TextLine {
 // Breaks text into lines no wider than maxWidth: at line feeds, else at the
 // last space that keeps the line within the width; a word wider than the
 // width alone is broken between characters.
-std::vector<TextLine> Font_WrapText(const Font& font, int32_t pixelHeight, std::string_view utf8, int32_t maxWidth);
+std::vector<TextLine> Font_WrapText(const Font& font, int32_t pixelHeight, std::string_view utf8,
+                                    int32_t maxWidth);

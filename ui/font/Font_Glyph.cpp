@@ -48,7 +48,8 @@ void BuildZones(const Font& font, int32_t pixelHeight, FontSizeCache& size) {
         anchors.emplace_back(static_cast<float>(z.flat), flat);
         if (z.overshoot == z.flat) continue;
         const float over = static_cast<float>(z.overshoot - z.flat) * s;
-        anchors.emplace_back(static_cast<float>(z.overshoot), flat + (std::fabs(over) < kSmallestOvershoot ? 0 : over));
+        anchors.emplace_back(static_cast<float>(z.overshoot),
+                             flat + (std::fabs(over) < kSmallestOvershoot ? 0 : over));
     }
     // The line's own top and bottom hold too, so that accents stay within the
     // ascent and descent that Font_MeasureText reports.
@@ -93,7 +94,8 @@ void Render(const Font& font, FontSizeCache& size, uint16_t glyphIndex, FontGlyp
     const float shift = static_cast<float>(FontGlyph_Pixels(glyph.stemX, scale)) - stem1;
     const bool twoStems = glyph.secondStemX > glyph.stemX;
     const float stem2 = static_cast<float>(glyph.secondStemX) * s;
-    const float shift2 = twoStems ? static_cast<float>(FontGlyph_Pixels(glyph.secondStemX, scale)) - stem2 : shift;
+    const float shift2 =
+        twoStems ? static_cast<float>(FontGlyph_Pixels(glyph.secondStemX, scale)) - stem2 : shift;
     auto mapX = [&](float x) {
         if (!twoStems || x <= stem1) return x + shift;
         if (x >= stem2) return x + shift2;
@@ -165,7 +167,8 @@ void Render(const Font& font, FontSizeCache& size, uint16_t glyphIndex, FontGlyp
     uint8_t* mask = size.coverage.data() + image.offset;
     GlyphRaster_Resolve(raster, mask, image.width);
     static const CoverageCurve curve;
-    for (size_t i = 0, n = static_cast<size_t>(image.width) * image.height; i < n; ++i) mask[i] = curve.table[mask[i]];
+    for (size_t i = 0, n = static_cast<size_t>(image.width) * image.height; i < n; ++i)
+        mask[i] = curve.table[mask[i]];
 }
 
 }  // namespace

@@ -91,7 +91,8 @@ bool DecodeGlyph(const Reader& r, size_t at, Font& font, size_t* recordEnd) {
 }  // namespace
 
 std::unique_ptr<Font> Font_Load(const uint8_t* bytes, size_t size) {
-    if (!bytes || size < kFontHeaderSize || std::memcmp(bytes, kFontMagic, sizeof kFontMagic) != 0) return nullptr;
+    if (!bytes || size < kFontHeaderSize || std::memcmp(bytes, kFontMagic, sizeof kFontMagic) != 0)
+        return nullptr;
     const Reader r(bytes, size);
     auto font = std::make_unique<Font>();
     font->designSize = static_cast<uint8_t>(r.U8(3));
@@ -128,7 +129,8 @@ std::unique_ptr<Font> Font_Load(const uint8_t* bytes, size_t size) {
     const uint32_t z = r.U16(tableAt);
     tableAt += 2;
     if (!r.Has(tableAt, 4 * size_t{z} + 2)) return nullptr;
-    for (uint32_t i = 0; i < z; ++i, tableAt += 4) font->zones.push_back({r.I16(tableAt), r.I16(tableAt + 2)});
+    for (uint32_t i = 0; i < z; ++i, tableAt += 4)
+        font->zones.push_back({r.I16(tableAt), r.I16(tableAt + 2)});
     const uint32_t k = r.U16(tableAt);
     tableAt += 2;
     if (!r.Has(tableAt, 6 * size_t{k})) return nullptr;

@@ -32,7 +32,8 @@ int32_t SetLine(const Font& font, int32_t scale, std::string_view utf8, Place pl
         if (cp < 32 || cp == 127) continue;
         const uint16_t glyph = Font_GlyphFor(font, cp);
         const FontGlyphData& data = font.glyphs[glyph];
-        if (previous >= 0) pen += Sixtyfourths(Font_Kerning(font, static_cast<uint16_t>(previous), glyph), scale);
+        if (previous >= 0)
+            pen += Sixtyfourths(Font_Kerning(font, static_cast<uint16_t>(previous), glyph), scale);
         const int64_t stem = Sixtyfourths(data.stemX, scale);
         place(glyph, ((pen + stem + 32) >> 6) - FontGlyph_Pixels(data.stemX, scale));
         pen += Sixtyfourths(data.advance + spacing, scale);
@@ -54,8 +55,8 @@ TextMetrics Font_MeasureText(const Font& font, int32_t pixelHeight, std::string_
     return m;
 }
 
-int32_t Font_DrawText(const Surface& surface, const Font& font, int32_t x, int32_t baselineY, int32_t pixelHeight,
-                      std::string_view utf8, Colour565 colour) {
+int32_t Font_DrawText(const Surface& surface, const Font& font, int32_t x, int32_t baselineY,
+                      int32_t pixelHeight, std::string_view utf8, Colour565 colour) {
     if (font.glyphs.empty() || pixelHeight <= 0) return 0;
     FontSizeCache& size = FontGlyph_Size(font, pixelHeight);
     const int32_t scale = Font_Scale(font, size.pixelHeight);
@@ -64,7 +65,8 @@ int32_t Font_DrawText(const Surface& surface, const Font& font, int32_t x, int32
         const int64_t gx = x + pen;
         const int64_t gy = baselineY;
         // Glyphs wholly outside the clip are neither rendered nor drawn.
-        if (gx > int64_t{clip.x} + clip.width + 4 * pixelHeight || gx < int64_t{clip.x} - 8 * pixelHeight) return;
+        if (gx > int64_t{clip.x} + clip.width + 4 * pixelHeight || gx < int64_t{clip.x} - 8 * pixelHeight)
+            return;
         const FontGlyphImage& image = FontGlyph_Image(font, size, glyph);
         if (image.width == 0) return;
         const int64_t left = gx + image.left, top = gy + image.top;

@@ -32,7 +32,7 @@ struct Wrapper {
         while (start < end) {
             size_t at = start;
             size_t lastSpace = std::string_view::npos;  // the line may end before this space
-            size_t fitEnd = start;                       // the longest run of characters that fits
+            size_t fitEnd = start;                      // the longest run of characters that fits
             while (at < end) {
                 if (text[at] == ' ' && at > start) lastSpace = at;
                 size_t next = at;
@@ -53,7 +53,8 @@ struct Wrapper {
 
 }  // namespace
 
-std::vector<TextLine> Font_WrapText(const Font& font, int32_t pixelHeight, std::string_view utf8, int32_t maxWidth) {
+std::vector<TextLine> Font_WrapText(const Font& font, int32_t pixelHeight, std::string_view utf8,
+                                    int32_t maxWidth) {
     Wrapper w{font, pixelHeight, utf8, maxWidth, {}};
     size_t begin = 0;
     while (true) {

@@ -30,7 +30,8 @@ void GlyphRaster_Line(GlyphRaster& raster, float x0, float y0, float x1, float y
     const int32_t stride = raster.width + 2;
     const int32_t rowStart = std::max(static_cast<int32_t>(std::floor(y0)), 0);
     const int32_t rowEnd = std::min(static_cast<int32_t>(std::ceil(y1)), raster.height);
-    float x = x0 + dxdy * (static_cast<float>(rowStart) - y0 > 0.0f ? static_cast<float>(rowStart) - y0 : 0.0f);
+    float x =
+        x0 + dxdy * (static_cast<float>(rowStart) - y0 > 0.0f ? static_cast<float>(rowStart) - y0 : 0.0f);
 
     for (int32_t y = rowStart; y < rowEnd; ++y) {
         float* row = raster.cells.data() + static_cast<ptrdiff_t>(y) * stride;

@@ -15,19 +15,25 @@ struct Word {
 };
 
 constexpr Word kQuadrants[] = {
-    {"NorthWest", kQuadrantNorthWest}, {"North", kQuadrantNorth},         {"NorthEast", kQuadrantNorthEast},
-    {"West", kQuadrantWest},           {"Center", kQuadrantCenter},       {"East", kQuadrantEast},
-    {"SouthWest", kQuadrantSouthWest}, {"South", kQuadrantSouth},         {"SouthEast", kQuadrantSouthEast},
+    {"NorthWest", kQuadrantNorthWest}, {"North", kQuadrantNorth},   {"NorthEast", kQuadrantNorthEast},
+    {"West", kQuadrantWest},           {"Center", kQuadrantCenter}, {"East", kQuadrantEast},
+    {"SouthWest", kQuadrantSouthWest}, {"South", kQuadrantSouth},   {"SouthEast", kQuadrantSouthEast},
 };
 constexpr Word kFillModes[] = {
-    {"AutoFit", kFillAutoFit}, {"AutoFillOut", kFillAutoFillOut}, {"Stretch", kFillStretch}, {"Native", kFillNative},
+    {"AutoFit", kFillAutoFit},
+    {"AutoFillOut", kFillAutoFillOut},
+    {"Stretch", kFillStretch},
+    {"Native", kFillNative},
 };
 constexpr Word kCorners[] = {
     {"TopRight", 1}, {"TopLeft", 2}, {"BottomRight", 4}, {"BottomLeft", 8}, {"Top", 3},
     {"Right", 5},    {"Left", 10},   {"Bottom", 12},     {"Full", 15},
 };
 constexpr Word kAlignments[] = {
-    {"Left", kAlignLeft}, {"Right", kAlignRight}, {"Center", kAlignCenter}, {"Bottom", kAlignBottom},
+    {"Left", kAlignLeft},
+    {"Right", kAlignRight},
+    {"Center", kAlignCenter},
+    {"Bottom", kAlignBottom},
 };
 
 constexpr int64_t kPercentBound = 1000000;
@@ -97,7 +103,8 @@ int32_t DecimalOf(const std::string& value) {
 int32_t Markup_GeometryValue(const Toolkit* toolkit, const std::string& value) {
     if (!value.empty() && value.back() == '%') {
         // Bounded so that no percentage, however wrong, overflows the arithmetic.
-        const int64_t n = std::clamp<int64_t>(std::strtol(value.c_str(), nullptr, 10), -kPercentBound, kPercentBound);
+        const int64_t n =
+            std::clamp<int64_t>(std::strtol(value.c_str(), nullptr, 10), -kPercentBound, kPercentBound);
         return static_cast<int32_t>((n * 32768) / 100);
     }
     if (value == kSmallestObjectSizeX) return toolkit ? toolkit->minimalObjectSizeX : 1;
@@ -111,51 +118,104 @@ void Markup_ReadAttributes(const Toolkit* toolkit, const MarkupTag& tag, uint64_
         if (!bit) continue;
         const std::string& value = attribute.value;
         switch (bit) {
-        case kAttrId: v->id = Widget_PackId(value.c_str()); break;
-        case kAttrNavLeft: v->navigation.navLeft = Widget_PackId(value.c_str()); break;
-        case kAttrNavRight: v->navigation.navRight = Widget_PackId(value.c_str()); break;
-        case kAttrNavUp: v->navigation.navUp = Widget_PackId(value.c_str()); break;
-        case kAttrNavDown: v->navigation.navDown = Widget_PackId(value.c_str()); break;
-        case kAttrQuickKey: v->navigation.quickKey = value.empty() ? 0 : value[0]; break;
-        case kAttrTopLeftX: v->geometry.topLeftX = Markup_GeometryValue(toolkit, value); break;
-        case kAttrTopLeftY: v->geometry.topLeftY = Markup_GeometryValue(toolkit, value); break;
-        case kAttrBottomRightX: v->geometry.bottomRightX = Markup_GeometryValue(toolkit, value); break;
-        case kAttrBottomRightY: v->geometry.bottomRightY = Markup_GeometryValue(toolkit, value); break;
-        case kAttrMinTopLeftPixelsX: v->geometry.minTopLeftPixelsX = Markup_GeometryValue(toolkit, value); break;
-        case kAttrMinTopLeftPixelsY: v->geometry.minTopLeftPixelsY = Markup_GeometryValue(toolkit, value); break;
-        case kAttrMinBottomRightPixelsX:
-            v->geometry.minBottomRightPixelsX = Markup_GeometryValue(toolkit, value);
-            break;
-        case kAttrMinBottomRightPixelsY:
-            v->geometry.minBottomRightPixelsY = Markup_GeometryValue(toolkit, value);
-            break;
-        case kAttrQuadrant: MatchWord(kQuadrants, value, &v->quadrant); break;
-        case kAttrMetaFocus: v->metaFocus = true; break;
-        case kAttrFillBackground: v->fillBackground = true; break;
-        case kAttrText: v->text = value; break;
-        case kAttrTextAlign: MatchWord(kAlignments, value, &v->textAlign); break;
-        case kAttrAlign:
-            MatchWord(kAlignments, value, &v->align);
-            v->alignGiven = true;
-            break;
-        case kAttrResource: v->resource = value; break;
-        case kAttrNoGloss: v->noGloss = true; break;
-        case kAttrFlat: v->flat = true; break;
-        case kAttrRounded: MatchWord(kCorners, value, &v->rounded); break;
-        case kAttrFillMode: MatchWord(kFillModes, value, &v->fillMode); break;
-        case kAttrItem: v->items.push_back(value); break;
-        case kAttrNumBins: v->numBins = static_cast<uint32_t>(DecimalOf(value)); break;
-        case kAttrNumbersOnly: v->numbersOnly = true; break;
-        case kAttrCondition: v->condition = value; break;
-        case kAttrString:
-            v->string = value;
-            v->hasString = attribute.hasValue;
-            break;
-        case kAttrReference:
-            v->reference = value;
-            v->hasReference = attribute.hasValue;
-            break;
-        default: break;
+            case kAttrId:
+                v->id = Widget_PackId(value.c_str());
+                break;
+            case kAttrNavLeft:
+                v->navigation.navLeft = Widget_PackId(value.c_str());
+                break;
+            case kAttrNavRight:
+                v->navigation.navRight = Widget_PackId(value.c_str());
+                break;
+            case kAttrNavUp:
+                v->navigation.navUp = Widget_PackId(value.c_str());
+                break;
+            case kAttrNavDown:
+                v->navigation.navDown = Widget_PackId(value.c_str());
+                break;
+            case kAttrQuickKey:
+                v->navigation.quickKey = value.empty() ? 0 : value[0];
+                break;
+            case kAttrTopLeftX:
+                v->geometry.topLeftX = Markup_GeometryValue(toolkit, value);
+                break;
+            case kAttrTopLeftY:
+                v->geometry.topLeftY = Markup_GeometryValue(toolkit, value);
+                break;
+            case kAttrBottomRightX:
+                v->geometry.bottomRightX = Markup_GeometryValue(toolkit, value);
+                break;
+            case kAttrBottomRightY:
+                v->geometry.bottomRightY = Markup_GeometryValue(toolkit, value);
+                break;
+            case kAttrMinTopLeftPixelsX:
+                v->geometry.minTopLeftPixelsX = Markup_GeometryValue(toolkit, value);
+                break;
+            case kAttrMinTopLeftPixelsY:
+                v->geometry.minTopLeftPixelsY = Markup_GeometryValue(toolkit, value);
+                break;
+            case kAttrMinBottomRightPixelsX:
+                v->geometry.minBottomRightPixelsX = Markup_GeometryValue(toolkit, value);
+                break;
+            case kAttrMinBottomRightPixelsY:
+                v->geometry.minBottomRightPixelsY = Markup_GeometryValue(toolkit, value);
+                break;
+            case kAttrQuadrant:
+                MatchWord(kQuadrants, value, &v->quadrant);
+                break;
+            case kAttrMetaFocus:
+                v->metaFocus = true;
+                break;
+            case kAttrFillBackground:
+                v->fillBackground = true;
+                break;
+            case kAttrText:
+                v->text = value;
+                break;
+            case kAttrTextAlign:
+                MatchWord(kAlignments, value, &v->textAlign);
+                break;
+            case kAttrAlign:
+                MatchWord(kAlignments, value, &v->align);
+                v->alignGiven = true;
+                break;
+            case kAttrResource:
+                v->resource = value;
+                break;
+            case kAttrNoGloss:
+                v->noGloss = true;
+                break;
+            case kAttrFlat:
+                v->flat = true;
+                break;
+            case kAttrRounded:
+                MatchWord(kCorners, value, &v->rounded);
+                break;
+            case kAttrFillMode:
+                MatchWord(kFillModes, value, &v->fillMode);
+                break;
+            case kAttrItem:
+                v->items.push_back(value);
+                break;
+            case kAttrNumBins:
+                v->numBins = static_cast<uint32_t>(DecimalOf(value));
+                break;
+            case kAttrNumbersOnly:
+                v->numbersOnly = true;
+                break;
+            case kAttrCondition:
+                v->condition = value;
+                break;
+            case kAttrString:
+                v->string = value;
+                v->hasString = attribute.hasValue;
+                break;
+            case kAttrReference:
+                v->reference = value;
+                v->hasReference = attribute.hasValue;
+                break;
+            default:
+                break;
         }
     }
 }

@@ -45,9 +45,9 @@ enum MarkupAttributeBit : uint64_t {
 };
 
 inline constexpr uint64_t kAttrNavigation = kAttrNavLeft | kAttrNavRight | kAttrNavUp | kAttrNavDown;
-inline constexpr uint64_t kAttrGeometry = kAttrTopLeftX | kAttrTopLeftY | kAttrBottomRightX | kAttrBottomRightY |
-                                          kAttrMinTopLeftPixelsX | kAttrMinTopLeftPixelsY |
-                                          kAttrMinBottomRightPixelsX | kAttrMinBottomRightPixelsY;
+inline constexpr uint64_t kAttrGeometry =
+    kAttrTopLeftX | kAttrTopLeftY | kAttrBottomRightX | kAttrBottomRightY | kAttrMinTopLeftPixelsX |
+    kAttrMinTopLeftPixelsY | kAttrMinBottomRightPixelsX | kAttrMinBottomRightPixelsY;
 
 // The attribute values of the element being read.
 struct MarkupValues {
@@ -79,7 +79,8 @@ struct MarkupValues {
 // Reads the tag's attributes that `allowed` registers for its element into
 // `values`; the others are ignored. A registered name is matched whole, so
 // "ID" does not take "NavLeftID".
-void Markup_ReadAttributes(const Toolkit* toolkit, const MarkupTag& tag, uint64_t allowed, MarkupValues* values);
+void Markup_ReadAttributes(const Toolkit* toolkit, const MarkupTag& tag, uint64_t allowed,
+                           MarkupValues* values);
 
 // A geometry value: "n%" is (n << 15) / 100, "SmallestObjectSizeX"/"Y" the
 // minimal object size in pixels, anything else a decimal integer.

@@ -22,7 +22,7 @@ constexpr uint64_t kControlAttributes = kAttrId | kAttrNavigation | kAttrQuickKe
 
 enum class ElementRole { Conditional, Entity, Widget };
 
-struct ElementSpec {
+struct ElementRule {
     const char* name;
     ElementRole role;
     uint32_t kind;
@@ -30,7 +30,7 @@ struct ElementSpec {
     bool container;  // children attach to it; under any other element they are skipped
 };
 
-constexpr ElementSpec kElements[] = {
+constexpr ElementRule kElements[] = {
     {"CONDITIONAL", ElementRole::Conditional, 0, kAttrCondition, false},
     {"ENTITY", ElementRole::Entity, 0, kAttrString | kAttrReference, false},
     {"FORM", ElementRole::Widget, kWidgetForm, kFormAttributes, true},
@@ -40,10 +40,12 @@ constexpr ElementSpec kElements[] = {
     {"LAYOUT", ElementRole::Widget, kWidgetLayout,
      kControlAttributes | kAttrGeometry | kAttrQuadrant | kAttrMetaFocus | kAttrFillBackground, true},
     {"BUTTON", ElementRole::Widget, kWidgetButton,
-     kControlAttributes | kAttrText | kAttrTextAlign | kAttrResource | kAttrNoGloss | kAttrFlat | kAttrRounded,
+     kControlAttributes | kAttrText | kAttrTextAlign | kAttrResource | kAttrNoGloss | kAttrFlat |
+         kAttrRounded,
      false},
     {"LABEL", ElementRole::Widget, kWidgetLabel, kAttrId | kAttrText | kAttrAlign, false},
-    {"FIELD", ElementRole::Widget, kWidgetField, kControlAttributes | kAttrText | kAttrAlign | kAttrResource, false},
+    {"FIELD", ElementRole::Widget, kWidgetField, kControlAttributes | kAttrText | kAttrAlign | kAttrResource,
+     false},
     {"FIELDMULTI", ElementRole::Widget, kWidgetFieldMulti, kControlAttributes, false},
     {"BITMAP", ElementRole::Widget, kWidgetBitmap,
      kAttrId | kAttrResource | kAttrAlign | kAttrFillMode | kAttrFillBackground, false},
@@ -54,9 +56,9 @@ constexpr ElementSpec kElements[] = {
     {"GESTUREAREA", ElementRole::Widget, kWidgetGestureArea, kAttrId, false},
 };
 
-const ElementSpec* FindElement(const std::string& name) {
-    for (const ElementSpec& spec : kElements)
-        if (name == spec.name) return &spec;
+const ElementRule* FindElement(const std::string& name) {
+    for (const ElementRule& element : kElements)
+        if (name == element.name) return &element;
     return nullptr;
 }
 
@@ -78,97 +80,99 @@ Widget* AddSetterLabel(Widget* setter, uint32_t x, uint32_t width, uint32_t alig
 
 std::unique_ptr<WidgetRecord> MakeRecord(uint32_t kind, const MarkupValues& v) {
     switch (kind) {
-    case kWidgetLayout: {
-        auto r = std::make_unique<LayoutRecord>();
-        r->geometry = v.geometry;
-        r->navigation = v.navigation;
-        r->quadrant = v.quadrant;
-        r->metaFocus = v.metaFocus;
-        r->fillBackground = v.fillBackground;
-        return r;
-    }
-    case kWidgetForm: {
-        auto r = std::make_unique<FormRecord>();
-        r->geometry = v.geometry;
-        return r;
-    }
-    case kWidgetImageView: {
-        auto r = std::make_unique<ImageViewRecord>();
-        r->geometry = v.geometry;
-        return r;
-    }
-    case kWidgetHistogram: {
-        auto r = std::make_unique<HistogramRecord>();
-        r->geometry = v.geometry;
-        r->numBins = v.numBins;
-        return r;
-    }
-    case kWidgetVirtualKeyboard: {
-        auto r = std::make_unique<VirtualKeyboardRecord>();
-        r->numbersOnly = v.numbersOnly;
-        return r;
-    }
-    case kWidgetButton: {
-        auto r = std::make_unique<ButtonRecord>();
-        r->navigation = v.navigation;
-        r->text = v.text;
-        r->textAlign = v.textAlign;
-        r->resource = v.resource;
-        r->noGloss = v.noGloss;
-        r->flat = v.flat;
-        r->rounded = v.rounded;
-        return r;
-    }
-    case kWidgetLabel: {
-        auto r = std::make_unique<LabelRecord>();
-        r->text = v.text;
-        r->align = v.align;
-        return r;
-    }
-    case kWidgetField: {
-        auto r = std::make_unique<FieldRecord>();
-        r->navigation = v.navigation;
-        r->text = v.text;
-        r->align = v.align;
-        r->resource = v.resource;
-        return r;
-    }
-    case kWidgetFieldMulti: {
-        auto r = std::make_unique<FieldMultiRecord>();
-        r->navigation = v.navigation;
-        return r;
-    }
-    case kWidgetBitmap: {
-        auto r = std::make_unique<BitmapRecord>();
-        r->resource = v.resource;
-        if (v.alignGiven) r->align = v.align;
-        r->fillMode = v.fillMode;
-        r->fillBackground = v.fillBackground;
-        return r;
-    }
-    case kWidgetList: {
-        auto r = std::make_unique<ListRecord>();
-        r->navigation = v.navigation;
-        return r;
-    }
-    case kWidgetSelector: {
-        auto r = std::make_unique<SelectorRecord>();
-        r->navigation = v.navigation;
-        r->items = v.items;
-        return r;
-    }
-    case kWidgetLevelSetter: {
-        auto r = std::make_unique<LevelSetterRecord>();
-        r->navigation = v.navigation;
-        return r;
-    }
-    case kWidgetApplet: {
-        auto r = std::make_unique<AppletRecord>();
-        r->navigation = v.navigation;
-        return r;
-    }
-    case kWidgetGestureArea: return std::make_unique<GestureAreaRecord>();
-    default: return nullptr;
+        case kWidgetLayout: {
+            auto r = std::make_unique<LayoutRecord>();
+            r->geometry = v.geometry;
+            r->navigation = v.navigation;
+            r->quadrant = v.quadrant;
+            r->metaFocus = v.metaFocus;
+            r->fillBackground = v.fillBackground;
+            return r;
+        }
+        case kWidgetForm: {
+            auto r = std::make_unique<FormRecord>();
+            r->geometry = v.geometry;
+            return r;
+        }
+        case kWidgetImageView: {
+            auto r = std::make_unique<ImageViewRecord>();
+            r->geometry = v.geometry;
+            return r;
+        }
+        case kWidgetHistogram: {
+            auto r = std::make_unique<HistogramRecord>();
+            r->geometry = v.geometry;
+            r->numBins = v.numBins;
+            return r;
+        }
+        case kWidgetVirtualKeyboard: {
+            auto r = std::make_unique<VirtualKeyboardRecord>();
+            r->numbersOnly = v.numbersOnly;
+            return r;
+        }
+        case kWidgetButton: {
+            auto r = std::make_unique<ButtonRecord>();
+            r->navigation = v.navigation;
+            r->text = v.text;
+            r->textAlign = v.textAlign;
+            r->resource = v.resource;
+            r->noGloss = v.noGloss;
+            r->flat = v.flat;
+            r->rounded = v.rounded;
+            return r;
+        }
+        case kWidgetLabel: {
+            auto r = std::make_unique<LabelRecord>();
+            r->text = v.text;
+            r->align = v.align;
+            return r;
+        }
+        case kWidgetField: {
+            auto r = std::make_unique<FieldRecord>();
+            r->navigation = v.navigation;
+            r->text = v.text;
+            r->align = v.align;
+            r->resource = v.resource;
+            return r;
+        }
+        case kWidgetFieldMulti: {
+            auto r = std::make_unique<FieldMultiRecord>();
+            r->navigation = v.navigation;
+            return r;
+        }
+        case kWidgetBitmap: {
+            auto r = std::make_unique<BitmapRecord>();
+            r->resource = v.resource;
+            if (v.alignGiven) r->align = v.align;
+            r->fillMode = v.fillMode;
+            r->fillBackground = v.fillBackground;
+            return r;
+        }
+        case kWidgetList: {
+            auto r = std::make_unique<ListRecord>();
+            r->navigation = v.navigation;
+            return r;
+        }
+        case kWidgetSelector: {
+            auto r = std::make_unique<SelectorRecord>();
+            r->navigation = v.navigation;
+            r->items = v.items;
+            return r;
+        }
+        case kWidgetLevelSetter: {
+            auto r = std::make_unique<LevelSetterRecord>();
+            r->navigation = v.navigation;
+            return r;
+        }
+        case kWidgetApplet: {
+            auto r = std::make_unique<AppletRecord>();
+            r->navigation = v.navigation;
+            return r;
+        }
+        case kWidgetGestureArea:
+            return std::make_unique<GestureAreaRecord>();
+        default:
+            return nullptr;
     }
 }
 
@@ -199,25 +203,26 @@ struct FormParse {
 
 void FinishWidget(Widget* widget) {
     if (auto* setter = Widget_Record<LevelSetterRecord>(widget)) {
-        if (!setter->captionLabel) setter->captionLabel = AddSetterLabel(widget, 0, kSetterLabelSplit, kAlignLeft);
+        if (!setter->captionLabel)
+            setter->captionLabel = AddSetterLabel(widget, 0, kSetterLabelSplit, kAlignLeft);
         if (!setter->valueLabel)
             setter->valueLabel =
                 AddSetterLabel(widget, kSetterLabelSplit, kUnitsWhole - kSetterLabelSplit, kAlignRight);
     }
 }
 
-void OpenElement(FormParse* parse, const ElementSpec& spec, const MarkupTag& tag) {
+void OpenElement(FormParse* parse, const ElementRule& element, const MarkupTag& tag) {
     MarkupValues values;
-    if (spec.role == ElementRole::Conditional) {
-        Markup_ReadAttributes(parse->toolkit, tag, spec.attributes, &values);
+    if (element.role == ElementRole::Conditional) {
+        Markup_ReadAttributes(parse->toolkit, tag, element.attributes, &values);
         parse->active = EvaluateCondition(values.condition);
         ++parse->opens;
         return;
     }
     if (!parse->active) return;
     ++parse->opens;
-    Markup_ReadAttributes(parse->toolkit, tag, spec.attributes, &values);
-    if (spec.role == ElementRole::Entity) {
+    Markup_ReadAttributes(parse->toolkit, tag, element.attributes, &values);
+    if (element.role == ElementRole::Entity) {
         if (values.hasString && values.hasReference)
             Entity_Define(&parse->toolkit->markupEntities, values.reference.c_str(), values.string.c_str());
         return;
@@ -227,16 +232,16 @@ void OpenElement(FormParse* parse, const ElementSpec& spec, const MarkupTag& tag
         parse->levels.push_back({nullptr, nullptr});
         return;
     }
-    Widget* widget = Widget_AddChild(under, spec.kind);
+    Widget* widget = Widget_AddChild(under, element.kind);
     widget->id = values.id;
-    widget->data = MakeRecord(spec.kind, values);
+    widget->data = MakeRecord(element.kind, values);
     Layout_PlaceWidget(parse->toolkit, widget);
     if (!parse->first && parse->levels.size() == 1) parse->first = widget;
-    parse->levels.push_back({widget, spec.container ? widget : nullptr});
+    parse->levels.push_back({widget, element.container ? widget : nullptr});
 }
 
-void CloseElement(FormParse* parse, const ElementSpec& spec) {
-    if (spec.role == ElementRole::Conditional) {
+void CloseElement(FormParse* parse, const ElementRule& element) {
+    if (element.role == ElementRole::Conditional) {
         // One flag, no stack: an inner close re-activates the outer section too.
         parse->active = true;
         ++parse->closes;
@@ -244,7 +249,7 @@ void CloseElement(FormParse* parse, const ElementSpec& spec) {
     }
     if (!parse->active) return;
     ++parse->closes;
-    if (spec.role == ElementRole::Entity) return;
+    if (element.role == ElementRole::Entity) return;
     if (parse->levels.size() <= 1) return;
     const Level level = parse->levels.back();
     parse->levels.pop_back();
@@ -253,14 +258,14 @@ void CloseElement(FormParse* parse, const ElementSpec& spec) {
 
 void OnTag(void* user, const MarkupTag& tag) {
     auto* parse = static_cast<FormParse*>(user);
-    const ElementSpec* spec = FindElement(tag.name);
-    if (!spec) return;
+    const ElementRule* element = FindElement(tag.name);
+    if (!element) return;
     if (tag.closing) {
-        CloseElement(parse, *spec);
+        CloseElement(parse, *element);
         return;
     }
-    OpenElement(parse, *spec, tag);
-    if (tag.selfClosing) CloseElement(parse, *spec);
+    OpenElement(parse, *element, tag);
+    if (tag.selfClosing) CloseElement(parse, *element);
 }
 
 const char* LookUp(void* user, std::string_view reference) {

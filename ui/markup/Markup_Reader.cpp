@@ -11,7 +11,9 @@ constexpr uint32_t kMaxExpansionsPerTag = 4096;
 constexpr size_t kMaxBytesPerTag = size_t{1} << 20;
 constexpr size_t kMaxReferenceLength = 256;
 
-bool IsBlank(char c) { return c == ' '; }
+bool IsBlank(char c) {
+    return c == ' ';
+}
 
 bool EndsReferenceName(char c) {
     return c == ' ' || c == '"' || c == '<' || c == '>' || c == '=' || c == ';';
@@ -62,7 +64,8 @@ private:
         ++expansions_;
         text_.resize(amp);
         // Pushed in reverse: the value's first byte is read next.
-        for (const char* p = value + std::char_traits<char>::length(value); p != value;) pending_.push_back(*--p);
+        for (const char* p = value + std::char_traits<char>::length(value); p != value;)
+            pending_.push_back(*--p);
     }
 
     const MarkupReaderHooks& hooks_;

@@ -13,12 +13,12 @@
 
 struct MarkupAttribute {
     std::string name;
-    std::string value;     // expanded, character references decoded
-    bool hasValue = false; // false for a bare flag
+    std::string value;      // expanded, character references decoded
+    bool hasValue = false;  // false for a bare flag
 };
 
 struct MarkupTag {
-    std::string name;     // without the "/" of a closing tag
+    std::string name;  // without the "/" of a closing tag
     bool closing = false;
     bool selfClosing = false;  // "<NAME ... />": opened and closed at once
     std::vector<MarkupAttribute> attributes;

@@ -34,15 +34,16 @@ bool DecodePng(std::vector<uint8_t>* cache) {
     std::memcpy(out.data(), header, 12);
     auto* pixels = reinterpret_cast<uint32_t*>(out.data() + 12);
     for (size_t i = 0; i < size_t{w} * h; ++i)
-        pixels[i] = (uint32_t{rgba[i * 4 + 3]} << 24) | (uint32_t{rgba[i * 4]} << 16) | (uint32_t{rgba[i * 4 + 1]} << 8) |
-                    rgba[i * 4 + 2];
+        pixels[i] = (uint32_t{rgba[i * 4 + 3]} << 24) | (uint32_t{rgba[i * 4]} << 16) |
+                    (uint32_t{rgba[i * 4 + 1]} << 8) | rgba[i * 4 + 2];
     *cache = std::move(out);
     return true;
 }
 
 // Nearest-neighbour scaling of the decoded picture into the placement, one
 // source column table per call and no work per pixel beyond the lookups.
-void DrawPng(const Surface& surface, const std::vector<uint8_t>& cache, const DrawRect& rect, uint32_t fillMode) {
+void DrawPng(const Surface& surface, const std::vector<uint8_t>& cache, const DrawRect& rect,
+             uint32_t fillMode) {
     uint32_t header[3];
     std::memcpy(header, cache.data(), 12);
     const int32_t w = static_cast<int32_t>(header[1]), h = static_cast<int32_t>(header[2]);
@@ -73,21 +74,24 @@ DrawRect Bitmap_Place(int32_t w, int32_t h, const DrawRect& rect, uint32_t fillM
     if (w <= 0 || h <= 0 || rect.width <= 0 || rect.height <= 0) return {};
     int32_t dw = rect.width, dh = rect.height;
     switch (fillMode) {
-    case kFillAutoFit:
-    case kFillAutoFillOut: {
-        const bool widthLimits = int64_t{rect.width} * h <= int64_t{rect.height} * w;
-        const bool useWidth = fillMode == kFillAutoFit ? widthLimits : !widthLimits;
-        if (useWidth) {
-            dw = rect.width;
-            dh = static_cast<int32_t>(int64_t{h} * rect.width / w);
-        } else {
-            dh = rect.height;
-            dw = static_cast<int32_t>(int64_t{w} * rect.height / h);
+        case kFillAutoFit:
+        case kFillAutoFillOut: {
+            const bool widthLimits = int64_t{rect.width} * h <= int64_t{rect.height} * w;
+            const bool useWidth = fillMode == kFillAutoFit ? widthLimits : !widthLimits;
+            if (useWidth) {
+                dw = rect.width;
+                dh = static_cast<int32_t>(int64_t{h} * rect.width / w);
+            } else {
+                dh = rect.height;
+                dw = static_cast<int32_t>(int64_t{w} * rect.height / h);
+            }
+            break;
         }
-        break;
-    }
-    case kFillNative: dw = w, dh = h; break;
-    default: break;
+        case kFillNative:
+            dw = w, dh = h;
+            break;
+        default:
+            break;
     }
     return {rect.x + (rect.width - dw) / 2, rect.y + (rect.height - dh) / 2, dw, dh};
 }
@@ -127,6 +131,7 @@ int Bitmap_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event) {
     if (!record) return 1;
     WidgetPaint paint = Widget_BeginPaint(toolkit, widget);
     if (record->fillBackground) Draw_FillRect(*paint.surface, paint.rect, theme::kWell);
-    Bitmap_DrawResource(toolkit, record->resource, &record->source, &record->loaded, paint.rect, record->fillMode);
+    Bitmap_DrawResource(toolkit, record->resource, &record->source, &record->loaded, paint.rect,
+                        record->fillMode);
     return 1;
 }

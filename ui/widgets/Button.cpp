@@ -18,7 +18,8 @@ DrawRect BodyRect(const Toolkit* toolkit, const DrawRect& cell, uint32_t rounded
     DrawRect r = cell;
     r.y += gap;
     r.height = std::max(r.height - 2 * gap, 0);
-    const bool left = (rounded & (kRoundedTopLeft | kRoundedBottomLeft)) == (kRoundedTopLeft | kRoundedBottomLeft);
+    const bool left =
+        (rounded & (kRoundedTopLeft | kRoundedBottomLeft)) == (kRoundedTopLeft | kRoundedBottomLeft);
     const bool right =
         (rounded & (kRoundedTopRight | kRoundedBottomRight)) == (kRoundedTopRight | kRoundedBottomRight);
     if (left) r.x += gap, r.width -= gap;
@@ -100,7 +101,8 @@ void Draw(Toolkit* toolkit, Widget* widget, ButtonRecord* record) {
     if (!record->resource.empty()) {
         auto* cache = &record->iconCache;
         const int32_t side = std::min(content.height, content.width) * 3 / 4;
-        DrawRect icon{content.x + (content.width - side) / 2, content.y + (content.height - side) / 2, side, side};
+        DrawRect icon{content.x + (content.width - side) / 2, content.y + (content.height - side) / 2, side,
+                      side};
         if (!record->text.empty()) {
             const int32_t total = side + paint.textHeight / 2 + Paint_TextWidth(paint, record->text);
             icon.x = content.x + std::max((content.width - total) / 2, paint.textHeight / 2);
@@ -120,35 +122,38 @@ int Button_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event) {
     auto* record = Widget_Record<ButtonRecord>(widget);
     if (!record) return 0;
     switch (event->code) {
-    case kEventDraw: Draw(toolkit, widget, record); return 1;
-    case kEventPress:
-        if (record->disabled) return 1;
-        record->pressed = true;
-        Toolkit_Invalidate(toolkit, widget);
-        return 1;
-    case kEventDrag: {
-        if (record->disabled) return 1;
-        const bool inside = Inside(toolkit, widget, event);
-        if (inside != record->pressed) {
-            record->pressed = inside;
-            Toolkit_Invalidate(toolkit, widget);
-        }
-        return 1;
-    }
-    case kEventRelease:
-        if (record->disabled || !record->pressed) return 1;
-        if (!Inside(toolkit, widget, event)) {
-            record->pressed = false;
+        case kEventDraw:
+            Draw(toolkit, widget, record);
+            return 1;
+        case kEventPress:
+            if (record->disabled) return 1;
+            record->pressed = true;
             Toolkit_Invalidate(toolkit, widget);
             return 1;
+        case kEventDrag: {
+            if (record->disabled) return 1;
+            const bool inside = Inside(toolkit, widget, event);
+            if (inside != record->pressed) {
+                record->pressed = inside;
+                Toolkit_Invalidate(toolkit, widget);
+            }
+            return 1;
         }
-        Press(toolkit, widget, record);
-        return 1;
-    case kEventCharacter:
-        if (record->disabled || (event->payload[0] != kKeyEnter && event->payload[0] != ' ')) return 0;
-        Press(toolkit, widget, record);
-        return 1;
-    default: return 0;
+        case kEventRelease:
+            if (record->disabled || !record->pressed) return 1;
+            if (!Inside(toolkit, widget, event)) {
+                record->pressed = false;
+                Toolkit_Invalidate(toolkit, widget);
+                return 1;
+            }
+            Press(toolkit, widget, record);
+            return 1;
+        case kEventCharacter:
+            if (record->disabled || (event->payload[0] != kKeyEnter && event->payload[0] != ' ')) return 0;
+            Press(toolkit, widget, record);
+            return 1;
+        default:
+            return 0;
     }
 }
 

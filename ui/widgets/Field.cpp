@@ -58,13 +58,15 @@ bool Field_EditKey(std::string* text, size_t* caret, uint32_t key, bool multiLin
     return true;
 }
 
-size_t Field_CaretAt(const Font* font, int32_t pixelHeight, const std::string& text, int32_t left, int32_t x) {
+size_t Field_CaretAt(const Font* font, int32_t pixelHeight, const std::string& text, int32_t left,
+                     int32_t x) {
     if (!font) return text.size();
     size_t best = 0;
     int32_t bestDistance = std::abs(x - left);
     for (size_t at = 0; at < text.size();) {
         Utf8_Next(text, &at);
-        const int32_t edge = left + Font_MeasureText(*font, pixelHeight, std::string_view(text).substr(0, at)).width;
+        const int32_t edge =
+            left + Font_MeasureText(*font, pixelHeight, std::string_view(text).substr(0, at)).width;
         const int32_t distance = std::abs(x - edge);
         if (distance < bestDistance) best = at, bestDistance = distance;
     }
@@ -104,7 +106,8 @@ void Draw(Toolkit* toolkit, Widget* widget, FieldRecord* record) {
     const int32_t left = TextLeft(paint, inner, record->text, caret, record->align);
     {
         ClipScope clip(s, inner);
-        Font_DrawText(s, *paint.font, left, Paint_Baseline(paint, body), paint.textHeight, record->text, theme::kText);
+        Font_DrawText(s, *paint.font, left, Paint_Baseline(paint, body), paint.textHeight, record->text,
+                      theme::kText);
         if (focused) {
             const int32_t x = left + Paint_TextWidth(paint, std::string_view(record->text).substr(0, caret));
             const TextMetrics m = Font_MeasureText(*paint.font, paint.textHeight, "");
@@ -120,36 +123,40 @@ int Field_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event) {
     auto* record = Widget_Record<FieldRecord>(widget);
     if (!record) return 0;
     switch (event->code) {
-    case kEventDraw: Draw(toolkit, widget, record); return 1;
-    case kEventPress: {
-        WidgetPaint paint = Widget_BeginPaint(toolkit, widget);
-        const int32_t gap = std::max(1, Theme_Gap(toolkit) / 2);
-        const int32_t pad = std::max(3, paint.textHeight / 2);
-        const DrawRect body = Paint_Inset(paint.rect, gap);
-        const DrawRect inner{body.x + pad, body.y, body.width - 2 * pad, body.height};
-        const size_t caret = std::min(record->caret, record->text.size());
-        const int32_t left = TextLeft(paint, inner, record->text, caret, record->align);
-        record->caret = Field_CaretAt(paint.font, paint.textHeight, record->text, left,
-                                      static_cast<int32_t>(event->payload[0]));
-        Toolkit_Invalidate(toolkit, widget);
-        return 1;
-    }
-    case kEventDrag:
-    case kEventRelease: return 1;
-    case kEventCharacter: {
-        const uint32_t key = event->payload[0];
-        if (key == kKeyEnter) {
-            if (record->onEnter) record->onEnter(toolkit, widget, record->user);
+        case kEventDraw:
+            Draw(toolkit, widget, record);
+            return 1;
+        case kEventPress: {
+            WidgetPaint paint = Widget_BeginPaint(toolkit, widget);
+            const int32_t gap = std::max(1, Theme_Gap(toolkit) / 2);
+            const int32_t pad = std::max(3, paint.textHeight / 2);
+            const DrawRect body = Paint_Inset(paint.rect, gap);
+            const DrawRect inner{body.x + pad, body.y, body.width - 2 * pad, body.height};
+            const size_t caret = std::min(record->caret, record->text.size());
+            const int32_t left = TextLeft(paint, inner, record->text, caret, record->align);
+            record->caret = Field_CaretAt(paint.font, paint.textHeight, record->text, left,
+                                          static_cast<int32_t>(event->payload[0]));
+            Toolkit_Invalidate(toolkit, widget);
             return 1;
         }
-        size_t caret = std::min(record->caret, record->text.size());
-        if (!Field_EditKey(&record->text, &caret, key, false)) return 0;
-        record->caret = caret;
-        Toolkit_Invalidate(toolkit, widget);
-        if (record->onChange) record->onChange(toolkit, widget, record->user);
-        return 1;
-    }
-    default: return 0;
+        case kEventDrag:
+        case kEventRelease:
+            return 1;
+        case kEventCharacter: {
+            const uint32_t key = event->payload[0];
+            if (key == kKeyEnter) {
+                if (record->onEnter) record->onEnter(toolkit, widget, record->user);
+                return 1;
+            }
+            size_t caret = std::min(record->caret, record->text.size());
+            if (!Field_EditKey(&record->text, &caret, key, false)) return 0;
+            record->caret = caret;
+            Toolkit_Invalidate(toolkit, widget);
+            if (record->onChange) record->onChange(toolkit, widget, record->user);
+            return 1;
+        }
+        default:
+            return 0;
     }
 }
 

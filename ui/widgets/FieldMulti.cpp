@@ -57,22 +57,26 @@ int FieldMulti_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event
     auto* record = Widget_Record<FieldMultiRecord>(widget);
     if (!record) return 0;
     switch (event->code) {
-    case kEventDraw: Draw(toolkit, widget, record); return 1;
-    case kEventPress:
-        record->caret = std::string::npos;
-        Toolkit_Invalidate(toolkit, widget);
-        return 1;
-    case kEventDrag:
-    case kEventRelease: return 1;
-    case kEventCharacter: {
-        // The caret stays at the end: lines are edited as they are typed.
-        size_t caret = record->text.size();
-        if (!Field_EditKey(&record->text, &caret, event->payload[0], true)) return 0;
-        record->caret = std::string::npos;
-        Toolkit_Invalidate(toolkit, widget);
-        if (record->onChange) record->onChange(toolkit, widget, record->user);
-        return 1;
-    }
-    default: return 0;
+        case kEventDraw:
+            Draw(toolkit, widget, record);
+            return 1;
+        case kEventPress:
+            record->caret = std::string::npos;
+            Toolkit_Invalidate(toolkit, widget);
+            return 1;
+        case kEventDrag:
+        case kEventRelease:
+            return 1;
+        case kEventCharacter: {
+            // The caret stays at the end: lines are edited as they are typed.
+            size_t caret = record->text.size();
+            if (!Field_EditKey(&record->text, &caret, event->payload[0], true)) return 0;
+            record->caret = std::string::npos;
+            Toolkit_Invalidate(toolkit, widget);
+            if (record->onChange) record->onChange(toolkit, widget, record->user);
+            return 1;
+        }
+        default:
+            return 0;
     }
 }

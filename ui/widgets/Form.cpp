@@ -16,7 +16,8 @@ namespace {
 // parent's own fill wasted work: at full HD each layer of it costs about a millisecond.
 bool CoveredByChild(const Widget* widget) {
     for (const auto& child : widget->children) {
-        if (child->x != 0 || child->y != 0 || child->width != kUnitsWhole || child->height != kUnitsWhole) continue;
+        if (child->x != 0 || child->y != 0 || child->width != kUnitsWhole || child->height != kUnitsWhole)
+            continue;
         if (child->type == kWidgetForm && !Widget_Record<ModalFormRecord>(child.get())) return true;
         const auto* layout = Widget_Record<LayoutRecord>(child.get());
         if (layout && layout->fillBackground) return true;
@@ -51,7 +52,8 @@ void Widget_SetPixelRect(const Toolkit* toolkit, Widget* widget, int32_t x, int3
     if (parent.width <= 0 || parent.height <= 0) return;
     // Rounded up, so that converting back to pixels gives the edges asked for.
     auto units = [](int64_t pixels, int64_t whole) {
-        return static_cast<uint32_t>(std::clamp<int64_t>((pixels * kUnitsWhole + whole - 1) / whole, 0, kUnitsWhole));
+        return static_cast<uint32_t>(
+            std::clamp<int64_t>((pixels * kUnitsWhole + whole - 1) / whole, 0, kUnitsWhole));
     };
     widget->x = units(x, parent.width);
     widget->y = units(y, parent.height);
@@ -121,6 +123,7 @@ int32_t ModalForm_DrawPanel(Toolkit* toolkit, Widget* form, const char* title) {
         Draw_FillRoundRect(*paint.surface, Paint_Inset(r, 1), radius - 1, theme::kControl);
     }
     Draw_FillRect(*paint.surface, {r.x + 1, r.y + band, r.width - 2, 1}, theme::kBorder);
-    if (title) Paint_Text(paint, {r.x, r.y, r.width, band}, title, kAlignLeft, theme::kText, paint.textHeight);
+    if (title)
+        Paint_Text(paint, {r.x, r.y, r.width, band}, title, kAlignLeft, theme::kText, paint.textHeight);
     return band;
 }

@@ -32,7 +32,9 @@ void Settle(const Toolkit* toolkit, Widget* view, ImageViewRecord* record) {
 }
 
 // Image coordinate, in 1/256 pixel, of screen offset d from the view's centre.
-int64_t ImageAt(int64_t centre, int64_t d, int32_t zoom) { return centre + (d * 256 * 100) / zoom; }
+int64_t ImageAt(int64_t centre, int64_t d, int32_t zoom) {
+    return centre + (d * 256 * 100) / zoom;
+}
 
 int32_t ToScreenValue(int64_t sample, int shift) {
     const int64_t v = shift >= 0 ? sample >> shift : sample << -shift;
@@ -108,7 +110,8 @@ void Draw(Toolkit* toolkit, Widget* widget, ImageViewRecord* record) {
         DrawImage(s, paint.rect, *record);
     }
     if (record->regionSelect && record->dragging) {
-        const int32_t x0 = std::min(record->dragX, record->dragToX), y0 = std::min(record->dragY, record->dragToY);
+        const int32_t x0 = std::min(record->dragX, record->dragToX),
+                      y0 = std::min(record->dragY, record->dragToY);
         const DrawRect area{x0, y0, std::abs(record->dragToX - record->dragX) + 1,
                             std::abs(record->dragToY - record->dragY) + 1};
         Draw_BlendRect(s, area, theme::kAccent, 40);
@@ -145,37 +148,42 @@ int ImageView_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event)
     if (!record) return 0;
     const int32_t x = static_cast<int32_t>(event->payload[0]), y = static_cast<int32_t>(event->payload[1]);
     switch (event->code) {
-    case kEventDraw: Draw(toolkit, widget, record); return 1;
-    case kEventPress:
-        Settle(toolkit, widget, record);
-        record->dragging = true;
-        record->dragX = record->dragToX = x;
-        record->dragY = record->dragToY = y;
-        record->dragCentreX = record->centreX;
-        record->dragCentreY = record->centreY;
-        return 1;
-    case kEventDrag:
-        if (!record->dragging) return 1;
-        record->dragToX = x;
-        record->dragToY = y;
-        if (!record->regionSelect && record->image) {
-            record->fit = false;
-            record->centreX = record->dragCentreX - (int64_t{x - record->dragX} * 256 * 100) / record->zoom;
-            record->centreY = record->dragCentreY - (int64_t{y - record->dragY} * 256 * 100) / record->zoom;
-        }
-        Toolkit_Invalidate(toolkit, widget);
-        return 1;
-    case kEventRelease:
-        if (!record->dragging) return 1;
-        record->dragToX = x;
-        record->dragToY = y;
-        record->dragging = false;
-        if (record->regionSelect) {
+        case kEventDraw:
+            Draw(toolkit, widget, record);
+            return 1;
+        case kEventPress:
+            Settle(toolkit, widget, record);
+            record->dragging = true;
+            record->dragX = record->dragToX = x;
+            record->dragY = record->dragToY = y;
+            record->dragCentreX = record->centreX;
+            record->dragCentreY = record->centreY;
+            return 1;
+        case kEventDrag:
+            if (!record->dragging) return 1;
+            record->dragToX = x;
+            record->dragToY = y;
+            if (!record->regionSelect && record->image) {
+                record->fit = false;
+                record->centreX =
+                    record->dragCentreX - (int64_t{x - record->dragX} * 256 * 100) / record->zoom;
+                record->centreY =
+                    record->dragCentreY - (int64_t{y - record->dragY} * 256 * 100) / record->zoom;
+            }
             Toolkit_Invalidate(toolkit, widget);
-            Region(toolkit, widget, record);
-        }
-        return 1;
-    default: return 0;
+            return 1;
+        case kEventRelease:
+            if (!record->dragging) return 1;
+            record->dragToX = x;
+            record->dragToY = y;
+            record->dragging = false;
+            if (record->regionSelect) {
+                Toolkit_Invalidate(toolkit, widget);
+                Region(toolkit, widget, record);
+            }
+            return 1;
+        default:
+            return 0;
     }
 }
 
@@ -190,7 +198,9 @@ void ImageView_SetImage(Toolkit* toolkit, Widget* view, const ImageBuffer* image
     Toolkit_Invalidate(toolkit, view);
 }
 
-void ImageView_SetZoom(Toolkit* toolkit, Widget* view, int32_t zoom) { Rezoom(toolkit, view, zoom); }
+void ImageView_SetZoom(Toolkit* toolkit, Widget* view, int32_t zoom) {
+    Rezoom(toolkit, view, zoom);
+}
 
 void ImageView_Fit(Toolkit* toolkit, Widget* view) {
     auto* record = Widget_Record<ImageViewRecord>(view);

@@ -19,13 +19,16 @@ void Draw(Toolkit* toolkit, Widget* widget, LevelSetterRecord* record) {
     const LevelSetterTrack t = LevelSetter_Track(toolkit, widget);
     if (t.right <= t.left) return;
     const int32_t thickness = std::max(3, t.knobRadius / 2);
-    const DrawRect track{t.left - thickness / 2, t.centreY - thickness / 2, t.right - t.left + thickness, thickness};
+    const DrawRect track{t.left - thickness / 2, t.centreY - thickness / 2, t.right - t.left + thickness,
+                         thickness};
     const float half = static_cast<float>(thickness) * 0.5f;
     Draw_FillRoundRect(s, track, half, theme::kWell);
     Draw_StrokeRoundRect(s, track, half, 1.0f, theme::kBorder);
     const int64_t span = t.right - t.left;
     const int32_t knobX =
-        t.left + static_cast<int32_t>(record->maximum ? (int64_t{record->value} * span + record->maximum / 2) / record->maximum : 0);
+        t.left +
+        static_cast<int32_t>(
+            record->maximum ? (int64_t{record->value} * span + record->maximum / 2) / record->maximum : 0);
     const bool focused = toolkit->input.focus == widget;
     if (knobX > track.x)
         Draw_FillRoundRect(s, {track.x, track.y, knobX - track.x + thickness / 2, track.height}, half,
@@ -34,7 +37,8 @@ void Draw(Toolkit* toolkit, Widget* widget, LevelSetterRecord* record) {
     const float r = static_cast<float>(t.knobRadius);
     Draw_FillCircle(s, cx, cy + 1.0f, r, theme::kWell);  // a soft shadow under the knob
     Draw_FillCircle(s, cx, cy, r, record->dragging ? theme::kText : theme::kControlTop);
-    Draw_StrokeCircle(s, cx, cy, r - 0.5f, 1.0f, focused || record->dragging ? theme::kAccent : theme::kBorderStrong);
+    Draw_StrokeCircle(s, cx, cy, r - 0.5f, 1.0f,
+                      focused || record->dragging ? theme::kAccent : theme::kBorderStrong);
     (void)paint;
 }
 
@@ -84,36 +88,40 @@ int LevelSetter_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* even
     auto* record = Widget_Record<LevelSetterRecord>(widget);
     if (!record) return 0;
     switch (event->code) {
-    case kEventDraw: Draw(toolkit, widget, record); return 1;
-    case kEventPress:
-        record->dragging = true;
-        Move(toolkit, widget, record, static_cast<int32_t>(event->payload[0]));
-        Toolkit_Invalidate(toolkit, widget);
-        return 1;
-    case kEventDrag:
-        if (record->dragging) Move(toolkit, widget, record, static_cast<int32_t>(event->payload[0]));
-        return 1;
-    case kEventRelease:
-        if (record->dragging) Move(toolkit, widget, record, static_cast<int32_t>(event->payload[0]));
-        record->dragging = false;
-        Toolkit_Invalidate(toolkit, widget);
-        return 1;
-    case kEventCharacter:
-        // '+' and '-' step by one for exact settings.
-        if (event->payload[0] == '+' && record->value < record->maximum) {
-            LevelSetter_SetValue(toolkit, widget, record->value + 1, true);
+        case kEventDraw:
+            Draw(toolkit, widget, record);
             return 1;
-        }
-        if (event->payload[0] == '-' && record->value > 0) {
-            LevelSetter_SetValue(toolkit, widget, record->value - 1, true);
+        case kEventPress:
+            record->dragging = true;
+            Move(toolkit, widget, record, static_cast<int32_t>(event->payload[0]));
+            Toolkit_Invalidate(toolkit, widget);
             return 1;
-        }
-        return 0;
-    default: return 0;
+        case kEventDrag:
+            if (record->dragging) Move(toolkit, widget, record, static_cast<int32_t>(event->payload[0]));
+            return 1;
+        case kEventRelease:
+            if (record->dragging) Move(toolkit, widget, record, static_cast<int32_t>(event->payload[0]));
+            record->dragging = false;
+            Toolkit_Invalidate(toolkit, widget);
+            return 1;
+        case kEventCharacter:
+            // '+' and '-' step by one for exact settings.
+            if (event->payload[0] == '+' && record->value < record->maximum) {
+                LevelSetter_SetValue(toolkit, widget, record->value + 1, true);
+                return 1;
+            }
+            if (event->payload[0] == '-' && record->value > 0) {
+                LevelSetter_SetValue(toolkit, widget, record->value - 1, true);
+                return 1;
+            }
+            return 0;
+        default:
+            return 0;
     }
 }
 
-void LevelSetter_Setup(Toolkit* toolkit, Widget* setter, uint32_t maximum, uint32_t value, ValueLabelKind kind) {
+void LevelSetter_Setup(Toolkit* toolkit, Widget* setter, uint32_t maximum, uint32_t value,
+                       ValueLabelKind kind) {
     auto* record = Widget_Record<LevelSetterRecord>(setter);
     if (!record) return;
     record->maximum = maximum;
@@ -140,7 +148,8 @@ uint32_t LevelSetter_Value(const Widget* setter) {
 }
 
 void LevelSetter_SetCaption(Toolkit* toolkit, Widget* setter, const std::string& caption) {
-    if (auto* record = Widget_Record<LevelSetterRecord>(setter)) Label_SetText(toolkit, record->captionLabel, caption);
+    if (auto* record = Widget_Record<LevelSetterRecord>(setter))
+        Label_SetText(toolkit, record->captionLabel, caption);
 }
 
 Widget* LevelSetter_CaptionLabel(Widget* form, const Widget* setter) {

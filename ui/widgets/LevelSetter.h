@@ -14,7 +14,8 @@ inline constexpr uint32_t kLevelSetterCaptionOffset = 0x00140700;
 int LevelSetter_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event);
 
 // Sets the range, the position and the value-label member, and formats the label.
-void LevelSetter_Setup(Toolkit* toolkit, Widget* setter, uint32_t maximum, uint32_t value, ValueLabelKind kind);
+void LevelSetter_Setup(Toolkit* toolkit, Widget* setter, uint32_t maximum, uint32_t value,
+                       ValueLabelKind kind);
 // Moves to `value` (held to the range); formats the label and redraws. Calls
 // onChange only when `notify` is set.
 void LevelSetter_SetValue(Toolkit* toolkit, Widget* setter, uint32_t value, bool notify = false);
@@ -32,5 +33,7 @@ LevelSetterTrack LevelSetter_Track(const Toolkit* toolkit, const Widget* setter)
 // The position for pointer column x.
 uint32_t LevelSetter_PositionAt(const Toolkit* toolkit, const Widget* setter, int32_t x);
 
-constexpr uint32_t LevelSetter_CaptionId(uint32_t setterId) { return setterId - kLevelSetterCaptionOffset; }
+constexpr uint32_t LevelSetter_CaptionId(uint32_t setterId) {
+    return setterId - kLevelSetterCaptionOffset;
+}
 Widget* LevelSetter_CaptionLabel(Widget* form, const Widget* setter);

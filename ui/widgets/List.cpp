@@ -24,10 +24,11 @@ void KeepInView(const Toolkit* toolkit, const Widget* widget, ListRecord* record
     const int32_t rows = VisibleRows(toolkit, Body(toolkit, {r.x, r.y, r.width, r.height}));
     if (record->selected >= 0) {
         if (record->selected < record->firstVisible) record->firstVisible = record->selected;
-        if (record->selected >= record->firstVisible + rows) record->firstVisible = record->selected - rows + 1;
+        if (record->selected >= record->firstVisible + rows)
+            record->firstVisible = record->selected - rows + 1;
     }
-    record->firstVisible = std::clamp(record->firstVisible, 0,
-                                      std::max(0, static_cast<int32_t>(record->items.size()) - rows));
+    record->firstVisible =
+        std::clamp(record->firstVisible, 0, std::max(0, static_cast<int32_t>(record->items.size()) - rows));
 }
 
 void Draw(Toolkit* toolkit, Widget* widget, ListRecord* record) {
@@ -72,19 +73,23 @@ int List_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event) {
     auto* record = Widget_Record<ListRecord>(widget);
     if (!record) return 0;
     switch (event->code) {
-    case kEventDraw: Draw(toolkit, widget, record); return 1;
-    case kEventPress: {
-        const PixelRect r = Widget_PixelRect(toolkit, widget);
-        const DrawRect inner = Paint_Inset(Body(toolkit, {r.x, r.y, r.width, r.height}), 2);
-        const int32_t y = static_cast<int32_t>(event->payload[1]) - inner.y;
-        if (y < 0) return 1;
-        const int32_t index = record->firstVisible + y / List_RowHeight(toolkit);
-        if (index < static_cast<int32_t>(record->items.size())) List_Select(toolkit, widget, index);
-        return 1;
-    }
-    case kEventDrag:
-    case kEventRelease: return 1;
-    default: return 0;
+        case kEventDraw:
+            Draw(toolkit, widget, record);
+            return 1;
+        case kEventPress: {
+            const PixelRect r = Widget_PixelRect(toolkit, widget);
+            const DrawRect inner = Paint_Inset(Body(toolkit, {r.x, r.y, r.width, r.height}), 2);
+            const int32_t y = static_cast<int32_t>(event->payload[1]) - inner.y;
+            if (y < 0) return 1;
+            const int32_t index = record->firstVisible + y / List_RowHeight(toolkit);
+            if (index < static_cast<int32_t>(record->items.size())) List_Select(toolkit, widget, index);
+            return 1;
+        }
+        case kEventDrag:
+        case kEventRelease:
+            return 1;
+        default:
+            return 0;
     }
 }
 

@@ -51,20 +51,24 @@ int Selector_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event) 
     auto* record = Widget_Record<SelectorRecord>(widget);
     if (!record) return 0;
     switch (event->code) {
-    case kEventDraw: Draw(toolkit, widget, record); return 1;
-    case kEventPress: {
-        const PixelRect r = Widget_PixelRect(toolkit, widget);
-        const bool back = static_cast<int32_t>(event->payload[0]) < r.x + r.width / 3;
-        Step(toolkit, widget, record, back ? -1 : 1);
-        return 1;
-    }
-    case kEventDrag:
-    case kEventRelease: return 1;
-    case kEventCharacter:
-        if (event->payload[0] != ' ' && event->payload[0] != kKeyEnter) return 0;
-        Step(toolkit, widget, record, 1);
-        return 1;
-    default: return 0;
+        case kEventDraw:
+            Draw(toolkit, widget, record);
+            return 1;
+        case kEventPress: {
+            const PixelRect r = Widget_PixelRect(toolkit, widget);
+            const bool back = static_cast<int32_t>(event->payload[0]) < r.x + r.width / 3;
+            Step(toolkit, widget, record, back ? -1 : 1);
+            return 1;
+        }
+        case kEventDrag:
+        case kEventRelease:
+            return 1;
+        case kEventCharacter:
+            if (event->payload[0] != ' ' && event->payload[0] != kKeyEnter) return 0;
+            Step(toolkit, widget, record, 1);
+            return 1;
+        default:
+            return 0;
     }
 }
 

@@ -15,6 +15,8 @@ void Selector_Select(Toolkit* toolkit, Widget* selector, uint32_t index);
 // The text of the item shown, or null when there is none.
 const std::string* Selector_Item(const Widget* selector);
 
-constexpr uint32_t Selector_CaptionId(uint32_t selectorId) { return selectorId - kSelectorCaptionOffset; }
+constexpr uint32_t Selector_CaptionId(uint32_t selectorId) {
+    return selectorId - kSelectorCaptionOffset;
+}
 // The caption label found from `form`, or null.
 Widget* Selector_CaptionLabel(Widget* form, const Widget* selector);

@@ -54,9 +54,12 @@ void Paint_Text(const WidgetPaint& paint, const DrawRect& rect, std::string_view
     const std::string shown = Paint_Elide(paint, text, room);
     const int32_t width = Paint_TextWidth(paint, shown);
     int32_t x = inner.x + inset;
-    if (align & kAlignRight) x = inner.x + inner.width - inset - width;
-    else if (align & kAlignCenter) x = inner.x + (inner.width - width) / 2;
-    Font_DrawText(*paint.surface, *paint.font, x, Paint_Baseline(paint, rect), paint.textHeight, shown, colour);
+    if (align & kAlignRight)
+        x = inner.x + inner.width - inset - width;
+    else if (align & kAlignCenter)
+        x = inner.x + (inner.width - width) / 2;
+    Font_DrawText(*paint.surface, *paint.font, x, Paint_Baseline(paint, rect), paint.textHeight, shown,
+                  colour);
 }
 
 void Paint_FocusRing(const WidgetPaint& paint, const DrawRect& rect, float radius) {
