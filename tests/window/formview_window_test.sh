@@ -7,34 +7,10 @@ set -u
 formview="$1" probe="$2" xvfb="$3"
 title="Pellucida"
 
-workdir="$(mktemp -d)"
-xvfb_pid=""; app_pid=""
-cleanup() {
-  [ -n "$app_pid" ] && kill "$app_pid" 2>/dev/null
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2>/dev/null
-  rm -rf "$workdir"
-}
-trap cleanup EXIT
+. "$(dirname "$0")/xvfb_session.sh"
 
-display=""
-for n in $(seq 141 190); do
-  if [ ! -e "/tmp/.X$n-lock" ] && [ ! -e "/tmp/.X11-unix/X$n" ]; then display=":$n"; break; fi
-done
-[ -n "$display" ] || { echo "no free X display number"; exit 1; }
-
-"$xvfb" "$display" -screen 0 1280x800x24 -nolisten tcp >"$workdir/xvfb.log" 2>&1 &
-xvfb_pid=$!
-export DISPLAY="$display"
-for _ in $(seq 1 100); do
-  [ -e "/tmp/.X11-unix/X${display#:}" ] && break
-  sleep 0.1
-done
-
-ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0" SDL_RENDER_DRIVER=software \
-  "$formview" --host=sdl2 >"$workdir/app.log" 2>&1 &
-app_pid=$!
-
-fail() { echo "FAIL: $*"; echo "--- program output"; cat "$workdir/app.log"; exit 1; }
+xvfb_start "$xvfb" 141 190
+app_start "$formview" --host=sdl2
 
 "$probe" wait "$title" 20 || fail "the window did not appear"
 size="$("$probe" size "$title")" || fail "no window size"
@@ -59,13 +35,5 @@ if [ -z "$ok" ]; then
   fail "the window differs from the headless rendering (pictures in $keep)"
 fi
 
-"$probe" close "$title" || fail "could not send the close request"
-for _ in $(seq 1 100); do
-  kill -0 "$app_pid" 2>/dev/null || break
-  sleep 0.1
-done
-if kill -0 "$app_pid" 2>/dev/null; then fail "the viewer did not end after the close request"; fi
-wait "$app_pid"; status=$?
-app_pid=""
-[ "$status" -eq 0 ] || fail "exit status $status, expected 0"
+app_close_expect_zero "$probe" "$title"
 echo "PASS: the SDL2 window shows the test form as the headless backend renders it"
