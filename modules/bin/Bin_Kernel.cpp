@@ -9,6 +9,7 @@
 #include "host/Host_Threads.h"
 #include "image/Image.h"
 #include "modules/common/GaussianBlur.h"
+#include "modules/common/KernelImage.h"
 #include "modules/common/SampleBilinear.h"
 #include "modules/common/WorkPlane.h"
 
@@ -24,31 +25,11 @@ namespace {
 constexpr const char* kStageBin = "Bin";
 constexpr double kLog2E = 1.4426950408889634;
 
-ImageBuffer* CreateLike(const ImageBuffer* source, int32_t width, int32_t height) {
-    ImageBuffer* out = Image_Create(width, height);
-    out->bitDepth = source->bitDepth;
-    out->maxValue = source->maxValue;
-    out->mono = source->mono;
-    return out;
-}
-
 struct Band {
     int32_t begin, end;
 };
 Band BandOf(uint32_t k, uint32_t n, int32_t rows) {
     return {static_cast<int32_t>(int64_t{rows} * k / n), static_cast<int32_t>(int64_t{rows} * (k + 1) / n)};
-}
-
-bool RowStop(const KernelControl* control, std::atomic<bool>* stopped, uint32_t worker, int32_t row,
-             int32_t rows) {
-    if (stopped->load(std::memory_order_relaxed)) return true;
-    if (KernelControl_Cancelled(control)) {
-        stopped->store(true);
-        return true;
-    }
-    if (worker == 0 && (row & 31) == 0 && rows > 0)
-        KernelControl_Report(control, kStageBin, int(row * 100LL / rows));
-    return false;
 }
 
 // Truncating division by a count that is a power of two, for either sign.
@@ -79,7 +60,9 @@ void BoxWorker(BoxJob* j) {
     const int64_t* planesIn[3] = {s.red, s.green, s.blue};
     int64_t* planesOut[3] = {o.red, o.green, o.blue};
     for (int32_t Y = band.begin; Y < band.end; ++Y) {
-        if (RowStop(j->control, j->stopped, j->workerIndex, Y - band.begin, band.end - band.begin)) return;
+        if (KernelControl_RowStop(j->control, j->stopped, kStageBin, j->workerIndex, Y - band.begin,
+                                  band.end - band.begin))
+            return;
         const int32_t y0 = j->rowStart[Y], y1 = j->rowStart[Y + 1];
         const int64_t rowCount = y1 - y0;
         for (int c = 0; c < 3; ++c) {
@@ -144,7 +127,7 @@ ImageBuffer* BoxPath(const ImageBuffer* image, double s, int32_t outW, int32_t o
         const int32_t expected = x / q < outW ? x / q : outW;
         uniform = (colOf[size_t(x)] < outW ? colOf[size_t(x)] : outW) == expected;
     }
-    ImagePtr out(CreateLike(image, outW, outH));
+    ImagePtr out(Kernel_CreateLike(image, outW, outH));
     std::atomic<bool> stopped{false};
     BoxJob job{
         image, out.get(), colOf.data(), colCount.data(), rowStart.data(), uniform ? q : 0, control, &stopped,
@@ -174,7 +157,9 @@ void ResampleWorker(ResampleJob* j) {
     const int64_t* planesIn[3] = {s.red, s.green, s.blue};
     int64_t* planesOut[3] = {o.red, o.green, o.blue};
     for (int32_t y = band.begin; y < band.end; ++y) {
-        if (RowStop(j->control, j->stopped, j->workerIndex, y - band.begin, band.end - band.begin)) return;
+        if (KernelControl_RowStop(j->control, j->stopped, kStageBin, j->workerIndex, y - band.begin,
+                                  band.end - band.begin))
+            return;
         const double sy = y * j->fy;
         const int32_t iy = static_cast<int32_t>(sy);
         const double ty = sy - iy;
@@ -207,7 +192,7 @@ ImageBuffer* ResamplePath(const ImageBuffer* image, double s, int32_t outW, int3
     ImagePtr filtered;
     const ImageBuffer* source = image;
     if (r != 0) {
-        filtered.reset(CreateLike(image, image->width, image->height));
+        filtered.reset(Kernel_CreateLike(image, image->width, image->height));
         const int64_t* in[3] = {image->red, image->green, image->blue};
         int64_t* out[3] = {filtered->red, filtered->green, filtered->blue};
         for (int c = 0; c < 3; ++c)
@@ -224,7 +209,7 @@ ImageBuffer* ResamplePath(const ImageBuffer* image, double s, int32_t outW, int3
         ix[size_t(x)] = static_cast<int32_t>(sx);
         tx[size_t(x)] = sx - ix[size_t(x)];
     }
-    ImagePtr result(CreateLike(image, outW, outH));
+    ImagePtr result(Kernel_CreateLike(image, outW, outH));
     std::atomic<bool> stopped{false};
     ResampleJob job{source, result.get(), ix.data(), tx.data(), fy, control, &stopped, 0, 1};
     Host_RunWorkers(job, &ResampleWorker);

@@ -4,6 +4,7 @@
 
 #include "host/Host_Threads.h"
 #include "image/Image.h"
+#include "modules/common/KernelImage.h"
 #include "modules/common/SampleBilinear.h"
 
 #include <algorithm>
@@ -17,25 +18,6 @@ constexpr const char* kStageRotate = "Rotate";
 constexpr double kRadiansPerDegree = 0.017453292519943295;
 constexpr double kQuarter = 90.0;
 constexpr int32_t kTile = 64;
-
-ImageBuffer* CreateLike(const ImageBuffer* source, int32_t width, int32_t height) {
-    ImageBuffer* out = Image_Create(width, height);
-    out->bitDepth = source->bitDepth;
-    out->maxValue = source->maxValue;
-    out->mono = source->mono;
-    return out;
-}
-
-bool RowStop(const KernelControl* control, std::atomic<bool>* stopped, uint32_t worker, int32_t row,
-             int32_t rows) {
-    if (stopped->load(std::memory_order_relaxed)) return true;
-    if (KernelControl_Cancelled(control)) {
-        stopped->store(true);
-        return true;
-    }
-    if (worker == 0 && (row & 31) == 0) KernelControl_Report(control, kStageRotate, int(row * 100LL / rows));
-    return false;
-}
 
 // ---- Quarter turns -----------------------------------------------------------
 
@@ -72,7 +54,8 @@ void QuarterWorker(QuarterJob* j) {
          t += static_cast<int32_t>(j->workerCount)) {
         const int32_t y0 = t * kTile, y1 = std::min(o.height, y0 + kTile);
         for (int32_t y = y0; y < y1; ++y)
-            if (RowStop(j->control, j->stopped, j->workerIndex, y, o.height)) return;
+            if (KernelControl_RowStop(j->control, j->stopped, kStageRotate, j->workerIndex, y, o.height))
+                return;
         for (int32_t x0 = 0; x0 < o.width; x0 += kTile) {
             const int32_t x1 = std::min(o.width, x0 + kTile);
             for (int c = 0; c < 3; ++c)
@@ -106,7 +89,7 @@ void RotateWorker(RotateJob* j) {
     const double c = j->c, s = j->s;
     for (int32_t y = static_cast<int32_t>(j->workerIndex); y < o.height;
          y += static_cast<int32_t>(j->workerCount)) {
-        if (RowStop(j->control, j->stopped, j->workerIndex, y, o.height)) return;
+        if (KernelControl_RowStop(j->control, j->stopped, kStageRotate, j->workerIndex, y, o.height)) return;
         const double u = 0 - outHalfW;
         const double v = y - outHalfH;
         double sx = halfW + u * c + v * s;
@@ -158,8 +141,8 @@ ImageBuffer* RotateImage(const ImageBuffer* image, double degrees, const KernelC
     ImagePtr out;
     if (degrees == 90 || degrees == 180 || degrees == 270) {
         const int turns = static_cast<int>(degrees / kQuarter);
-        out.reset(turns == 2 ? CreateLike(image, image->width, image->height)
-                             : CreateLike(image, image->height, image->width));
+        out.reset(turns == 2 ? Kernel_CreateLike(image, image->width, image->height)
+                             : Kernel_CreateLike(image, image->height, image->width));
         Host_RunWorkers(QuarterJob{image, out.get(), turns, control, &stopped, 0, 1}, &QuarterWorker);
     } else {
         int32_t w, h;
@@ -167,7 +150,7 @@ ImageBuffer* RotateImage(const ImageBuffer* image, double degrees, const KernelC
         if (w < 1 || h < 1) return nullptr;
         double c, s;
         SinCos(degrees, &c, &s);
-        out.reset(CreateLike(image, w, h));
+        out.reset(Kernel_CreateLike(image, w, h));
         Host_RunWorkers(RotateJob{image, out.get(), c, s, control, &stopped, 0, 1}, &RotateWorker);
     }
     if (stopped.load()) return nullptr;
