@@ -5,7 +5,7 @@
 #include "app/Shell_Log.h"
 #include "formats/File_Load.h"
 #include "image/Image.h"
-#include "support/ExpectedData.h"
+#include "support/Manifest.h"
 #include "support/Sha256.h"
 #include "support/TestData.h"
 
@@ -62,20 +62,20 @@ protected:
 
 TEST_F(CliTest, EverySampleIsReadOrRefusedAsExpected) {
     PELLUCIDA_REQUIRE_DATA(json, "expected.json");
-    auto expected = ExpectedData_Load(json);
+    auto expected = Manifest_Entries("");
     ASSERT_GE(expected.size(), 90u);
-    for (const ExpectedFile& e : expected) {
-        SCOPED_TRACE(e.path);
-        std::string path = TestData_Path(e.path);
+    for (const ManifestEntry& e : expected) {
+        SCOPED_TRACE(e.file);
+        std::string path = TestData_Path(e.file);
         ASSERT_FALSE(path.empty());
         CliResult r = RunCli({"info", path});
-        if (e.refused()) {
+        if (e.refused) {
             EXPECT_EQ(r.status, 1);
             EXPECT_NE(r.err.find(kLoadFailedText), std::string::npos);
             continue;
         }
         ASSERT_EQ(r.status, 0) << r.err;
-        EXPECT_NE(r.out.find("reader=" + e.format + " "), std::string::npos) << r.out;
+        EXPECT_NE(r.out.find("reader=" + e.reader + " "), std::string::npos) << r.out;
         std::string size = "width=" + std::to_string(e.width) + " height=" + std::to_string(e.height) + " ";
         EXPECT_NE(r.out.find(size), std::string::npos) << r.out;
         bool mono = e.result.find(" mono") != std::string::npos ||
@@ -91,11 +91,11 @@ TEST_F(CliTest, EverySampleIsReadOrRefusedAsExpected) {
 TEST_F(CliTest, FitsSamplesMatchTheReferenceDigests) {
     PELLUCIDA_REQUIRE_DATA(json, "expected.json");
     int checked = 0;
-    for (const ExpectedFile& e : ExpectedData_Load(json)) {
-        if (e.format != "FITS" || e.refused()) continue;
-        SCOPED_TRACE(e.path);
+    for (const ManifestEntry& e : Manifest_Entries("FITS")) {
+        if (e.refused) continue;
+        SCOPED_TRACE(e.file);
         fs::path out = dir / "samples.npy";
-        CliResult r = RunCli({"convert", TestData_Path(e.path), out.string()});
+        CliResult r = RunCli({"convert", TestData_Path(e.file), out.string()});
         ASSERT_EQ(r.status, 0) << r.err;
         std::string npy = ReadFile(out);
         ASSERT_GT(npy.size(), 10u);
@@ -111,7 +111,7 @@ TEST_F(CliTest, FitsSamplesMatchTheReferenceDigests) {
         const char* data = npy.data() + 10 + headerLength;
         size_t size = npy.size() - 10 - headerLength;
         ASSERT_EQ(size, size_t(3) * e.width * e.height * 8);
-        EXPECT_EQ(Sha256_Hex(data, size).substr(0, 16), e.sha);
+        EXPECT_EQ(Sha256_Hex(data, size).substr(0, 16), e.notes);
         ++checked;
     }
     EXPECT_GE(checked, 30);

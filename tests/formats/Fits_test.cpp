@@ -7,6 +7,8 @@
 #include "formats/Fits_Header.h"
 #include "formats/Fits_Read.h"
 #include "image/Image.h"
+#include "support/Manifest.h"
+#include "support/Sha256.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>
@@ -25,71 +27,6 @@
 
 namespace {
 
-// ---------------------------------------------------------------- SHA-256
-
-class Sha256 {
-public:
-    void Update(const uint8_t* data, size_t size) {
-        total_ += size;
-        while (size > 0) {
-            const size_t n = std::min(size, size_t{64} - fill_);
-            std::memcpy(block_ + fill_, data, n);
-            fill_ += n, data += n, size -= n;
-            if (fill_ == 64) Compress(), fill_ = 0;
-        }
-    }
-    // The first 16 hex digits of the digest.
-    std::string Hex16() {
-        const uint64_t bits = total_ * 8;
-        const uint8_t one = 0x80, zero = 0;
-        Update(&one, 1);
-        while (fill_ != 56) Update(&zero, 1);
-        uint8_t length[8];
-        for (int i = 0; i < 8; ++i) length[i] = static_cast<uint8_t>(bits >> (56 - 8 * i));
-        Update(length, 8);
-        char out[17];
-        std::snprintf(out, sizeof out, "%08x%08x", h_[0], h_[1]);
-        return out;
-    }
-
-private:
-    static uint32_t Rotr(uint32_t x, int n) { return (x >> n) | (x << (32 - n)); }
-    void Compress() {
-        static const uint32_t k[64] = {
-            0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
-            0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
-            0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
-            0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
-            0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
-            0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
-            0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
-            0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
-        uint32_t w[64];
-        for (int i = 0; i < 16; ++i)
-            w[i] = uint32_t{block_[4 * i]} << 24 | uint32_t{block_[4 * i + 1]} << 16 |
-                   uint32_t{block_[4 * i + 2]} << 8 | block_[4 * i + 3];
-        for (int i = 16; i < 64; ++i) {
-            const uint32_t s0 = Rotr(w[i - 15], 7) ^ Rotr(w[i - 15], 18) ^ (w[i - 15] >> 3);
-            const uint32_t s1 = Rotr(w[i - 2], 17) ^ Rotr(w[i - 2], 19) ^ (w[i - 2] >> 10);
-            w[i] = w[i - 16] + s0 + w[i - 7] + s1;
-        }
-        uint32_t a = h_[0], b = h_[1], c = h_[2], d = h_[3], e = h_[4], f = h_[5], g = h_[6], h = h_[7];
-        for (int i = 0; i < 64; ++i) {
-            const uint32_t t1 =
-                h + (Rotr(e, 6) ^ Rotr(e, 11) ^ Rotr(e, 25)) + ((e & f) ^ (~e & g)) + k[i] + w[i];
-            const uint32_t t2 = (Rotr(a, 2) ^ Rotr(a, 13) ^ Rotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
-            h = g, g = f, f = e, e = d + t1, d = c, c = b, b = a, a = t1 + t2;
-        }
-        h_[0] += a, h_[1] += b, h_[2] += c, h_[3] += d, h_[4] += e, h_[5] += f, h_[6] += g, h_[7] += h;
-    }
-
-    uint32_t h_[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                      0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
-    uint8_t block_[64] = {};
-    size_t fill_ = 0;
-    uint64_t total_ = 0;
-};
-
 // The samples as the data folder hashes them: int64 little-endian, planes red,
 // green, blue, each height x width.
 std::string SampleHash(const ImageBuffer* image) {
@@ -104,7 +41,7 @@ std::string SampleHash(const ImageBuffer* image) {
             }
             sha.Update(row.data(), row.size());
         }
-    return sha.Hex16();
+    return sha.Hex().substr(0, 16);
 }
 
 // ---------------------------------------------------------------- reference
@@ -249,26 +186,6 @@ std::vector<uint8_t> LoadFile(const std::string& path) {
     return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
 }
 
-// expected.json: an array of [path, reader, result, note] string quadruples.
-std::vector<std::array<std::string, 4>> LoadExpectations(const std::string& path) {
-    std::ifstream in(path);
-    const std::string text((std::istreambuf_iterator<char>(in)), {});
-    std::vector<std::string> strings;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '"') continue;
-        std::string s;
-        for (++i; i < text.size() && text[i] != '"'; ++i) {
-            if (text[i] == '\\' && i + 1 < text.size()) ++i;
-            s += text[i];
-        }
-        strings.push_back(s);
-    }
-    std::vector<std::array<std::string, 4>> rows;
-    for (size_t i = 0; i + 3 < strings.size(); i += 4)
-        rows.push_back({strings[i], strings[i + 1], strings[i + 2], strings[i + 3]});
-    return rows;
-}
-
 // ---------------------------------------------------------------- crafted files
 
 std::string Card(const std::string& text) {
@@ -322,8 +239,10 @@ std::vector<int64_t> Red(const ImageBuffer* image) {
 TEST(FitsRealFiles, EveryFitsReadOrRefusedAsExpected) {
     PELLUCIDA_REQUIRE_DATA(json, "expected.json");
     int checked = 0;
-    for (const auto& [path, reader, result, note] : LoadExpectations(json)) {
-        if (reader != "FITS") continue;
+    for (const ManifestEntry& entry : Manifest_Entries("FITS")) {
+        const std::string& path = entry.file;
+        const std::string& result = entry.result;
+        const std::string& note = entry.notes;
         SCOPED_TRACE(path);
         const std::string full = TestData_Path(path);
         ASSERT_FALSE(full.empty()) << "listed but missing";

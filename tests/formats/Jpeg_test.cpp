@@ -4,7 +4,7 @@
 // writer's quality and read-back.
 #include "formats/Jpeg_Read.h"
 #include "formats/Jpeg_Write.h"
-#include "formats/Manifest.h"
+#include "support/Manifest.h"
 #include "formats/Png_Read.h"
 #include "image/Image.h"
 #include "support/TestData.h"

@@ -3,7 +3,7 @@
 // tests.)
 #include "formats/Bmp_Read.h"
 #include "formats/Jpeg_Read.h"
-#include "formats/Manifest.h"
+#include "support/Manifest.h"
 #include "formats/Png_Read.h"
 #include "formats/Raw_Read.h"
 #include "formats/Tiff_Read.h"

@@ -23,6 +23,7 @@ struct ManifestEntry {
     int depth = -1;  // -1 when the result does not state it
     bool alpha = false;
     bool isFloat = false;
+    std::string notes;  // the fourth text: for a FITS file, the first 16 hex digits of its samples' SHA-256
 };
 
 inline bool Manifest_HasWord(const std::string& text, const std::string& word) {
@@ -62,6 +63,7 @@ inline std::vector<ManifestEntry> Manifest_Entries(const std::string& reader) {
         e.file = strings[i];
         e.reader = strings[i + 1];
         e.result = strings[i + 2];
+        e.notes = strings[i + 3];
         if (!reader.empty() && e.reader != reader) continue;
         e.refused = e.result.rfind("refused", 0) == 0;
         if (!e.refused) std::sscanf(e.result.c_str(), "%dx%d", &e.width, &e.height);
