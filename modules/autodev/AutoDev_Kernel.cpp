@@ -335,16 +335,11 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
     // Stage 6: t depends on one 24-bit value only; it is worked out once for
     // every value that occurs.
     WorkPlane<int32_t> blended = WorkPlane_Allocate<int32_t>(size_t(pixels));
-    // One more plane serves the blur as its intermediate and then holds the
-    // weight map: fresh pages cost more than a pass over them.
-    static_assert(sizeof(float) == sizeof(int32_t));
-    WorkPlane<int32_t> weight = WorkPlane_Allocate<int32_t>(size_t(pixels));
     {
         WorkPlane<double> t = WorkPlane_Allocate<double>(kAutoDevValues);
         Host_RunWorkers(DetailTableJob{used.get(), t.get(), lo, hi, 0, 1}, &DetailTableWorker);
         used.reset();
-        if (!GaussianBlur(lum.get(), blended.get(), width, height, width, settings.p1, control,
-                          reinterpret_cast<float*>(weight.get())))
+        if (!GaussianBlur(lum.get(), blended.get(), width, height, width, settings.p1, control))
             return false;
         Host_RunWorkers(BlendJob{lum.get(), blended.get(), t.get(), pixels, 0, 1}, &BlendWorker);
     }
@@ -352,6 +347,7 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
     KernelControl_Report(control, kStageAutoDev, 40);
 
     // Stage 7.
+    WorkPlane<int32_t> weight = WorkPlane_Allocate<int32_t>(size_t(pixels));
     if (!AutoDev_WeightMap(blended.get(), weight.get(), width, height, width, settings.p2, kAutoDevMax,
                            control))
         return false;

@@ -20,13 +20,12 @@ struct GaussianKernel {
 GaussianKernel GaussianBlur_MakeKernel(double r);
 
 // Blurs one channel of width x height samples (rows `stride` apart) into `out`
-// (same layout; must not alias `in`). Samples are expected in 0..2^37. Returns
-// false when cancelled, leaving `out` partly written.
+// (same layout; must not alias `in`). Samples in 0..2^37 take the fast path,
+// any others an exact but slow one. Returns false when cancelled, leaving
+// `out` partly written.
 bool GaussianBlur(const int64_t* in, int64_t* out, int32_t width, int32_t height, int32_t stride, double r,
                   const KernelControl* control);
 
 // The same on 32-bit samples in 0..2^24 (the 24-bit working planes of AutoDev).
-// `scratch`, when given, holds stride x height intermediate samples, so a
-// caller can lend a plane it reuses afterwards; otherwise one is allocated.
 bool GaussianBlur(const int32_t* in, int32_t* out, int32_t width, int32_t height, int32_t stride, double r,
-                  const KernelControl* control, float* scratch = nullptr);
+                  const KernelControl* control);

@@ -110,6 +110,16 @@ TEST(GaussianBlurPlane, MatchesThePlainIntegerBlur) {
     // Narrower than the kernel: every pixel is an edge pixel.
     const std::vector<int64_t> thin = RandomPlane(3, 40, int64_t{1} << 30, 77);
     EXPECT_EQ(Blur(thin, 3, 40, 4.0), ReferenceBlur(thin, 3, 40, 4.0));
+    // Fewer rows than the kernel spans, over more workers than rows.
+    WorkerCountScope workers(7);
+    const std::vector<int64_t> flat = RandomPlane(40, 5, int64_t{1} << 30, 78);
+    EXPECT_EQ(Blur(flat, 40, 5, 4.0), ReferenceBlur(flat, 40, 5, 4.0));
+}
+
+TEST(GaussianBlurPlane, NegativeSamplesTruncateTowardsZero) {
+    std::vector<int64_t> in = RandomPlane(23, 19, int64_t{1} << 20, 12);
+    for (size_t i = 0; i < in.size(); i += 3) in[i] = -in[i];
+    EXPECT_EQ(Blur(in, 23, 19, 1.5), ReferenceBlur(in, 23, 19, 1.5));
 }
 
 TEST(GaussianBlurPlane, SamplesBeyondTheDoubleRangeTakeTheIntegerPath) {
