@@ -6,6 +6,7 @@
 // factor can wrap it.
 #include "modules/bin/Bin_Kernel.h"
 
+#include "host/Host_Cpu.h"
 #include "host/Host_Threads.h"
 #include "image/Image.h"
 #include "modules/common/GaussianBlur.h"
@@ -52,7 +53,16 @@ struct BoxJob {
     uint32_t workerIndex, workerCount;
 };
 
-void BoxWorker(BoxJob* j) {
+// Halving, the module's default: each output sample is the four samples of
+// its 2 x 2 block over 4, in one pass without the sums.
+inline void HalveRow(const int64_t* p0, const int64_t* p1, int64_t* out, int32_t width, int64_t maxValue) {
+    for (int32_t X = 0; X < width; ++X) {
+        const int64_t sum = p0[2 * X] + p0[2 * X + 1] + p1[2 * X] + p1[2 * X + 1];
+        out[X] = std::clamp<int64_t>(DivideByPowerOfTwo(sum, 2), 0, maxValue);
+    }
+}
+
+HOST_HOT_LOOP void BoxWorker(BoxJob* j) {
     const ImageBuffer& s = *j->source;
     ImageBuffer& o = *j->out;
     const Band band = BandOf(j->workerIndex, j->workerCount, o.height);
@@ -65,6 +75,13 @@ void BoxWorker(BoxJob* j) {
             return;
         const int32_t y0 = j->rowStart[Y], y1 = j->rowStart[Y + 1];
         const int64_t rowCount = y1 - y0;
+        if (j->block == 2 && rowCount == 2) {
+            for (int c = 0; c < 3; ++c) {
+                const int64_t* p0 = planesIn[c] + int64_t{y0} * s.stride;
+                HalveRow(p0, p0 + s.stride, planesOut[c] + int64_t{Y} * o.stride, o.width, o.maxValue);
+            }
+            continue;
+        }
         for (int c = 0; c < 3; ++c) {
             std::fill(sums.begin(), sums.end(), 0);
             int64_t* sum = sums.data();
@@ -150,7 +167,7 @@ struct ResampleJob {
     uint32_t workerIndex, workerCount;
 };
 
-void ResampleWorker(ResampleJob* j) {
+HOST_HOT_LOOP void ResampleWorker(ResampleJob* j) {
     const ImageBuffer& s = *j->source;
     ImageBuffer& o = *j->out;
     const Band band = BandOf(j->workerIndex, j->workerCount, o.height);
