@@ -46,7 +46,9 @@ constexpr const char* kHelp =
     "                       --crop=X0:Y0:X1:Y1 keep the box between the two corners, both included\n"
     "                       --flip=h | --flip=v  mirror left-right or top-bottom\n"
     "                     --dataset answers the load question \"Type of dataset?\" (default linear;\n"
-    "                     osc: linear, from a colour camera with a Bayer matrix, not white balanced;\n"
+    "                     osc: linear, from a colour camera with a Bayer matrix, not white balanced,\n"
+    "                     which balances the colour: the channels' sky backgrounds are matched and\n"
+    "                     the stars and object together made white;\n"
     "                     srgb: non-linear sRGB source). Progress goes to standard output; Ctrl-C\n"
     "                     stops the run and no output file is written.\n"
     "  help               This text.\n"
@@ -116,7 +118,7 @@ int Process(const char* in, const char* out, const std::vector<PipelineStep>& st
     // The batch answers the load flow's questions: transparent values are used
     // as they are, and the dataset type comes from --dataset.
     if (info.artefacts) std::fprintf(stderr, "%s: %s\n", kArtefactsTitle, kArtefactsText);
-    if (info.reader != FileReaderKind::kJpeg) File_LogDatasetAnswer(dataset, info.grey);
+    if (info.reader != FileReaderKind::kJpeg) File_ApplyDatasetAnswer(image, dataset, info.grey);
     File_LogImageSize(image);
 
     std::string lastProgress;

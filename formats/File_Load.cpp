@@ -9,6 +9,7 @@
 #include "formats/Tiff_Read.h"
 #include "host/Host.h"
 #include "image/Image.h"
+#include "image/Image_Balance.h"
 
 #include <cstdio>
 #include <cstring>
@@ -157,4 +158,15 @@ const char* File_DatasetLogLine(DatasetAnswer answer, bool grey) {
 
 void File_LogDatasetAnswer(DatasetAnswer answer, bool grey) {
     Shell_Log(File_DatasetLogLine(answer, grey));
+}
+
+void File_ApplyDatasetAnswer(ImageBuffer* image, DatasetAnswer answer, bool grey) {
+    File_LogDatasetAnswer(answer, grey);
+    if (answer != DatasetAnswer::kLinearOsc || grey) return;
+    ColourBalance balance;
+    if (!Image_MeasureOscBalance(image, &balance)) return;
+    Image_ApplyBalance(image, balance);
+    Shell_Logf(kOscBalanceLogFormat, static_cast<long long>(balance.background[0]),
+               static_cast<long long>(balance.background[1]), static_cast<long long>(balance.background[2]),
+               balance.gain[0], balance.gain[1], balance.gain[2]);
 }

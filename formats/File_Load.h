@@ -46,6 +46,13 @@ enum class DatasetAnswer { kLinear, kLinearOsc, kNonLinearSrgb };
 void File_LogDatasetAnswer(DatasetAnswer answer, bool grey);
 const char* File_DatasetLogLine(DatasetAnswer answer, bool grey);
 
+// Logs the answer and acts on it: data from a one-shot-colour camera that was
+// not white balanced is balanced (image/Image_Balance.h) and the balance
+// logged. The other answers leave the samples as they are.
+void File_ApplyDatasetAnswer(ImageBuffer* image, DatasetAnswer answer, bool grey);
+inline constexpr const char* kOscBalanceLogFormat =
+    "Colour balanced for OSC data: background R %lld G %lld B %lld, gain R %.4f G %.4f B %.4f\n";
+
 inline constexpr const char* kLoadFailedTitle = "Failed";
 inline constexpr const char* kLoadFailedText =
     "Could not read file. Make sure image file is a FITS file, an uncompressed, IBM PC byte-order TIFF file "

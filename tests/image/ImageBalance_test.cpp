@@ -1,0 +1,135 @@
+// The balance of one-shot-colour data: matched sky backgrounds, stars made
+// white without scaling any channel up, grey data left alone, and the real
+// debayered stack coming out neutral.
+#include "image/Image.h"
+#include "image/Image_Balance.h"
+
+#include "formats/Fits_Read.h"
+#include "formats/File_Load.h"
+#include "support/TestData.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+// A 200 x 200 sky at (1000, 2000, 800) with a little deterministic noise and
+// 100 "stars" of excess (2, 4, 1) x 3000 on single pixels.
+ImagePtr GreenSky() {
+    ImagePtr image(Image_Create(200, 200));
+    image->bitDepth = 16;
+    image->maxValue = 65535;
+    const int64_t sky[3] = {1000, 2000, 800}, star[3] = {6000, 12000, 3000};
+    int64_t* planes[3] = {image->red, image->green, image->blue};
+    for (int32_t y = 0; y < 200; ++y)
+        for (int32_t x = 0; x < 200; ++x) {
+            const bool isStar = x % 20 == 7 && y % 20 == 11;
+            const int64_t noise = ((x * 7 + y * 13) % 5) - 2;
+            for (int c = 0; c < 3; ++c) planes[c][y * 200 + x] = sky[c] + noise + (isStar ? star[c] : 0);
+        }
+    return image;
+}
+
+int64_t ChannelMedian(const ImageBuffer* image, int c) {
+    const int64_t* plane = c == 0 ? image->red : c == 1 ? image->green : image->blue;
+    std::vector<int64_t> v(plane, plane + int64_t{image->width} * image->height);
+    std::nth_element(v.begin(), v.begin() + static_cast<std::ptrdiff_t>(v.size() / 2), v.end());
+    return v[v.size() / 2];
+}
+
+}  // namespace
+
+TEST(ImageBalance, MatchesBackgroundsAndWhitensStarsWithoutGain) {
+    ImagePtr image = GreenSky();
+    ColourBalance balance;
+    ASSERT_TRUE(Image_MeasureOscBalance(image.get(), &balance));
+    EXPECT_EQ(balance.background[0], 1000);
+    EXPECT_EQ(balance.background[1], 2000);
+    EXPECT_EQ(balance.background[2], 800);
+    EXPECT_EQ(balance.signalPixels, 100);
+    // The weakest channel (blue) keeps its scale; the others come down to it.
+    EXPECT_DOUBLE_EQ(balance.gain[2], 1.0);
+    EXPECT_NEAR(balance.gain[0], 0.5, 1e-9);
+    EXPECT_NEAR(balance.gain[1], 0.25, 1e-9);
+
+    Image_ApplyBalance(image.get(), balance);
+    for (int c = 0; c < 3; ++c) EXPECT_EQ(ChannelMedian(image.get(), c), 800) << "channel " << c;
+    // A star pixel (7, 11) with noise (49 + 143) % 5 - 2 = 0: excess 3000 in every channel.
+    const int64_t i = 11 * 200 + 7;
+    EXPECT_EQ(image->red[i], 3800);
+    EXPECT_EQ(image->green[i], 3800);
+    EXPECT_EQ(image->blue[i], 3800);
+}
+
+TEST(ImageBalance, SaturatedAndFaintPixelsDoNotDecideTheColour) {
+    ImagePtr image = GreenSky();
+    // Saturated green cores and faint red wisps just above the noise.
+    for (int32_t x = 0; x < 200; x += 2) image->green[50 * 200 + x] = image->maxValue;
+    for (int32_t x = 0; x < 200; ++x) image->red[120 * 200 + x] += 4;
+    ColourBalance balance;
+    ASSERT_TRUE(Image_MeasureOscBalance(image.get(), &balance));
+    EXPECT_EQ(balance.signalPixels, 100);
+    EXPECT_NEAR(balance.gain[0], 0.5, 1e-9);
+    EXPECT_NEAR(balance.gain[1], 0.25, 1e-9);
+}
+
+TEST(ImageBalance, WithoutSignalOnlyTheBackgroundsAreMatched) {
+    ImagePtr image(Image_Create(64, 64));
+    image->bitDepth = 16;
+    image->maxValue = 65535;
+    for (int64_t i = 0; i < 64 * 64; ++i) {
+        image->red[i] = 500 + i % 3;
+        image->green[i] = 900 + i % 3;
+        image->blue[i] = 400 + i % 3;
+    }
+    ColourBalance balance;
+    ASSERT_TRUE(Image_MeasureOscBalance(image.get(), &balance));
+    EXPECT_EQ(balance.signalPixels, 0);
+    for (double g : balance.gain) EXPECT_EQ(g, 1.0);
+    Image_ApplyBalance(image.get(), balance);
+    EXPECT_EQ(image->red[0], 400);
+    EXPECT_EQ(image->green[0], 400);
+    EXPECT_EQ(image->blue[5], 402);
+}
+
+TEST(ImageBalance, GreyDataIsNotBalanced) {
+    ImagePtr image(Image_Create(10, 10));
+    for (int64_t i = 0; i < 100; ++i) image->red[i] = image->green[i] = image->blue[i] = i * 10;
+    ColourBalance balance;
+    EXPECT_FALSE(Image_MeasureOscBalance(image.get(), &balance));
+    // The load flow's OSC answer on grey data changes nothing.
+    File_ApplyDatasetAnswer(image.get(), DatasetAnswer::kLinearOsc, true);
+    for (int64_t i = 0; i < 100; ++i) EXPECT_EQ(image->green[i], i * 10);
+}
+
+TEST(ImageBalance, OnlyTheOscAnswerTouchesTheSamples) {
+    ImagePtr image = GreenSky();
+    ImagePtr before(Image_Clone(image.get()));
+    File_ApplyDatasetAnswer(image.get(), DatasetAnswer::kLinear, false);
+    File_ApplyDatasetAnswer(image.get(), DatasetAnswer::kNonLinearSrgb, false);
+    EXPECT_TRUE(std::equal(image->green, image->green + 200 * 200, before->green));
+    File_ApplyDatasetAnswer(image.get(), DatasetAnswer::kLinearOsc, false);
+    EXPECT_EQ(ChannelMedian(image.get(), 1), 800);
+}
+
+TEST(ImageBalance, TheDebayeredM94StackComesOutNeutral) {
+    PELLUCIDA_REQUIRE_DATA(path, "derived/siril_M94_32x10s_rgb_uint16.fit");
+    ImagePtr stack(Fits_Read(path.c_str()));
+    ASSERT_TRUE(stack);
+    // Not white balanced: the green sky stands well above the other two.
+    EXPECT_GT(ChannelMedian(stack.get(), 1), ChannelMedian(stack.get(), 0) * 3 / 2);
+    ColourBalance balance;
+    ASSERT_TRUE(Image_MeasureOscBalance(stack.get(), &balance));
+    EXPECT_GT(balance.signalPixels, 100);  // its stars and the galaxy's core
+    EXPECT_LT(balance.gain[1], balance.gain[0]);
+    EXPECT_LT(balance.gain[1], balance.gain[2]);
+    Image_ApplyBalance(stack.get(), balance);
+    const int64_t red = ChannelMedian(stack.get(), 0), green = ChannelMedian(stack.get(), 1),
+                  blue = ChannelMedian(stack.get(), 2);
+    // The sky is grey within a tenth of a per cent of the full scale.
+    const int64_t tolerance = stack->maxValue / 1000;
+    EXPECT_NEAR(red, blue, tolerance);
+    EXPECT_NEAR(green, blue, tolerance);
+}
