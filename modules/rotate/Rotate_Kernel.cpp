@@ -5,7 +5,7 @@
 #include "host/Host_Threads.h"
 #include "image/Image.h"
 #include "modules/common/KernelImage.h"
-#include "modules/common/SampleBilinear.h"
+#include "modules/rotate/Rotate_Span.h"
 
 #include <algorithm>
 #include <atomic>
@@ -70,44 +70,83 @@ void QuarterWorker(QuarterJob* j) {
 
 // ---- General angle -----------------------------------------------------------
 
+// Output rows per band and columns per tile. A tile's source footprint (its
+// rows walk about kSpan x sin(theta) source rows down) then stays in L2 and
+// within the data TLB's reach, which a whole-row walk is far beyond.
+constexpr int32_t kBand = 16;
+constexpr int32_t kSpan = 256;
+constexpr int32_t kGroup = 4;  // rows whose positions are walked together
+
 struct RotateJob {
     const ImageBuffer* source;
     ImageBuffer* out;
     double c, s;
+    RotateSpanFn sample;
     const KernelControl* control;
     std::atomic<bool>* stopped;
     uint32_t workerIndex, workerCount;
 };
+
+// Positions of four rows along one tile, each row continuing from where the
+// previous tile left it. Four rows side by side keep eight independent sums
+// in registers, so the walk runs at the adder's rate rather than its latency.
+void WalkRows(double* sx, double* sy, int32_t rows, int32_t n, double c, double s, double (*xs)[kSpan],
+              double (*ys)[kSpan]) {
+    if (rows == 4) {
+        double x0 = sx[0], x1 = sx[1], x2 = sx[2], x3 = sx[3];
+        double y0 = sy[0], y1 = sy[1], y2 = sy[2], y3 = sy[3];
+        for (int32_t i = 0; i < n; ++i) {
+            xs[0][i] = x0, xs[1][i] = x1, xs[2][i] = x2, xs[3][i] = x3;
+            ys[0][i] = y0, ys[1][i] = y1, ys[2][i] = y2, ys[3][i] = y3;
+            x0 += c, x1 += c, x2 += c, x3 += c;
+            y0 -= s, y1 -= s, y2 -= s, y3 -= s;
+        }
+        sx[0] = x0, sx[1] = x1, sx[2] = x2, sx[3] = x3;
+        sy[0] = y0, sy[1] = y1, sy[2] = y2, sy[3] = y3;
+        return;
+    }
+    for (int32_t r = 0; r < rows; ++r)
+        for (int32_t i = 0; i < n; ++i, sx[r] += c, sy[r] -= s) {
+            xs[r][i] = sx[r];
+            ys[r][i] = sy[r];
+        }
+}
 
 void RotateWorker(RotateJob* j) {
     const ImageBuffer& src = *j->source;
     ImageBuffer& o = *j->out;
     const double halfW = src.width / 2.0, halfH = src.height / 2.0;
     const double outHalfW = o.width / 2.0, outHalfH = o.height / 2.0;
-    const double w = src.width, h = src.height;
-    const int64_t maxValue = o.maxValue;
     const double c = j->c, s = j->s;
-    for (int32_t y = static_cast<int32_t>(j->workerIndex); y < o.height;
-         y += static_cast<int32_t>(j->workerCount)) {
-        if (KernelControl_RowStop(j->control, j->stopped, kStageRotate, j->workerIndex, y, o.height)) return;
-        const double u = 0 - outHalfW;
-        const double v = y - outHalfH;
-        double sx = halfW + u * c + v * s;
-        double sy = halfH - u * s + v * c;
-        int64_t* dr = o.red + int64_t{y} * o.stride;
-        int64_t* dg = o.green + int64_t{y} * o.stride;
-        int64_t* db = o.blue + int64_t{y} * o.stride;
-        for (int32_t x = 0; x < o.width; ++x, sx += c, sy -= s) {
-            if (!(sx > -1.0 && sx < w && sy > -1.0 && sy < h)) {
-                dr[x] = dg[x] = db[x] = 0;
-                continue;
+    const RotateSpanSource source{{src.red, src.green, src.blue}, src.width, src.height, src.stride, o.maxValue};
+    const RotateSpanFn sample = j->sample;
+    // Each row keeps its running position from tile to tile, so every sample
+    // sits where the plain walk from x = 0 with steps (+c, -s) puts it.
+    double sx[kBand], sy[kBand];
+    alignas(64) double xs[kGroup][kSpan], ys[kGroup][kSpan];
+    const int32_t bands = (o.height + kBand - 1) / kBand;
+    for (int32_t band = static_cast<int32_t>(j->workerIndex); band < bands;
+         band += static_cast<int32_t>(j->workerCount)) {
+        const int32_t y0 = band * kBand, rows = std::min(kBand, o.height - y0);
+        for (int32_t r = 0; r < rows; ++r) {
+            if (KernelControl_RowStop(j->control, j->stopped, kStageRotate, j->workerIndex, y0 + r, o.height))
+                return;
+            const double u = 0 - outHalfW;
+            const double v = (y0 + r) - outHalfH;
+            sx[r] = halfW + u * c + v * s;
+            sy[r] = halfH - u * s + v * c;
+        }
+        for (int32_t x0 = 0; x0 < o.width; x0 += kSpan) {
+            const int32_t n = std::min(kSpan, o.width - x0);
+            for (int32_t g = 0; g < rows; g += kGroup) {
+                const int32_t groupRows = std::min(kGroup, rows - g);
+                WalkRows(sx + g, sy + g, groupRows, n, c, s, xs, ys);
+                for (int32_t r = 0; r < groupRows; ++r) {
+                    const int64_t at = int64_t{y0 + g + r} * o.stride + x0;
+                    int64_t* const out[3] = {o.red + at, o.green + at, o.blue + at};
+                    sample(source, xs[r], ys[r], n, out);
+                }
             }
-            const int32_t ix = static_cast<int32_t>(sx), iy = static_cast<int32_t>(sy);
-            const double tx = sx - ix, ty = sy - iy;
-            const int32_t dx = ix + 1 < src.width ? 1 : 0, dy = iy + 1 < src.height ? 1 : 0;
-            dr[x] = SampleBilinear_Plane(src.red, src.stride, ix, iy, dx, dy, tx, ty, maxValue);
-            dg[x] = SampleBilinear_Plane(src.green, src.stride, ix, iy, dx, dy, tx, ty, maxValue);
-            db[x] = SampleBilinear_Plane(src.blue, src.stride, ix, iy, dx, dy, tx, ty, maxValue);
         }
     }
 }
@@ -151,7 +190,7 @@ ImageBuffer* RotateImage(const ImageBuffer* image, double degrees, const KernelC
         double c, s;
         SinCos(degrees, &c, &s);
         out.reset(Kernel_CreateLike(image, w, h));
-        Host_RunWorkers(RotateJob{image, out.get(), c, s, control, &stopped, 0, 1}, &RotateWorker);
+        Host_RunWorkers(RotateJob{image, out.get(), c, s, RotateSpan_Best(), control, &stopped, 0, 1}, &RotateWorker);
     }
     if (stopped.load()) return nullptr;
     KernelControl_Report(control, kStageRotate, 100);
