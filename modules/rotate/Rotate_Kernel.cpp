@@ -5,19 +5,19 @@
 #include "host/Host_Threads.h"
 #include "image/Image.h"
 #include "modules/common/KernelImage.h"
+#include "modules/rotate/Rotate_Quarter.h"
 #include "modules/rotate/Rotate_Span.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cmath>
-#include <cstring>
 
 namespace {
 
 constexpr const char* kStageRotate = "Rotate";
 constexpr double kRadiansPerDegree = 0.017453292519943295;
 constexpr double kQuarter = 90.0;
-constexpr int32_t kTile = 64;
+constexpr int32_t kQuarterBand = 64;  // output rows per quarter-turn band
 
 // ---- Quarter turns -----------------------------------------------------------
 
@@ -25,46 +25,27 @@ struct QuarterJob {
     const ImageBuffer* source;
     ImageBuffer* out;
     int turns;  // 1, 2 or 3 quarters
+    RotateQuarterFn copy;
     const KernelControl* control;
     std::atomic<bool>* stopped;
     uint32_t workerIndex, workerCount;
 };
-
-// Source position of output (x, y).
-inline int64_t QuarterIndex(int turns, int32_t x, int32_t y, int32_t w, int32_t h, int32_t stride) {
-    switch (turns) {
-        case 1:
-            return int64_t{h - 1 - x} * stride + y;
-        case 2:
-            return int64_t{h - 1 - y} * stride + (w - 1 - x);
-        default:
-            return int64_t{x} * stride + (w - 1 - y);
-    }
-}
 
 void QuarterWorker(QuarterJob* j) {
     const ImageBuffer& s = *j->source;
     ImageBuffer& o = *j->out;
     const int64_t* in[3] = {s.red, s.green, s.blue};
     int64_t* out[3] = {o.red, o.green, o.blue};
-    // Tiles of output rows are dealt out in turn, so both workers write the
+    // Bands of output rows are dealt out in turn, so both workers write the
     // new image's pages at the same time.
-    const int32_t tileRows = (o.height + kTile - 1) / kTile;
-    for (int32_t t = static_cast<int32_t>(j->workerIndex); t < tileRows;
-         t += static_cast<int32_t>(j->workerCount)) {
-        const int32_t y0 = t * kTile, y1 = std::min(o.height, y0 + kTile);
+    const int32_t bands = (o.height + kQuarterBand - 1) / kQuarterBand;
+    for (int32_t t = static_cast<int32_t>(j->workerIndex); t < bands; t += static_cast<int32_t>(j->workerCount)) {
+        const int32_t y0 = t * kQuarterBand, y1 = std::min(o.height, y0 + kQuarterBand);
         for (int32_t y = y0; y < y1; ++y)
             if (KernelControl_RowStop(j->control, j->stopped, kStageRotate, j->workerIndex, y, o.height))
                 return;
-        for (int32_t x0 = 0; x0 < o.width; x0 += kTile) {
-            const int32_t x1 = std::min(o.width, x0 + kTile);
-            for (int c = 0; c < 3; ++c)
-                for (int32_t y = y0; y < y1; ++y) {
-                    int64_t* row = out[c] + int64_t{y} * o.stride;
-                    for (int32_t x = x0; x < x1; ++x)
-                        row[x] = in[c][QuarterIndex(j->turns, x, y, s.width, s.height, s.stride)];
-                }
-        }
+        for (int c = 0; c < 3; ++c)
+            j->copy({in[c], s.width, s.height, s.stride, out[c], o.width, o.stride, j->turns, y0, y1});
     }
 }
 
@@ -182,7 +163,7 @@ ImageBuffer* RotateImage(const ImageBuffer* image, double degrees, const KernelC
         const int turns = static_cast<int>(degrees / kQuarter);
         out.reset(turns == 2 ? Kernel_CreateLike(image, image->width, image->height)
                              : Kernel_CreateLike(image, image->height, image->width));
-        Host_RunWorkers(QuarterJob{image, out.get(), turns, control, &stopped, 0, 1}, &QuarterWorker);
+        Host_RunWorkers(QuarterJob{image, out.get(), turns, RotateQuarter_Best(), control, &stopped, 0, 1}, &QuarterWorker);
     } else {
         int32_t w, h;
         Rotate_OutputSize(image->width, image->height, degrees, &w, &h);

@@ -3,6 +3,7 @@
 #include "modules/common/SampleBilinear.h"
 #include "modules/rotate/Rotate_Kernel.h"
 #include "modules/rotate/Rotate_Params.h"
+#include "modules/rotate/Rotate_Quarter.h"
 #include "modules/rotate/Rotate_Span.h"
 
 #include "ModuleTestImages.h"
@@ -92,6 +93,40 @@ TEST(RotateQuarter, OneEightyAndTwoSeventyMapAsStated) {
     for (int32_t y = 0; y < 5; ++y)
         for (int32_t x = 0; x < 3; ++x)
             EXPECT_EQ(Pixel(three.get(), 0, x, y), Pixel(image.get(), 0, 5 - 1 - y, x));
+}
+
+TEST(RotateQuarter, EveryTurnMapsEverySampleOfALargerImage) {
+    // Wide enough for whole 8 x 8 blocks, heads and tails, tall enough for
+    // more than one band and a band that ends part way through a block.
+    ImagePtr image = Numbered(203, 141);
+    for (const int turns : {1, 2, 3}) {
+        ImagePtr out(RotateImage(image.get(), 90.0 * turns, nullptr));
+        ASSERT_TRUE(out);
+        for (int32_t y = 0; y < out->height; ++y)
+            for (int32_t x = 0; x < out->width; ++x) {
+                const int32_t sx = turns == 1 ? y : turns == 2 ? 203 - 1 - x : 203 - 1 - y;
+                const int32_t sy = turns == 1 ? 141 - 1 - x : turns == 2 ? 141 - 1 - y : x;
+                for (int c = 0; c < 3; ++c)
+                    ASSERT_EQ(Pixel(out.get(), c, x, y), Pixel(image.get(), c, sx, sy))
+                        << turns << " turns, output (" << x << ", " << y << ")";
+            }
+    }
+}
+
+TEST(RotateQuarter, PortableAndAvx512FormsGiveTheSamePlane) {
+    const RotateQuarterFn fast = RotateQuarter_Avx512();
+    if (!fast) GTEST_SKIP() << "no AVX-512 here";
+    ImagePtr image = Numbered(203, 141);
+    for (const int turns : {1, 2, 3}) {
+        const int32_t w = turns == 2 ? 203 : 141, h = turns == 2 ? 141 : 203;
+        std::vector<int64_t> a(size_t(w) * h, -1), b(size_t(w) * h, -2);
+        // Bands of uneven heights, as the last band of an image can be.
+        for (const auto& [y0, y1] : std::vector<std::pair<int32_t, int32_t>>{{0, 64}, {64, 75}, {75, h}}) {
+            RotateQuarter_Band({image->red, 203, 141, image->stride, a.data(), w, w, turns, y0, y1});
+            fast({image->red, 203, 141, image->stride, b.data(), w, w, turns, y0, y1});
+        }
+        EXPECT_EQ(a, b) << turns << " turns";
+    }
 }
 
 TEST(RotateQuarter, FourTurnsGiveTheOriginalAndTurnsCompose) {
