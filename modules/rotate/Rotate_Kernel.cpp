@@ -1,5 +1,7 @@
-// RotateImage: exact quarter turns by tiles, the general angle by walking each
-// output row through the source with steps (+c, -s) and sampling bilinearly.
+// RotateImage: exact quarter turns by bands of output rows (Rotate_Quarter.h);
+// the general angle by walking each output row through the source with steps
+// (+c, -s), tile by tile, and sampling bilinearly a row segment at a time
+// (Rotate_Span.h).
 #include "modules/rotate/Rotate_Kernel.h"
 
 #include "host/Host_Threads.h"
@@ -17,7 +19,7 @@ namespace {
 constexpr const char* kStageRotate = "Rotate";
 constexpr double kRadiansPerDegree = 0.017453292519943295;
 constexpr double kQuarter = 90.0;
-constexpr int32_t kQuarterBand = 64;  // output rows per quarter-turn band
+constexpr int32_t kQuarterBand = 128;  // output rows per quarter-turn band (measured: 64 and 32 slower)
 
 // ---- Quarter turns -----------------------------------------------------------
 
@@ -39,7 +41,8 @@ void QuarterWorker(QuarterJob* j) {
     // Bands of output rows are dealt out in turn, so both workers write the
     // new image's pages at the same time.
     const int32_t bands = (o.height + kQuarterBand - 1) / kQuarterBand;
-    for (int32_t t = static_cast<int32_t>(j->workerIndex); t < bands; t += static_cast<int32_t>(j->workerCount)) {
+    for (int32_t t = static_cast<int32_t>(j->workerIndex); t < bands;
+         t += static_cast<int32_t>(j->workerCount)) {
         const int32_t y0 = t * kQuarterBand, y1 = std::min(o.height, y0 + kQuarterBand);
         for (int32_t y = y0; y < y1; ++y)
             if (KernelControl_RowStop(j->control, j->stopped, kStageRotate, j->workerIndex, y, o.height))
@@ -101,7 +104,8 @@ void RotateWorker(RotateJob* j) {
     const double halfW = src.width / 2.0, halfH = src.height / 2.0;
     const double outHalfW = o.width / 2.0, outHalfH = o.height / 2.0;
     const double c = j->c, s = j->s;
-    const RotateSpanSource source{{src.red, src.green, src.blue}, src.width, src.height, src.stride, o.maxValue};
+    const RotateSpanSource source{
+        {src.red, src.green, src.blue}, src.width, src.height, src.stride, o.maxValue};
     const RotateSpanFn sample = j->sample;
     // Each row keeps its running position from tile to tile, so every sample
     // sits where the plain walk from x = 0 with steps (+c, -s) puts it.
@@ -165,7 +169,8 @@ ImageBuffer* RotateImage(const ImageBuffer* image, double degrees, const KernelC
         const int turns = static_cast<int>(degrees / kQuarter);
         out.reset(turns == 2 ? Kernel_CreateLike(image, image->width, image->height)
                              : Kernel_CreateLike(image, image->height, image->width));
-        Host_RunWorkers(QuarterJob{image, out.get(), turns, RotateQuarter_Best(), control, &stopped, 0, 1}, &QuarterWorker);
+        Host_RunWorkers(QuarterJob{image, out.get(), turns, RotateQuarter_Best(), control, &stopped, 0, 1},
+                        &QuarterWorker);
     } else {
         int32_t w, h;
         Rotate_OutputSize(image->width, image->height, degrees, &w, &h);
@@ -173,7 +178,8 @@ ImageBuffer* RotateImage(const ImageBuffer* image, double degrees, const KernelC
         double c, s;
         SinCos(degrees, &c, &s);
         out.reset(Kernel_CreateLike(image, w, h));
-        Host_RunWorkers(RotateJob{image, out.get(), c, s, RotateSpan_Best(), control, &stopped, 0, 1}, &RotateWorker);
+        Host_RunWorkers(RotateJob{image, out.get(), c, s, RotateSpan_Best(), control, &stopped, 0, 1},
+                        &RotateWorker);
     }
     if (stopped.load()) return nullptr;
     KernelControl_Report(control, kStageRotate, 100);

@@ -67,9 +67,10 @@ ROTATE_AVX512 void QuarterAvx512(const RotateQuarterBand& b) {
     // boundaries and they can be streamed.
     const bool stream = b.outStride % 8 == 0;
     const int32_t head =
-        stream ? std::min<int32_t>(b.outWidth,
-                                   int32_t((64 - reinterpret_cast<uintptr_t>(b.out) % 64) % 64 / sizeof(int64_t)))
-               : 0;
+        stream
+            ? std::min<int32_t>(
+                  b.outWidth, int32_t((64 - reinterpret_cast<uintptr_t>(b.out) % 64) % 64 / sizeof(int64_t)))
+            : 0;
     const int32_t blocks = (b.outWidth - head) / 8;
     const int32_t tail = head + blocks * 8;
     CopyColumns(b, 0, head);

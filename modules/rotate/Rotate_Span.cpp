@@ -4,8 +4,8 @@
 #include "host/Host_Cpu.h"
 #include "modules/common/SampleBilinear.h"
 
-HOST_HOT_LOOP void RotateSpan_Sample(const RotateSpanSource& source, const double* xs, const double* ys, int32_t n,
-                                     int64_t* const out[3]) {
+HOST_HOT_LOOP void RotateSpan_Sample(const RotateSpanSource& source, const double* xs, const double* ys,
+                                     int32_t n, int64_t* const out[3]) {
     const double w = source.width, h = source.height;
     for (int32_t i = 0; i < n; ++i) {
         const double sx = xs[i], sy = ys[i];

@@ -1,9 +1,9 @@
 // The span sampler eight pixels at a time with AVX-512 (F and DQ): each pixel's
 // two neighbours in a row come with one 16-byte load (gathers are several
 // times slower on the processors this is for), the int64 <-> double
-// conversions are exact, and masks do the inside test and the clamp. Every lane does the portable form's operations
-// in its order, as separate multiplies and adds (the build never contracts
-// them, and no fused intrinsic is used), so the bits are the same.
+// conversions are exact, and masks do the inside test and the clamp. Every lane does the portable form's
+// operations in its order, as separate multiplies and adds (the build never contracts them, and no fused
+// intrinsic is used), so the bits are the same.
 #include "modules/rotate/Rotate_Span.h"
 
 #if defined(__GNUC__) && defined(__x86_64__)
@@ -87,7 +87,8 @@ ROTATE_AVX512 void SampleAvx512(const RotateSpanSource& source, const double* xs
         }
         // Outside lanes sample (0, 0), whose pair always exists, and are set
         // to 0 afterwards.
-        const __m512i ix = _mm512_maskz_cvttpd_epi64(k.inside, sx), iy = _mm512_maskz_cvttpd_epi64(k.inside, sy);
+        const __m512i ix = _mm512_maskz_cvttpd_epi64(k.inside, sx),
+                      iy = _mm512_maskz_cvttpd_epi64(k.inside, sy);
         k.tx = _mm512_sub_pd(sx, _mm512_cvtepi64_pd(ix));
         k.ty = _mm512_sub_pd(sy, _mm512_cvtepi64_pd(iy));
         k.ux = _mm512_sub_pd(one, k.tx);

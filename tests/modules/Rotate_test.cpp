@@ -25,7 +25,8 @@ ImagePtr Numbered(int32_t w, int32_t h) {
 // extrapolation just left of or above the image are exercised.
 ImagePtr Noisy(int32_t w, int32_t h, int bitDepth) {
     return MakeImage(w, h, bitDepth, [w, bitDepth](int32_t x, int32_t y, int c) {
-        const uint64_t r = TestHash(uint64_t(y) * 7919 + uint64_t(x) * 3 + uint64_t(c) + uint64_t(w) * 104729);
+        const uint64_t r =
+            TestHash(uint64_t(y) * 7919 + uint64_t(x) * 3 + uint64_t(c) + uint64_t(w) * 104729);
         const int64_t maxValue = (int64_t{1} << bitDepth) - 1;
         switch (r & 3) {
             case 0:
@@ -56,12 +57,14 @@ ImagePtr PlainWalk(const ImageBuffer* src, double degrees) {
         double sy = src->height / 2.0 - u * s + v * c;
         for (int32_t x = 0; x < w; ++x, sx += c, sy -= s) {
             const bool inside = sx > -1.0 && sx < src->width && sy > -1.0 && sy < src->height;
-            const int32_t ix = inside ? static_cast<int32_t>(sx) : 0, iy = inside ? static_cast<int32_t>(sy) : 0;
+            const int32_t ix = inside ? static_cast<int32_t>(sx) : 0,
+                          iy = inside ? static_cast<int32_t>(sy) : 0;
             for (int k = 0; k < 3; ++k)
                 to[k][int64_t{y} * out->stride + x] =
-                    inside ? SampleBilinear_Plane(in[k], src->stride, ix, iy, ix + 1 < src->width ? 1 : 0,
-                                                  iy + 1 < src->height ? 1 : 0, sx - ix, sy - iy, src->maxValue)
-                           : 0;
+                    inside
+                        ? SampleBilinear_Plane(in[k], src->stride, ix, iy, ix + 1 < src->width ? 1 : 0,
+                                               iy + 1 < src->height ? 1 : 0, sx - ix, sy - iy, src->maxValue)
+                        : 0;
         }
     }
     return out;
@@ -186,14 +189,16 @@ TEST(RotateGeneral, BoundingCanvasAndConstantInside) {
 TEST(RotateGeneral, EqualsThePlainWalkForEverySizeAndQuadrant) {
     // Thin and tiny sources (one column: no pair of neighbours), sizes that
     // end tiles and eight-pixel blocks part way, every quadrant.
-    const std::vector<std::pair<int32_t, int32_t>> sizes = {{1, 9}, {9, 1}, {2, 2}, {3, 17}, {37, 23}, {300, 41}};
+    const std::vector<std::pair<int32_t, int32_t>> sizes = {{1, 9},  {9, 1},   {2, 2},
+                                                            {3, 17}, {37, 23}, {300, 41}};
     for (const auto& [w, h] : sizes) {
         const ImagePtr image = Noisy(w, h, 16);
         for (const double degrees : {0.1, 10.0, 45.0, 89.9, 90.1, 135.0, 179.9, 233.7, 300.0, 359.9}) {
             int32_t ow, oh;
             Rotate_OutputSize(w, h, degrees, &ow, &oh);
             ImagePtr out(RotateImage(image.get(), degrees, nullptr));
-            const std::string where = std::to_string(w) + "x" + std::to_string(h) + " at " + std::to_string(degrees);
+            const std::string where =
+                std::to_string(w) + "x" + std::to_string(h) + " at " + std::to_string(degrees);
             if (ow < 1 || oh < 1) {
                 EXPECT_EQ(out, nullptr) << where;
                 continue;
@@ -210,7 +215,8 @@ TEST(RotateSpan, Avx512FormGivesThePortableFormsBits) {
     if (!fast) GTEST_SKIP() << "no AVX-512 here";
     for (const auto& [w, h] : std::vector<std::pair<int32_t, int32_t>>{{1, 1}, {2, 3}, {13, 7}, {64, 64}}) {
         const ImagePtr image = Noisy(w, h, 30);
-        const RotateSpanSource source{{image->red, image->green, image->blue}, w, h, image->stride, image->maxValue};
+        const RotateSpanSource source{
+            {image->red, image->green, image->blue}, w, h, image->stride, image->maxValue};
         // Positions from beyond one side to beyond the other, the edges
         // themselves (-1, 0, the last column and row, the size) included.
         constexpr int32_t kCount = 203;
