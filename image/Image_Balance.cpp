@@ -32,8 +32,8 @@ bool Image_MeasureOscBalance(const ImageBuffer* image, ColourBalance* balance) {
     *balance = ColourBalance{};
     const int64_t pixels = int64_t{image->width} * image->height;
     // A square grid step that keeps the sample near kMaxSamples.
-    const int32_t step =
-        std::max<int32_t>(1, static_cast<int32_t>(std::ceil(std::sqrt(double(pixels) / double(kMaxSamples)))));
+    const int32_t step = std::max<int32_t>(
+        1, static_cast<int32_t>(std::ceil(std::sqrt(double(pixels) / double(kMaxSamples)))));
     const int64_t* planes[3] = {image->red, image->green, image->blue};
     std::vector<int64_t> samples[3];
     bool colour = false;

@@ -339,8 +339,7 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
         WorkPlane<double> t = WorkPlane_Allocate<double>(kAutoDevValues);
         Host_RunWorkers(DetailTableJob{used.get(), t.get(), lo, hi, 0, 1}, &DetailTableWorker);
         used.reset();
-        if (!GaussianBlur(lum.get(), blended.get(), width, height, width, settings.p1, control))
-            return false;
+        if (!GaussianBlur(lum.get(), blended.get(), width, height, width, settings.p1, control)) return false;
         Host_RunWorkers(BlendJob{lum.get(), blended.get(), t.get(), pixels, 0, 1}, &BlendWorker);
     }
     if (KernelControl_Cancelled(control)) return false;

@@ -102,7 +102,8 @@ BLUR_INLINE void FilterRow(const Taps& t, const double* rowD, Tmp* dst, double* 
             const double* right = center + j;
             for (int32_t i = 0; i < n; ++i) acc[i] += wj * (left[i] + right[i]);
         }
-        for (int32_t i = 0; i < n; ++i) dst[c0 + i] = static_cast<Tmp>(TruncQuotient(acc[i], t.total, inverse));
+        for (int32_t i = 0; i < n; ++i)
+            dst[c0 + i] = static_cast<Tmp>(TruncQuotient(acc[i], t.total, inverse));
     }
     // The edges, where only the taps inside the row count.
     for (int32_t x = 0; x < width; ++x) {
@@ -121,8 +122,8 @@ BLUR_INLINE void FilterRow(const Taps& t, const double* rowD, Tmp* dst, double* 
 // Vertical pass of one output row from the filtered rows rows[lo..hi]
 // (rows[k] is the filtered row at offset k).
 template <class T, class Tmp>
-BLUR_INLINE void CombineRows(const Taps& t, const Tmp* const* rows, int32_t lo, int32_t hi, T* dst, double* acc,
-                             int32_t width) {
+BLUR_INLINE void CombineRows(const Taps& t, const Tmp* const* rows, int32_t lo, int32_t hi, T* dst,
+                             double* acc, int32_t width) {
     const double* w = t.w.data() + t.half;
     double wsum = 0;
     for (int32_t k = lo; k <= hi; ++k) wsum += w[k];
@@ -195,7 +196,8 @@ HOST_HOT_LOOP void BlurWorker(BlurJob<T, Tmp>* job) {
             return;
         }
         if (job->workerIndex == 0 && ((y - begin) & 63) == 0)
-            KernelControl_Report(job->control, kStageBlur, static_cast<int>(int64_t{y - begin} * 100 / (end - begin)));
+            KernelControl_Report(job->control, kStageBlur,
+                                 static_cast<int>(int64_t{y - begin} * 100 / (end - begin)));
         const int32_t lo = std::max(-half, -y), hi = std::min(half, height - 1 - y);
         for (; next <= y + hi; ++next) {
             const T* src = job->in + int64_t{next} * job->stride;

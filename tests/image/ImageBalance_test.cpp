@@ -4,8 +4,8 @@
 #include "image/Image.h"
 #include "image/Image_Balance.h"
 
-#include "formats/Fits_Read.h"
 #include "formats/File_Load.h"
+#include "formats/Fits_Read.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>
