@@ -2,8 +2,8 @@
 // a fourth byte that is not alpha, an 8-bit palette file refused), row order,
 // channel masks, and refused or truncated headers.
 #include "formats/Bmp_Read.h"
-#include "support/Manifest.h"
 #include "image/Image.h"
+#include "support/Manifest.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>

@@ -4,9 +4,9 @@
 // writer's quality and read-back.
 #include "formats/Jpeg_Read.h"
 #include "formats/Jpeg_Write.h"
-#include "support/Manifest.h"
 #include "formats/Png_Read.h"
 #include "image/Image.h"
+#include "support/Manifest.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>

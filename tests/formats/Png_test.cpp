@@ -1,10 +1,10 @@
 // PNG reader and writer: the sample files (8 and 16 bits, grey, RGB, RGBA),
 // palettes with and without transparency, low grey depths, colour keys,
 // refused and truncated files, and the 8-bit writer read back.
-#include "support/Manifest.h"
 #include "formats/Png_Read.h"
 #include "formats/Png_Write.h"
 #include "image/Image.h"
+#include "support/Manifest.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>

@@ -3,11 +3,11 @@
 // tests.)
 #include "formats/Bmp_Read.h"
 #include "formats/Jpeg_Read.h"
-#include "support/Manifest.h"
 #include "formats/Png_Read.h"
 #include "formats/Raw_Read.h"
 #include "formats/Tiff_Read.h"
 #include "image/Image.h"
+#include "support/Manifest.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>

@@ -2,11 +2,11 @@
 // float, several strips; compressed, planar, tiled and BigTIFF refused), the
 // float mapping, malformed and truncated files, the writer's exact layout and
 // the round trip of the attachment.
-#include "support/Manifest.h"
 #include "formats/TiffBuilder.h"
 #include "formats/Tiff_Read.h"
 #include "formats/Tiff_Write.h"
 #include "image/Image.h"
+#include "support/Manifest.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>
