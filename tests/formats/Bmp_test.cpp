@@ -49,23 +49,14 @@ std::vector<uint8_t> MakeBmp(int32_t width, int32_t height, uint32_t bits, uint3
 
 TEST(BmpSamples, EveryFileIsReadOrRefusedAsTheManifestSays) {
     PELLUCIDA_REQUIRE_DATA(manifest, "expected.json");
-    const auto entries = Manifest_Entries("BMP");
-    ASSERT_GE(entries.size(), 5u);
-    for (const ManifestEntry& e : entries) {
-        SCOPED_TRACE(e.file + ": " + e.result);
-        ImagePtr image(Bmp_Read(TestData_Path(e.file).c_str()));
-        if (e.refused) {
-            EXPECT_EQ(image, nullptr);
-            continue;
-        }
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(image->width, e.width);
-        EXPECT_EQ(image->height, e.height);
-        EXPECT_EQ(image->bitDepth, 8);
-        EXPECT_EQ(image->maxValue, 255);
-        EXPECT_EQ(image->mono, 0);
-        EXPECT_EQ(image->alpha, nullptr) << "the fourth byte is never alpha";
-    }
+    Manifest_CheckEveryRead(
+        "BMP", 5, [](const std::string& path, const ManifestEntry&) { return Bmp_Read(path.c_str()); },
+        [](const ManifestEntry&, const ImageBuffer& image) {
+            EXPECT_EQ(image.bitDepth, 8);
+            EXPECT_EQ(image.maxValue, 255);
+            EXPECT_EQ(image.mono, 0);
+            EXPECT_EQ(image.alpha, nullptr) << "the fourth byte is never alpha";
+        });
 }
 
 TEST(BmpSamples, AllFourEncodingsGiveTheSamePicture) {

@@ -69,25 +69,19 @@ protected:
 
 TEST(JpegSamples, EveryFileIsReadOrRefusedAsTheManifestSays) {
     PELLUCIDA_REQUIRE_DATA(manifest, "expected.json");
-    const auto entries = Manifest_Entries("JPEG");
-    ASSERT_GE(entries.size(), 6u);
-    for (const ManifestEntry& e : entries) {
-        SCOPED_TRACE(e.file + ": " + e.result);
-        const std::string path = TestData_Path(e.file);
-        ImagePtr image(Jpeg_Read(path.c_str()));
-        EXPECT_EQ(Jpeg_IsBaseline(ReadBytes(path).data(), ReadBytes(path).size()), !e.refused);
-        if (e.refused) {
-            EXPECT_EQ(image, nullptr);
-            continue;
-        }
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(image->width, e.width);
-        EXPECT_EQ(image->height, e.height);
-        EXPECT_EQ(image->bitDepth, e.depth);
-        EXPECT_EQ(image->maxValue, 255);
-        EXPECT_EQ(image->mono, e.mono ? 1 : 0);
-        EXPECT_EQ(image->alpha, nullptr);
-    }
+    Manifest_CheckEveryRead(
+        "JPEG", 6,
+        [](const std::string& path, const ManifestEntry& e) {
+            const std::vector<uint8_t> bytes = ReadBytes(path);
+            EXPECT_EQ(Jpeg_IsBaseline(bytes.data(), bytes.size()), !e.refused);
+            return Jpeg_Read(path.c_str());
+        },
+        [](const ManifestEntry& e, const ImageBuffer& image) {
+            EXPECT_EQ(image.bitDepth, e.depth);
+            EXPECT_EQ(image.maxValue, 255);
+            EXPECT_EQ(image.mono, e.mono ? 1 : 0);
+            EXPECT_EQ(image.alpha, nullptr);
+        });
 }
 
 TEST(JpegSamples, DecodesTheSamePictureAsItsPngTwin) {

@@ -61,24 +61,15 @@ int64_t At(const int64_t* plane, const ImageBuffer* image, int x, int y) {
 
 TEST(PngSamples, EveryFileIsReadAsTheManifestSays) {
     PELLUCIDA_REQUIRE_DATA(manifest, "expected.json");
-    const auto entries = Manifest_Entries("PNG");
-    ASSERT_GE(entries.size(), 9u);
-    for (const ManifestEntry& e : entries) {
-        SCOPED_TRACE(e.file + ": " + e.result);
-        ImagePtr image(Png_Read(TestData_Path(e.file).c_str()));
-        if (e.refused) {
-            EXPECT_EQ(image, nullptr);
-            continue;
-        }
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(image->width, e.width);
-        EXPECT_EQ(image->height, e.height);
-        EXPECT_EQ(image->mono, e.mono ? 1 : 0);
-        EXPECT_EQ(image->alpha != nullptr, e.alpha);
-        const bool wide = e.file.find("16") != std::string::npos;
-        EXPECT_EQ(image->bitDepth, wide ? 16 : 8);
-        EXPECT_EQ(image->maxValue, wide ? 65535 : 255);
-    }
+    Manifest_CheckEveryRead(
+        "PNG", 9, [](const std::string& path, const ManifestEntry&) { return Png_Read(path.c_str()); },
+        [](const ManifestEntry& e, const ImageBuffer& image) {
+            EXPECT_EQ(image.mono, e.mono ? 1 : 0);
+            EXPECT_EQ(image.alpha != nullptr, e.alpha);
+            const bool wide = e.file.find("16") != std::string::npos;
+            EXPECT_EQ(image.bitDepth, wide ? 16 : 8);
+            EXPECT_EQ(image.maxValue, wide ? 65535 : 255);
+        });
 }
 
 TEST(PngSamples, KnownPixels) {

@@ -89,28 +89,17 @@ ImagePtr Pattern(int32_t width, int32_t height, int depth) {
 
 TEST(TiffSamples, EveryFileIsReadOrRefusedAsTheManifestSays) {
     PELLUCIDA_REQUIRE_DATA(manifest, "expected.json");
-    const auto entries = Manifest_Entries("TIFF");
-    ASSERT_GE(entries.size(), 30u);
-    for (const ManifestEntry& e : entries) {
-        SCOPED_TRACE(e.file + ": " + e.result);
-        const std::string path = TestData_Path(e.file);
-        ASSERT_FALSE(path.empty());
-        ImagePtr image(Tiff_Read(path.c_str()));
-        if (e.refused) {
-            EXPECT_EQ(image, nullptr);
-            continue;
-        }
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(image->width, e.width);
-        EXPECT_EQ(image->height, e.height);
-        EXPECT_EQ(image->stride, e.width);
-        EXPECT_EQ(image->mono, e.mono ? 1 : 0);
-        ASSERT_GT(e.depth, 0);
-        EXPECT_EQ(image->bitDepth, e.depth);
-        EXPECT_EQ(image->maxValue, int64_t((uint64_t{1} << e.depth) - 1));
-        EXPECT_EQ(image->alpha != nullptr, e.alpha);
-        EXPECT_EQ(image->attachment, nullptr);
-    }
+    Manifest_CheckEveryRead(
+        "TIFF", 30, [](const std::string& path, const ManifestEntry&) { return Tiff_Read(path.c_str()); },
+        [](const ManifestEntry& e, const ImageBuffer& image) {
+            EXPECT_EQ(image.stride, e.width);
+            EXPECT_EQ(image.mono, e.mono ? 1 : 0);
+            ASSERT_GT(e.depth, 0);
+            EXPECT_EQ(image.bitDepth, e.depth);
+            EXPECT_EQ(image.maxValue, int64_t((uint64_t{1} << e.depth) - 1));
+            EXPECT_EQ(image.alpha != nullptr, e.alpha);
+            EXPECT_EQ(image.attachment, nullptr);
+        });
 }
 
 TEST(TiffSamples, KnownPixelsInBothByteOrdersAndAllLayouts) {

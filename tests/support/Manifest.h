@@ -4,6 +4,7 @@
 // "20x100 mode I", "refused").
 #pragma once
 
+#include "image/Image.h"
 #include "support/TestData.h"
 
 #include <cstdio>
@@ -76,4 +77,27 @@ inline std::vector<ManifestEntry> Manifest_Entries(const std::string& reader) {
         entries.push_back(e);
     }
     return entries;
+}
+
+// Reads every sample of one reader with `read` (path, entry -> image) and
+// holds it to the manifest: a refused file gives no image, any other one of
+// the stated size, which `check` (entry, image) examines further.
+template <class Read, class Check>
+void Manifest_CheckEveryRead(const std::string& reader, size_t atLeast, Read read, Check check) {
+    const std::vector<ManifestEntry> entries = Manifest_Entries(reader);
+    ASSERT_GE(entries.size(), atLeast);
+    for (const ManifestEntry& e : entries) {
+        SCOPED_TRACE(e.file + ": " + e.result);
+        const std::string path = TestData_Path(e.file);
+        ASSERT_FALSE(path.empty());
+        ImagePtr image(read(path, e));
+        if (e.refused) {
+            EXPECT_EQ(image, nullptr);
+            continue;
+        }
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(image->width, e.width);
+        EXPECT_EQ(image->height, e.height);
+        check(e, *image);
+    }
 }
