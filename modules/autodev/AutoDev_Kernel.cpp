@@ -16,6 +16,7 @@
 #include "image/Image.h"
 #include "modules/autodev/AutoDev_Internal.h"
 #include "modules/common/GaussianBlur.h"
+#include "modules/common/KernelBand.h"
 #include "modules/common/WorkPlane.h"
 
 #include <algorithm>
@@ -31,15 +32,6 @@ constexpr double kBlurStep = 0.05;
 constexpr double kBlurBase = 0.5;
 constexpr double kPercent = 0.01;
 constexpr double kDetailExponent = 1 / 2.2;
-
-// Rows of one worker's band.
-struct Band {
-    int32_t begin, end;
-};
-Band BandOf(uint32_t k, uint32_t n, int32_t height) {
-    return {static_cast<int32_t>(int64_t{height} * k / n),
-            static_cast<int32_t>(int64_t{height} * (k + 1) / n)};
-}
 
 bool RowStop(const KernelControl* control, std::atomic<bool>* stopped, int32_t row) {
     if ((row & 31) != 0) return false;
@@ -84,7 +76,7 @@ HOST_HOT_LOOP void LumRow(const int64_t* r, const int64_t* g, const int64_t* b, 
 
 void LumWorker(LumJob* j) {
     const ImageBuffer& s = *j->source;
-    const Band band = BandOf(j->workerIndex, j->workerCount, s.height);
+    const KernelBand band = Kernel_RowBand(j->workerIndex, j->workerCount, s.height);
     const int64_t top = s.maxValue - 1;
     const int shift = static_cast<int>(s.bitDepth) - kAutoDevDepth;
     int32_t lo = kAutoDevMax, hi = 0;
@@ -234,7 +226,7 @@ HOST_HOT_LOOP void GreyRow(const int32_t* l, const int64_t* map, int64_t* greys,
 void OutputWorker(OutputJob* j) {
     const ImageBuffer& s = *j->source;
     ImageBuffer& d = *j->destination;
-    const Band band = BandOf(j->workerIndex, j->workerCount, s.height);
+    const KernelBand band = Kernel_RowBand(j->workerIndex, j->workerCount, s.height);
     const int64_t maxValue = s.maxValue;
     const bool inPlace = s.red == d.red || s.green == d.green || s.blue == d.blue;
     // Per worker: the row's grey values and, in place, the staged colour rows.

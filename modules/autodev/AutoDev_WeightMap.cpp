@@ -5,6 +5,7 @@
 #include "modules/autodev/AutoDev_Internal.h"
 
 #include "host/Host_Threads.h"
+#include "modules/common/KernelBand.h"
 #include "modules/common/WorkPlane.h"
 
 #include <algorithm>
@@ -74,8 +75,7 @@ void WeightRow(const WeightJob& j, int32_t y) {
 }
 
 void WeightWorker(WeightJob* j) {
-    const int32_t begin = static_cast<int32_t>(int64_t{j->height} * j->workerIndex / j->workerCount);
-    const int32_t end = static_cast<int32_t>(int64_t{j->height} * (j->workerIndex + 1) / j->workerCount);
+    const auto [begin, end] = Kernel_RowBand(j->workerIndex, j->workerCount, j->height);
     for (int32_t y = begin; y < end; ++y) {
         if ((y & 31) == 0) {
             if (j->stopped->load(std::memory_order_relaxed)) return;

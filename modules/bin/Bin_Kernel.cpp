@@ -10,6 +10,7 @@
 #include "host/Host_Threads.h"
 #include "image/Image.h"
 #include "modules/common/GaussianBlur.h"
+#include "modules/common/KernelBand.h"
 #include "modules/common/KernelImage.h"
 #include "modules/common/SampleBilinear.h"
 #include "modules/common/WorkPlane.h"
@@ -25,13 +26,6 @@ namespace {
 
 constexpr const char* kStageBin = "Bin";
 constexpr double kLog2E = 1.4426950408889634;
-
-struct Band {
-    int32_t begin, end;
-};
-Band BandOf(uint32_t k, uint32_t n, int32_t rows) {
-    return {static_cast<int32_t>(int64_t{rows} * k / n), static_cast<int32_t>(int64_t{rows} * (k + 1) / n)};
-}
 
 // Truncating division by a count that is a power of two, for either sign.
 inline int64_t DivideByPowerOfTwo(int64_t sum, int shift) {
@@ -65,7 +59,7 @@ inline void HalveRow(const int64_t* p0, const int64_t* p1, int64_t* out, int32_t
 HOST_HOT_LOOP void BoxWorker(BoxJob* j) {
     const ImageBuffer& s = *j->source;
     ImageBuffer& o = *j->out;
-    const Band band = BandOf(j->workerIndex, j->workerCount, o.height);
+    const KernelBand band = Kernel_RowBand(j->workerIndex, j->workerCount, o.height);
     std::vector<int64_t> sums(size_t(o.width));
     const int64_t* planesIn[3] = {s.red, s.green, s.blue};
     int64_t* planesOut[3] = {o.red, o.green, o.blue};
@@ -170,7 +164,7 @@ struct ResampleJob {
 HOST_HOT_LOOP void ResampleWorker(ResampleJob* j) {
     const ImageBuffer& s = *j->source;
     ImageBuffer& o = *j->out;
-    const Band band = BandOf(j->workerIndex, j->workerCount, o.height);
+    const KernelBand band = Kernel_RowBand(j->workerIndex, j->workerCount, o.height);
     const int64_t* planesIn[3] = {s.red, s.green, s.blue};
     int64_t* planesOut[3] = {o.red, o.green, o.blue};
     for (int32_t y = band.begin; y < band.end; ++y) {

@@ -17,6 +17,7 @@
 
 #include "host/Host_Cpu.h"
 #include "host/Host_Threads.h"
+#include "modules/common/KernelBand.h"
 #include "modules/common/WorkPlane.h"
 
 #include <algorithm>
@@ -175,8 +176,7 @@ template <class T, class Tmp>
 HOST_HOT_LOOP void BlurWorker(BlurJob<T, Tmp>* job) {
     const Taps& t = job->taps;
     const int32_t half = t.half, width = job->width, height = job->height;
-    const int32_t begin = static_cast<int32_t>(int64_t{height} * job->workerIndex / job->workerCount);
-    const int32_t end = static_cast<int32_t>(int64_t{height} * (job->workerIndex + 1) / job->workerCount);
+    const auto [begin, end] = Kernel_RowBand(job->workerIndex, job->workerCount, height);
     if (begin >= end) return;
     // The ring holds the filtered rows y - half .. y + half of output row y.
     const int32_t ringRows = std::min(2 * half + 1, height);
@@ -190,14 +190,9 @@ HOST_HOT_LOOP void BlurWorker(BlurJob<T, Tmp>* job) {
     auto slot = [&](int32_t row) { return ring.get() + size_t(row % ringRows) * size_t(width); };
     int32_t next = std::max(0, begin - half);  // the next source row to filter
     for (int32_t y = begin; y < end; ++y) {
-        if (job->stopped->load(std::memory_order_relaxed)) return;
-        if (KernelControl_Cancelled(job->control)) {
-            job->stopped->store(true);
+        if (KernelControl_RowStop(job->control, job->stopped, kStageBlur, job->workerIndex, y - begin,
+                                  end - begin))
             return;
-        }
-        if (job->workerIndex == 0 && ((y - begin) & 63) == 0)
-            KernelControl_Report(job->control, kStageBlur,
-                                 static_cast<int>(int64_t{y - begin} * 100 / (end - begin)));
         const int32_t lo = std::max(-half, -y), hi = std::min(half, height - 1 - y);
         for (; next <= y + hi; ++next) {
             const T* src = job->in + int64_t{next} * job->stride;
