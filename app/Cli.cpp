@@ -2,12 +2,12 @@
 // is the load and save flow's own.
 #include "app/Cli.h"
 
-#include "app/Shell_Log.h"
 #include "formats/File_Load.h"
 #include "formats/File_Names.h"
 #include "formats/File_Save.h"
 #include "formats/Npy_Write.h"
 #include "host/Host.h"
+#include "host/Shell_Log.h"
 #include "image/Image.h"
 #include "modules/Pipeline.h"
 

@@ -1,6 +1,5 @@
 #include "formats/File_Load.h"
 
-#include "app/Shell_Log.h"
 #include "formats/Bmp_Read.h"
 #include "formats/Fits_Read.h"
 #include "formats/Jpeg_Read.h"
@@ -8,6 +7,7 @@
 #include "formats/Raw_Read.h"
 #include "formats/Tiff_Read.h"
 #include "host/Host.h"
+#include "host/Shell_Log.h"
 #include "image/Image.h"
 #include "image/Image_Balance.h"
 

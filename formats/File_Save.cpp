@@ -1,11 +1,11 @@
 #include "formats/File_Save.h"
 
-#include "app/Shell_Log.h"
 #include "formats/File_Names.h"
 #include "formats/Jpeg_Write.h"
 #include "formats/Png_Write.h"
 #include "formats/Tiff_Write.h"
 #include "host/Host.h"
+#include "host/Shell_Log.h"
 
 bool File_SaveImageAs(void* application, const char* name, const ImageBuffer* image) {
     if (application) Host_Call("video", "Video_SetCursorWait", nullptr);

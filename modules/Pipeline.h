@@ -9,9 +9,9 @@
 //   --flip=h | --flip=v
 #pragma once
 
+#include "host/KernelControl.h"
 #include "modules/autodev/AutoDev_Params.h"
 #include "modules/bin/Bin_Params.h"
-#include "modules/common/KernelControl.h"
 #include "modules/crop/Crop_Params.h"
 #include "modules/rotate/Rotate_Params.h"
 

@@ -5,7 +5,7 @@
 // the atomic cancel flag that the kernel polls.
 #pragma once
 
-#include "modules/common/KernelControl.h"
+#include "host/KernelControl.h"
 #include "ui/Widget.h"
 
 #include <cstdint>

@@ -4,8 +4,8 @@
 // ImageBuffers; the module form and the command line run the same code.
 #pragma once
 
+#include "host/KernelControl.h"
 #include "modules/autodev/AutoDev_Params.h"
-#include "modules/common/KernelControl.h"
 
 #include <cstdint>
 

@@ -5,7 +5,7 @@
 // keeps the source's depth; binning never changes an image's brightness.
 #pragma once
 
-#include "modules/common/KernelControl.h"
+#include "host/KernelControl.h"
 
 #include <cstdint>
 

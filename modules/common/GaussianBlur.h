@@ -5,7 +5,7 @@
 // inside the image. Work is split over all processors.
 #pragma once
 
-#include "modules/common/KernelControl.h"
+#include "host/KernelControl.h"
 
 #include <cstdint>
 #include <vector>

@@ -5,7 +5,7 @@
 // 180 and (W - 1 - y, x) at 270.
 #pragma once
 
-#include "modules/common/KernelControl.h"
+#include "host/KernelControl.h"
 
 #include <cstdint>
 

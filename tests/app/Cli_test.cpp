@@ -2,8 +2,8 @@
 // folder says, FITS samples identical to the reference digests, conversions
 // and their logs, and the exit statuses.
 #include "app/Cli.h"
-#include "app/Shell_Log.h"
 #include "formats/File_Load.h"
+#include "host/Shell_Log.h"
 #include "image/Image.h"
 #include "support/Manifest.h"
 #include "support/Sha256.h"

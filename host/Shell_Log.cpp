@@ -1,4 +1,4 @@
-#include "app/Shell_Log.h"
+#include "host/Shell_Log.h"
 
 #include "host/Host_Os.h"
 
