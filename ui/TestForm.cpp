@@ -13,6 +13,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <string>
 
 namespace {
 
@@ -23,6 +25,26 @@ uint32_t NextRandom(uint32_t* state) {
 
 Widget* Find(Toolkit* toolkit, const char* id) {
     return Widget_FindById(toolkit->root.get(), Widget_PackId(id));
+}
+
+// The test form's two sliders say what they would in a module: a balance
+// around mid-travel and a radius in tenths of a pixel from 1.0.
+std::string BalanceText(void*, const LevelSetterRecord& setter, uint32_t v) {
+    const int mid = int(setter.maximum / 2), value = int(v);
+    char text[48];
+    if (value < mid)
+        std::snprintf(text, sizeof text, "%d%% shadow dominant", (mid - value) * 2);
+    else if (value > mid)
+        std::snprintf(text, sizeof text, "%d%% highlight dominant", (value - mid) * 2);
+    else
+        return "balanced";
+    return text;
+}
+
+std::string RadiusText(void*, const LevelSetterRecord&, uint32_t v) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%2.1f pixels", (v + 10) * 0.1);
+    return text;
 }
 
 }  // namespace
@@ -92,11 +114,11 @@ Widget* TestForm_Load(Toolkit* toolkit, TestFormContent* content) {
     if (Widget* histogram = Find(toolkit, "Hist"))
         Histogram_SetImage(toolkit, histogram, content->stretched.get());
     if (Widget* setter = Find(toolkit, "LvS0")) {
-        LevelSetter_Setup(toolkit, setter, 200, 90, ValueLabelKind::ShadowHighlight);
+        LevelSetter_Setup(toolkit, setter, 200, 90, BalanceText);
         LevelSetter_SetCaption(toolkit, setter, "Balance");
     }
     if (Widget* setter = Find(toolkit, "LvS1")) {
-        LevelSetter_Setup(toolkit, setter, 190, 15, ValueLabelKind::TenthPixelsFromOne);
+        LevelSetter_Setup(toolkit, setter, 190, 15, RadiusText);
         LevelSetter_SetCaption(toolkit, setter, "Radius");
     }
     if (Widget* list = Find(toolkit, "Lst0")) {

@@ -1,72 +1,18 @@
-// Value labels of the level setter: the family of formatters that turn a
-// slider position into the short text shown beside it, in the module's own
-// terms. The text alone comes from ValueLabel_Format (modules also use it for
-// the parameter log); ValueLabel_Update puts it into a setter's value label and
-// redraws it at once, so the label follows a drag.
+// The level setter's value label: the text that tells the user what the
+// slider's position means. What the text says is the caller's (a module
+// installs its parameter's formatter on the setter); the toolkit puts it into
+// the setter's value label and redraws at once, so the label follows a drag.
 #pragma once
 
-#include <cstddef>
+#include "ui/WidgetKinds.h"
+
 #include <cstdint>
 #include <string>
 
-struct Toolkit;
-struct Widget;
+// The setter's text for a position: its formatter's, or the plain number.
+std::string ValueLabel_TextFor(const Widget* setter, uint32_t position);
 
-// One entry per member; the comment gives its format and what it prints.
-enum class ValueLabelKind : uint8_t {
-    Plain,               // "%d"                 v
-    PlainPlusOne,        // "%d"                 v + 1
-    Pixels,              // "%d pixels"          v
-    PixelsPlusOne,       // "%d pixels"          v + 1
-    PixelsFromCentreX,   // "%d pixels"          v - W / 2
-    PixelsFromCentreY,   // "%d pixels"          v - H / 2
-    PixelsAndRestX,      // "%d pixels (-%d)"    v + 1, W - 1 - v
-    PixelsAndRestY,      // "%d pixels (-%d)"    v + 1, H - 1 - v
-    TenthPixelsFromOne,  // "%2.1f pixels"       (v + 10) * 0.1
-    SignedPixels,        // "%2.1f pixels"       (2v - max) * 0.05
-    TenthsFromOne,       // "%2.1f"              (v + 10) * 0.1
-    TenthsFromOneFine,   // "%2.2f"              (v + 10) * 0.1
-    Tenths,              // "%2.2f"              v * 0.1
-    Hundredths,          // "%2.2f"              v * 0.01
-    HundredthsFromOne,   // "%2.2f"              (v + 100) * 0.01
-    Percent,             // "%d %%"              v
-    SignedPercent,       // "%.2f %%"            (v - 10000) * 0.01
-    ComputedPercent,     // "%.2f %%"            figures[0] * 0.01
-    PercentSplit,        // "%d%% / %d%%"        max - v, v
-    SquareSize,          // "%d x %d pixels"     2^(v + 7) twice
-    Millimetres,         // "%.0fmm / %.2f\""    figures[0] mm, in inches
-    MillimetresFine,     // "%.1fmm / %.2f\""    figures[0] mm, in inches
-    Minutes,             // "%dh%02dm (%dm) (%ds)"  v / 60, v mod 60, v, v * 60
-    FieldOfView,         // "%d Arc Minutes (%d' x %d')"  v + 1, figures[0], figures[1]
-    DenoiseScale,        // "(scale/noise reduction ...)"  figures[0..2]
-    NoiseDetail,         // "noisier" / "optimal" / "smoother" around v = 100
-    ShadowHighlight,     // "shadow dominant" / "balanced" / "highlight dominant" around max / 2
-};
-
-// What a formatter needs besides the kind. The extents are the image size that
-// the module sets for the offset members; figures are values the caller derives
-// from the position for the members whose mapping belongs to a module
-// (millimetres, field of view, denoise figures, computed percent).
-struct ValueLabelInput {
-    uint32_t position = 0;
-    uint32_t maximum = 0;
-    int32_t extentW = 0;
-    int32_t extentH = 0;
-    double figures[3] = {0.0, 0.0, 0.0};
-};
-
-// Longest text any member can produce, with its NUL.
-inline constexpr size_t kValueLabelCapacity = 128;
-
-// Writes the member's text into `out` (always NUL-terminated when size > 0).
-// Returns the length of the text.
-size_t ValueLabel_Format(ValueLabelKind kind, const ValueLabelInput& input, char* out, size_t size);
-std::string ValueLabel_Text(ValueLabelKind kind, const ValueLabelInput& input);
-
-// Fills the figures of the module-computed members from the position.
-using ValueLabelFiguresFn = void (*)(void* user, uint32_t position, double figures[3]);
-
-// Formats the setter's position with the member its record names, puts the
-// text into the setter's value label and runs the pending draw requests, so
-// that the label changes while the user is still dragging.
+// Formats the setter's position, puts the text into its value label and runs
+// the pending draw requests (plain draws only), so that the label changes while
+// the user is still dragging.
 void ValueLabel_Update(Toolkit* toolkit, Widget* setter, uint32_t position);

@@ -2,7 +2,6 @@
 // drawing and pointer behaviour of each kind live in its own file beside them.
 #pragma once
 
-#include "ui/ValueLabel.h"
 #include "ui/Widget.h"
 
 #include <cstdint>
@@ -211,15 +210,19 @@ struct SelectorRecord : WidgetRecord {
     void* user = nullptr;
 };
 
+struct LevelSetterRecord;
+// Formats a position of the setter for its value label; `user` is the pointer
+// installed with it (a module's parameter row).
+using LevelSetterFormatFn = std::string (*)(void* user, const LevelSetterRecord& setter, uint32_t position);
+
 struct LevelSetterRecord : WidgetRecord {
     NavigationRecord navigation;
     uint32_t value = 0;
     uint32_t maximum = 0;
     int32_t extentW = 0;  // the image size, for the offset members of the value label
     int32_t extentH = 0;
-    ValueLabelKind labelKind = ValueLabelKind::Plain;
-    ValueLabelFiguresFn figures = nullptr;  // for the members whose figures a module computes
-    void* figuresUser = nullptr;
+    LevelSetterFormatFn format = nullptr;  // the value label's text; the plain number when null
+    void* formatUser = nullptr;
     Widget* captionLabel = nullptr;  // child widgets of the setter
     Widget* valueLabel = nullptr;
     WidgetCallback onChange = nullptr;  // the position moved (while dragging, too)

@@ -5,7 +5,7 @@
 // the desktop program or run in a batch.
 #pragma once
 
-#include "ui/ValueLabel.h"
+#include "modules/common/ValueLabel_Format.h"
 
 #include <cstdint>
 #include <span>

@@ -4,6 +4,7 @@
 #include "ui/Theme.h"
 #include "ui/Toolkit_Dispatch.h"
 #include "ui/Toolkit_Events.h"
+#include "ui/ValueLabel.h"
 #include "ui/draw/Draw_RoundRect.h"
 #include "ui/draw/Draw_Shapes.h"
 #include "ui/widgets/Label.h"
@@ -121,11 +122,12 @@ int LevelSetter_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* even
 }
 
 void LevelSetter_Setup(Toolkit* toolkit, Widget* setter, uint32_t maximum, uint32_t value,
-                       ValueLabelKind kind) {
+                       LevelSetterFormatFn format, void* formatUser) {
     auto* record = Widget_Record<LevelSetterRecord>(setter);
     if (!record) return;
     record->maximum = maximum;
-    record->labelKind = kind;
+    record->format = format;
+    record->formatUser = formatUser;
     PlaceLabels(setter, record);
     record->value = std::min(value, maximum);
     ValueLabel_Update(toolkit, setter, record->value);

@@ -13,9 +13,9 @@ inline constexpr uint32_t kLevelSetterCaptionOffset = 0x00140700;
 
 int LevelSetter_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event);
 
-// Sets the range, the position and the value-label member, and formats the label.
+// Sets the range, the position and the value label's formatter, and formats the label.
 void LevelSetter_Setup(Toolkit* toolkit, Widget* setter, uint32_t maximum, uint32_t value,
-                       ValueLabelKind kind);
+                       LevelSetterFormatFn format = nullptr, void* formatUser = nullptr);
 // Moves to `value` (held to the range); formats the label and redraws. Calls
 // onChange only when `notify` is set.
 void LevelSetter_SetValue(Toolkit* toolkit, Widget* setter, uint32_t value, bool notify = false);

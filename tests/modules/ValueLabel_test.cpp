@@ -1,5 +1,5 @@
 // The value-label members print exactly the program's wording.
-#include "ui/ValueLabel.h"
+#include "modules/common/ValueLabel_Format.h"
 
 #include <gtest/gtest.h>
 
