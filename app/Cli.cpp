@@ -3,6 +3,7 @@
 #include "app/Cli.h"
 
 #include "formats/File_Load.h"
+#include "formats/File_LoadQuestions.h"
 #include "formats/File_Names.h"
 #include "formats/File_Save.h"
 #include "formats/Npy_Write.h"
@@ -20,7 +21,7 @@
 
 namespace {
 
-constexpr const char* kHelp =
+constexpr const char* kHelpHead =
     "Usage: pellucida-cli COMMAND [ARGUMENTS]\n"
     "\n"
     "Commands:\n"
@@ -34,30 +35,36 @@ constexpr const char* kHelp =
     "                     exact 30-bit samples as a NumPy int64 array of shape (3, height, width), and\n"
     "                     anything else 16-bit TIFF. An existing OUT is replaced only when the new file\n"
     "                     was written completely.\n"
-    "  process IN -o OUT [--dataset=linear|osc|srgb] [STEP]...\n"
-    "                     Loads IN, runs the steps in the order given, and saves OUT as convert does.\n"
-    "                     Values are the modules' own slider positions, so a processing log can be\n"
-    "                     replayed:\n"
-    "                       --autodev[=LIST]   global stretch; LIST is a comma-separated choice of\n"
-    "                                          blur=V (0..490), curve=V (0..1000), tone=V (0..100),\n"
-    "                                          outside=V (0..100) and roi=X0:Y0:X1:Y1\n"
-    "                       --bin=V            scale in steps of 0.0001 (1..10000; 5000 halves)\n"
-    "                       --rotate=V         tenths of a degree (0..3599)\n"
-    "                       --crop=X0:Y0:X1:Y1 keep the box between the two corners, both included\n"
-    "                       --flip=h | --flip=v  mirror left-right or top-bottom\n"
-    "                     --dataset answers the load question \"Type of dataset?\" (default linear;\n"
-    "                     osc: linear, from a colour camera with a Bayer matrix, not white balanced,\n"
-    "                     which balances the colour: the channels' sky backgrounds are matched and\n"
-    "                     the stars and object together made white;\n"
-    "                     srgb: non-linear sRGB source). Progress goes to standard output; Ctrl-C\n"
-    "                     stops the run and no output file is written.\n"
+    "  process IN -o OUT [LOAD ANSWER]... [STEP]...\n"
+    "                     Loads IN, answers the questions the load raises, runs the steps in the\n"
+    "                     order given, and saves OUT as convert does. Progress goes to standard\n"
+    "                     output; Ctrl-C stops the run and no output file is written.\n"
     "  help               This text.\n"
+    "\n"
+    "Load answers:\n"
+    "  --dataset=linear|osc|srgb\n"
+    "                     \"Type of dataset?\" (default linear). osc: linear, from a colour camera\n"
+    "                     with a Bayer matrix, not white balanced, which balances the colour: the\n"
+    "                     channels' sky backgrounds are matched and the stars and object together\n"
+    "                     made white. srgb: non-linear sRGB source.\n"
+    "  --reverse=yes|no   Reverse the sRGB stretch of a JPEG, or of data answered srgb (default no).\n"
+    "  --gaps=interpolate|keep\n"
+    "                     Transparent pixels: neutral placeholders, or their values as they are\n"
+    "                     (default keep).\n"
+    "\n"
+    "Steps (values are the modules' own slider positions, so a processing log can be replayed):\n";
+
+constexpr const char* kHelpTail =
     "\n"
     "Formats read: FITS, uncompressed TIFF, PNG, baseline JPEG, 24/32-bit BMP and raw sensor frames\n"
     "recognised by their file size. Steps are logged to Pellucida.log (beside the program when its\n"
     "folder is writable, else in $XDG_STATE_HOME/pellucida).\n"
     "\n"
     "Exit status: 0 success, 1 unreadable input or failed write, 2 wrong usage, 130 cancelled.\n";
+
+std::string Help() {
+    return kHelpHead + Pipeline_Help() + kHelpTail;
+}
 
 std::atomic<bool> g_cancelled{false};
 
@@ -69,7 +76,7 @@ void OnInterrupt(int) {
 }
 
 int Usage(const char* why) {
-    std::fprintf(stderr, "pellucida-cli: %s\n\n%s", why, kHelp);
+    std::fprintf(stderr, "pellucida-cli: %s\n\n%s", why, Help().c_str());
     return 2;
 }
 
@@ -106,20 +113,49 @@ void PrintProgress(void* context, const char* stage, int percent) {
     std::fflush(stdout);
 }
 
-int Process(const char* in, const char* out, const std::vector<PipelineStep>& steps, DatasetAnswer dataset) {
+// The command line's answers to the load questions.
+struct LoadChoices {
+    DatasetAnswer dataset = DatasetAnswer::kLinear;
+    bool reverse = false;
+    bool interpolateGaps = false;
+};
+
+void AnswerLoadQuestions(ImageBuffer* image, const LoadInfo& info, const LoadChoices& choices) {
+    LoadAnswers answers;
+    LoadQuestion question;
+    while (File_NextLoadQuestion(info, answers, &question)) {
+        int button = 0;
+        switch (question.id) {
+            case LoadQuestionId::kDataGaps:
+                button = choices.interpolateGaps ? 0 : 1;
+                break;
+            case LoadQuestionId::kArtefacts:
+                std::fprintf(stderr, "%s: %s\n", question.title, question.text);
+                break;
+            case LoadQuestionId::kDataset:
+                button = File_DatasetButton(choices.dataset, info.grey);
+                break;
+            case LoadQuestionId::kReverseStretch:
+            case LoadQuestionId::kReverseSrgb:
+                button = choices.reverse ? 0 : 1;
+                break;
+        }
+        File_AnswerLoadQuestion(&answers, question.id, button);
+    }
+    File_ApplyLoadAnswers(image, info, answers);
+}
+
+int Process(const char* in, const char* out, const std::vector<PipelineStep>& steps,
+            const LoadChoices& choices) {
     LoadInfo info;
-    ImageBuffer* loaded = File_LoadImageData(nullptr, in, &info);
+    ImageBuffer* loaded = File_LoadImageData(in, &info);
     if (!loaded) {
         ReportUnreadable(in);
         return 1;
     }
     ImageBuffer* image = loaded;
     ImageBuffer* mask = nullptr;  // the batch has no mask
-    // The batch answers the load flow's questions: transparent values are used
-    // as they are, and the dataset type comes from --dataset.
-    if (info.artefacts) std::fprintf(stderr, "%s: %s\n", kArtefactsTitle, kArtefactsText);
-    if (info.reader != FileReaderKind::kJpeg) File_ApplyDatasetAnswer(image, dataset, info.grey);
-    File_LogImageSize(image);
+    AnswerLoadQuestions(image, info, choices);
 
     std::string lastProgress;
     KernelControl control;
@@ -149,7 +185,7 @@ int Process(const char* in, const char* out, const std::vector<PipelineStep>& st
         written = Npy_Write(result.get(), out) != 0;
         Shell_Logf("File saved [%s].\n", out);
     } else {
-        written = File_SaveImageAs(nullptr, out, result.get());
+        written = File_SaveImageAs(out, result.get());
     }
     if (!written) {
         std::fprintf(
@@ -165,7 +201,7 @@ int Process(const char* in, const char* out, const std::vector<PipelineStep>& st
 int ProcessCommand(int argc, char** argv) {
     const char* in = nullptr;
     const char* out = nullptr;
-    DatasetAnswer dataset = DatasetAnswer::kLinear;
+    LoadChoices choices;
     std::vector<PipelineStep> steps;
     for (int i = 0; i < argc; ++i) {
         std::string arg = argv[i];
@@ -177,14 +213,18 @@ int ProcessCommand(int argc, char** argv) {
         } else if (arg.rfind("--dataset=", 0) == 0) {
             std::string v = arg.substr(10);
             if (v == "linear") {
-                dataset = DatasetAnswer::kLinear;
+                choices.dataset = DatasetAnswer::kLinear;
             } else if (v == "osc") {
-                dataset = DatasetAnswer::kLinearOsc;
+                choices.dataset = DatasetAnswer::kLinearOsc;
             } else if (v == "srgb") {
-                dataset = DatasetAnswer::kNonLinearSrgb;
+                choices.dataset = DatasetAnswer::kNonLinearSrgb;
             } else {
                 return Usage(("unknown dataset \"" + v + "\" (linear, osc or srgb)").c_str());
             }
+        } else if (arg == "--reverse=yes" || arg == "--reverse=no") {
+            choices.reverse = arg == "--reverse=yes";
+        } else if (arg == "--gaps=interpolate" || arg == "--gaps=keep") {
+            choices.interpolateGaps = arg == "--gaps=interpolate";
         } else if (arg.rfind("--", 0) == 0) {
             PipelineStep step;
             std::string error;
@@ -197,7 +237,7 @@ int ProcessCommand(int argc, char** argv) {
         }
     }
     if (!in || !out) return Usage("process needs IN and -o OUT");
-    return Process(in, out, steps, dataset);
+    return Process(in, out, steps, choices);
 }
 
 }  // namespace
@@ -211,7 +251,7 @@ int Cli_Run(int argc, char** argv) {
     if (argc < 2) return Usage("no command given");
     std::string command = argv[1];
     if (command == "help" || command == "--help" || command == "-h") {
-        std::fputs(kHelp, stdout);
+        std::fputs(Help().c_str(), stdout);
         return 0;
     }
     if (command == "info") {
@@ -220,7 +260,7 @@ int Cli_Run(int argc, char** argv) {
     }
     if (command == "convert") {
         if (argc != 4) return Usage("convert needs IN and OUT");
-        return Process(argv[2], argv[3], {}, DatasetAnswer::kLinear);
+        return Process(argv[2], argv[3], {}, LoadChoices{});
     }
     if (command == "process") {
         return ProcessCommand(argc - 2, argv + 2);

@@ -9,7 +9,7 @@
 #include "Bench_SkyPlanes.h"
 
 #include "image/Image.h"
-#include "modules/autodev/AutoDev_Kernel.h"
+#include "modules/autodev/AutoDev_Params.h"
 #include "modules/bin/Bin_Kernel.h"
 #include "modules/bin/Bin_Params.h"
 #include "modules/common/GaussianBlur.h"
@@ -68,7 +68,8 @@ void BM_AutoDev_Defaults(benchmark::State& state) {
     const double residentBefore = CurrentResidentMiB();
     const double cpuStart = ProcessCpuSeconds();
     for (auto _ : state) {
-        ImagePtr out(AutoDev_Run(&sky, AutoDevParams{}, mono, nullptr));
+        ImagePtr out(
+            AutoDev_Run(&sky, AutoDev_Settings(AutoDevParams{}, sky.width, sky.height, mono), nullptr));
         benchmark::DoNotOptimize(out.get());
     }
     ReportCpu(state, cpuStart);
@@ -77,7 +78,7 @@ void BM_AutoDev_Defaults(benchmark::State& state) {
     state.counters["peak_MiB"] = PeakResidentMiB();
     state.counters["peak_over_input_x"] = (PeakResidentMiB() - residentBefore) / ImageMiB(sky);
 }
-BENCHMARK(BM_AutoDev_Defaults)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARKBM_AutoDev_Defaults->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void BM_AutoDev_InPlace(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
@@ -90,15 +91,17 @@ void BM_AutoDev_InPlace(benchmark::State& state) {
             std::copy(from, from + int64_t{sky.width} * sky.height, p);
         }
         state.ResumeTiming();
-        benchmark::DoNotOptimize(AutoDev_RunInto(work.get(), work.get(), AutoDevParams{}, false, nullptr));
+        benchmark::DoNotOptimize(
+            AutoDev_RunInto(work.get(), work.get(),
+                            AutoDev_Settings(AutoDevParams{}, work->width, work->height, false), nullptr));
     }
     ReportCpu(state, cpuStart);
 }
-BENCHMARK(BM_AutoDev_InPlace)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARKBM_AutoDev_InPlace->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void BM_Bin(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
-    const double s = Bin_Scale(BinParams{static_cast<int32_t>(state.range(0))});
+    const double s = Bin_Settings(BinParams{static_cast<int32_t>(state.range(0))}).scale;
     ImagePtr(BinImage(&sky, s, nullptr)).reset();
     const double cpuStart = ProcessCpuSeconds();
     for (auto _ : state) {
@@ -107,11 +110,11 @@ void BM_Bin(benchmark::State& state) {
     }
     ReportCpu(state, cpuStart);
 }
-BENCHMARK(BM_Bin)->Arg(5000)->Arg(7071)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARKBM_Bin->Arg(5000)->Arg(7071)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void BM_Rotate(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
-    const double degrees = Rotate_Degrees(RotateParams{static_cast<int32_t>(state.range(0))});
+    const double degrees = Rotate_Settings(RotateParams{static_cast<int32_t>(state.range(0))}).degrees;
     ImagePtr(RotateImage(&sky, degrees, nullptr)).reset();
     const double cpuStart = ProcessCpuSeconds();
     for (auto _ : state) {
@@ -120,7 +123,7 @@ void BM_Rotate(benchmark::State& state) {
     }
     ReportCpu(state, cpuStart);
 }
-BENCHMARK(BM_Rotate)->Arg(100)->Arg(900)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARKBM_Rotate->Arg(100)->Arg(900)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 // The three planes into an existing image, as Bin's prefilter does.
 void BM_GaussianBlur_R2(benchmark::State& state) {
@@ -135,6 +138,6 @@ void BM_GaussianBlur_R2(benchmark::State& state) {
     }
     ReportCpu(state, cpuStart);
 }
-BENCHMARK(BM_GaussianBlur_R2)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARKBM_GaussianBlur_R2->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 }  // namespace

@@ -1,29 +1,20 @@
-// Parsing and running of the batch processing steps.
+// Parsing, running and describing the batch processing steps.
 #include "modules/Pipeline.h"
 
 #include "image/Image.h"
-#include "modules/autodev/AutoDev_Kernel.h"
-#include "modules/bin/Bin_Kernel.h"
-#include "modules/crop/Crop_Kernel.h"
-#include "modules/rotate/Rotate_Kernel.h"
+#include "modules/Module_List.h"
 
+#include <cctype>
 #include <charconv>
 #include <string_view>
 #include <vector>
 
 namespace {
 
-constexpr std::string_view kOptionAutoDev = "--autodev";
-constexpr std::string_view kOptionBin = "--bin=";
-constexpr std::string_view kOptionRotate = "--rotate=";
-constexpr std::string_view kOptionCrop = "--crop=";
-constexpr std::string_view kOptionFlip = "--flip=";
-
 constexpr const char* kErrorUnknownStep = "unknown processing step: ";
 constexpr const char* kErrorValue = "invalid value in ";
 constexpr const char* kErrorRange = "value out of range in ";
-constexpr const char* kErrorAutoDevKey = "unknown --autodev setting: ";
-constexpr const char* kErrorFlip = "--flip takes h or v";
+constexpr const char* kErrorKey = "unknown setting: ";
 
 bool Fail(std::string* error, const char* reason, std::string_view what) {
     if (error) {
@@ -31,20 +22,6 @@ bool Fail(std::string* error, const char* reason, std::string_view what) {
         error->append(what);
     }
     return false;
-}
-
-bool ParseInt(std::string_view text, int32_t* value) {
-    if (text.empty()) return false;
-    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), *value);
-    return ec == std::errc() && end == text.data() + text.size();
-}
-
-// An integer within the parameter's fixed range.
-bool ParseParam(std::string_view text, const ModuleParam& param, int32_t* value, std::string_view option,
-                std::string* error) {
-    if (!ParseInt(text, value)) return Fail(error, kErrorValue, option);
-    if (*value < param.minimum || *value > param.maximum) return Fail(error, kErrorRange, option);
-    return true;
 }
 
 std::vector<std::string_view> Split(std::string_view text, char separator) {
@@ -59,92 +36,145 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
     }
 }
 
-// X0:Y0:X1:Y1, each a non-negative integer.
-bool ParseCorners(std::string_view text, int32_t corners[4], std::string_view option, std::string* error) {
-    const std::vector<std::string_view> parts = Split(text, ':');
-    if (parts.size() != 4) return Fail(error, kErrorValue, option);
-    for (int i = 0; i < 4; ++i)
-        if (!ParseInt(parts[size_t(i)], &corners[i]) || corners[i] < 0)
-            return Fail(error, kErrorValue, option);
+std::string Option(const ModuleDef& module) {
+    return std::string("--") + module.option;
+}
+
+// The module whose option `option` is, with its value part (empty for none).
+const ModuleDef* Match(std::string_view option, std::string_view* values, bool* hasValues) {
+    for (const ModuleDef* module : Module_List()) {
+        const std::string name = Option(*module);
+        if (option == name) {
+            *hasValues = false;
+            return module;
+        }
+        if (!module->params.empty() && option.starts_with(name) && option.size() > name.size() &&
+            option[name.size()] == '=') {
+            *values = option.substr(name.size() + 1);
+            *hasValues = true;
+            return module;
+        }
+    }
+    return nullptr;
+}
+
+bool SetRow(const ModuleParam& row, std::string_view text, void* params, std::string_view option,
+            std::string* error) {
+    int64_t value = 0;
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (text.empty() || ec != std::errc() || end != text.data() + text.size())
+        return Fail(error, kErrorValue, option);
+    if (!ModuleParams_Accepts(row, value)) return Fail(error, kErrorRange, option);
+    ModuleParams_Set(row, params, int32_t(value));
     return true;
 }
 
-bool ParseAutoDev(std::string_view list, AutoDevParams* p, std::string_view option, std::string* error) {
-    const std::span<const ModuleParam> table = AutoDev_ParamTable();
-    for (std::string_view item : Split(list, ',')) {
+// Colon-separated values for the rows in order.
+bool SetRows(const std::vector<const ModuleParam*>& rows, std::string_view text, void* params,
+             std::string_view option, std::string* error) {
+    const std::vector<std::string_view> parts = Split(text, ':');
+    if (parts.size() != rows.size()) return Fail(error, kErrorValue, option);
+    for (size_t i = 0; i < rows.size(); ++i)
+        if (!SetRow(*rows[i], parts[i], params, option, error)) return false;
+    return true;
+}
+
+std::vector<const ModuleParam*> Group(const ModuleDef& module, std::string_view group) {
+    std::vector<const ModuleParam*> rows;
+    for (const ModuleParam& row : module.params)
+        if (row.group && group == row.group) rows.push_back(&row);
+    return rows;
+}
+
+std::vector<const ModuleParam*> AllRows(const ModuleDef& module) {
+    std::vector<const ModuleParam*> rows;
+    for (const ModuleParam& row : module.params) rows.push_back(&row);
+    return rows;
+}
+
+bool ParseValues(const ModuleDef& module, std::string_view values, void* params, std::string_view option,
+                 std::string* error) {
+    if (values.find('=') == std::string_view::npos)
+        return SetRows(AllRows(module), values, params, option, error);
+    for (std::string_view item : Split(values, ',')) {
         const size_t eq = item.find('=');
-        if (eq == std::string_view::npos) return Fail(error, kErrorAutoDevKey, item);
+        if (eq == std::string_view::npos) return Fail(error, kErrorKey, item);
         const std::string_view key = item.substr(0, eq), value = item.substr(eq + 1);
-        if (key == "roi") {
-            int32_t c[4];
-            if (!ParseCorners(value, c, option, error)) return false;
-            p->roiX0 = c[0];
-            p->roiY0 = c[1];
-            p->roiX1 = c[2];
-            p->roiY1 = c[3];
+        const ModuleParam* row = nullptr;
+        for (const ModuleParam& r : module.params)
+            if (key == r.key) row = &r;
+        if (row) {
+            if (!SetRow(*row, value, params, option, error)) return false;
             continue;
         }
-        int32_t* field = key == table[0].name   ? &p->blur
-                         : key == table[1].name ? &p->outside
-                         : key == table[6].name ? &p->curve
-                         : key == table[7].name ? &p->tone
-                                                : nullptr;
-        if (!field) return Fail(error, kErrorAutoDevKey, key);
-        const ModuleParam& param = field == &p->blur      ? table[0]
-                                   : field == &p->outside ? table[1]
-                                   : field == &p->curve   ? table[6]
-                                                          : table[7];
-        if (!ParseParam(value, param, field, option, error)) return false;
+        const std::vector<const ModuleParam*> group = Group(module, key);
+        if (group.empty()) return Fail(error, kErrorKey, key);
+        if (!SetRows(group, value, params, option, error)) return false;
     }
     return true;
 }
 
-void Replace(ImageBuffer** slot, ImageBuffer* image) {
-    Image_Free(*slot);
-    *slot = image;
+std::string Upper(std::string_view text) {
+    std::string out(text);
+    for (char& c : out) c = char(std::toupper(static_cast<unsigned char>(c)));
+    return out;
+}
+
+std::string Range(const ModuleParam& row, const ModuleDef& module) {
+    if (row.extent != ParamExtent::Fixed) return row.extent == ParamExtent::Width ? "a column" : "a row";
+    const ModuleParamsBuffer defaults = Module_DefaultParams(module);
+    return std::to_string(row.minimum) + ".." + std::to_string(row.maximum) + ", default " +
+           std::to_string(ModuleParams_Get(row, defaults.bytes));
+}
+
+// "X0:Y0:X1:Y1" for the rows of a group.
+std::string Placeholders(const std::vector<const ModuleParam*>& rows) {
+    std::string text;
+    for (const ModuleParam* row : rows) text += (text.empty() ? "" : ":") + Upper(row->key);
+    return text;
+}
+
+// "  HEAD   text", the text wrapped to the help's width in the second column.
+void AppendEntry(std::string* help, const std::string& head, const std::string& text) {
+    constexpr size_t kColumn = 21, kWidth = 100;
+    std::string line = "  " + head;
+    if (line.size() + 1 > kColumn) {
+        *help += line + "\n";
+        line.clear();
+    }
+    line.resize(kColumn, ' ');
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = text.size();
+        if (kColumn + (end - start) > kWidth) {
+            end = text.rfind(' ', start + (kWidth - kColumn));
+            if (end == std::string::npos || end <= start) end = text.find(' ', start + 1);
+            if (end == std::string::npos) end = text.size();
+        }
+        line += text.substr(start, end - start);
+        *help += line + "\n";
+        line.assign(kColumn, ' ');
+        start = end < text.size() ? end + 1 : end;
+    }
 }
 
 }  // namespace
 
 bool Pipeline_IsStepOption(const std::string& option) {
-    const std::string_view o = option;
-    return o == kOptionAutoDev || o.starts_with(std::string(kOptionAutoDev) + "=") ||
-           o.starts_with(kOptionBin) || o.starts_with(kOptionRotate) || o.starts_with(kOptionCrop) ||
-           o.starts_with(kOptionFlip);
+    std::string_view values;
+    bool hasValues = false;
+    return Match(option, &values, &hasValues) != nullptr;
 }
 
 bool Pipeline_ParseStep(const std::string& option, PipelineStep* step, std::string* error) {
-    const std::string_view o = option;
+    std::string_view values;
+    bool hasValues = false;
+    const ModuleDef* module = Match(option, &values, &hasValues);
+    if (!module) return Fail(error, kErrorUnknownStep, option);
     PipelineStep s;
-    if (o == kOptionAutoDev || o.starts_with(std::string(kOptionAutoDev) + "=")) {
-        s.kind = PipelineStepKind::AutoDev;
-        if (o.size() > kOptionAutoDev.size() &&
-            !ParseAutoDev(o.substr(kOptionAutoDev.size() + 1), &s.autodev, o, error))
-            return false;
-    } else if (o.starts_with(kOptionBin)) {
-        s.kind = PipelineStepKind::Bin;
-        if (!ParseParam(o.substr(kOptionBin.size()), Bin_ParamTable()[0], &s.bin.scale, o, error))
-            return false;
-    } else if (o.starts_with(kOptionRotate)) {
-        s.kind = PipelineStepKind::Rotate;
-        if (!ParseParam(o.substr(kOptionRotate.size()), Rotate_ParamTable()[0], &s.rotate.angle, o, error))
-            return false;
-    } else if (o.starts_with(kOptionCrop)) {
-        s.kind = PipelineStepKind::Crop;
-        int32_t c[4];
-        if (!ParseCorners(o.substr(kOptionCrop.size()), c, o, error)) return false;
-        s.crop = {c[0], c[1], c[2], c[3]};
-    } else if (o.starts_with(kOptionFlip)) {
-        const std::string_view v = o.substr(kOptionFlip.size());
-        if (v == "h")
-            s.kind = PipelineStepKind::FlipHorizontal;
-        else if (v == "v")
-            s.kind = PipelineStepKind::FlipVertical;
-        else
-            return Fail(error, kErrorFlip, "");
-    } else {
-        return Fail(error, kErrorUnknownStep, o);
-    }
+    s.module = module;
+    s.params = Module_DefaultParams(*module);
+    if (hasValues && !ParseValues(*module, values, s.params.bytes, option, error)) return false;
     *step = s;
     return true;
 }
@@ -152,68 +182,55 @@ bool Pipeline_ParseStep(const std::string& option, PipelineStep* step, std::stri
 bool Pipeline_RunStep(const PipelineStep& step, ImageBuffer** image, ImageBuffer** mask,
                       const KernelControl* control, std::string* logBlock) {
     if (logBlock) logBlock->clear();
-    if (!image || !*image) return false;
-    ImageBuffer* img = *image;
-    const int32_t width = img->width, height = img->height;
-    std::string log;
-    switch (step.kind) {
-        case PipelineStepKind::AutoDev: {
-            const bool mono = AutoDev_IsMonochrome(img);
-            if (!AutoDev_RunInto(img, img, step.autodev, mono, control)) return false;
-            log = AutoDev_LogBlock(step.autodev, width, height);
-            break;
-        }
-        case PipelineStepKind::Bin: {
-            const double s = Bin_Scale(step.bin);
-            ImagePtr binned(BinImage(img, s, control));
-            if (!binned) {
-                if (KernelControl_Cancelled(control)) return false;
-                break;  // no result: the image stays as it was
-            }
-            ImagePtr binnedMask;
-            if (mask && *mask) {
-                binnedMask.reset(BinImage(*mask, s, control));
-                if (!binnedMask) return false;
-            }
-            Replace(image, binned.release());
-            if (binnedMask) Replace(mask, binnedMask.release());
-            log = Bin_LogBlock(step.bin);
-            break;
-        }
-        case PipelineStepKind::Rotate: {
-            const double degrees = Rotate_Degrees(step.rotate);
-            ImagePtr rotated(RotateImage(img, degrees, control));
-            if (!rotated) return false;
-            ImagePtr rotatedMask;
-            if (mask && *mask) {
-                rotatedMask.reset(RotateImage(*mask, degrees, control));
-                if (!rotatedMask) return false;
-            }
-            Replace(image, rotated.release());
-            if (rotatedMask) Replace(mask, rotatedMask.release());
-            log = Rotate_LogBlock(step.rotate);
-            break;
-        }
-        case PipelineStepKind::Crop: {
-            const CropRect rect = Crop_Resolve(step.crop, width, height);
-            ImagePtr cropped(Crop_Image(img, rect));
-            if (!cropped) break;  // a zero-length side crops nothing
-            ImagePtr croppedMask;
-            if (mask && *mask) croppedMask.reset(Crop_Image(*mask, rect));
-            Replace(image, cropped.release());
-            if (croppedMask) Replace(mask, croppedMask.release());
-            log = Crop_LogBlock(step.crop, width, height);
-            break;
-        }
-        case PipelineStepKind::FlipHorizontal:
-            Crop_FlipHorizontal(img);
-            if (mask && *mask) Crop_FlipHorizontal(*mask);
-            break;
-        case PipelineStepKind::FlipVertical:
-            Crop_FlipVertical(img);
-            if (mask && *mask) Crop_FlipVertical(*mask);
+    if (!step.module || !image || !*image) return false;
+    const int32_t width = (*image)->width, height = (*image)->height;
+    switch (Module_Run(*step.module, step.params.bytes, image, mask, control)) {
+        case ModuleRunStatus::kCancelled:
+            return false;
+        case ModuleRunStatus::kNoResult:
+            return true;
+        case ModuleRunStatus::kDone:
             break;
     }
-    if (logBlock) *logBlock = log;
+    if (logBlock) *logBlock = Module_LogBlock(*step.module, step.params.bytes, width, height);
     return true;
+}
+
+std::string Pipeline_Help() {
+    std::string help;
+    for (const ModuleDef* module : Module_List()) {
+        const ModuleDef& m = *module;
+        const std::vector<const ModuleParam*> rows = AllRows(m);
+        const bool oneGroup =
+            !rows.empty() && rows.front()->group && Group(m, rows.front()->group).size() == rows.size();
+        if (rows.empty()) {
+            AppendEntry(&help, Option(m), m.summary);
+        } else if (rows.size() == 1) {
+            AppendEntry(&help, Option(m) + "=V",
+                        std::string(m.summary) + " (" + rows[0]->caption + ", " + Range(*rows[0], m) + ")");
+        } else if (oneGroup) {
+            AppendEntry(&help, Option(m) + "=" + Placeholders(rows), m.summary);
+        } else {
+            AppendEntry(&help, Option(m) + "[=LIST]", std::string(m.summary) + "; LIST is KEY=V,...:");
+            std::vector<std::string> groupsDone;
+            for (const ModuleParam* row : rows) {
+                if (!row->group) {
+                    AppendEntry(&help, "  " + std::string(row->key) + "=V",
+                                std::string(row->caption) + ", " + Range(*row, m));
+                    continue;
+                }
+                bool done = false;
+                for (const std::string& g : groupsDone) done |= g == row->group;
+                if (done) continue;
+                groupsDone.push_back(row->group);
+                const std::vector<const ModuleParam*> group = Group(m, row->group);
+                std::string captions;
+                for (const ModuleParam* r : group)
+                    captions += (captions.empty() ? "" : ", ") + std::string(r->caption);
+                AppendEntry(&help, "  " + std::string(row->group) + "=" + Placeholders(group),
+                            captions + " (whole image)");
+            }
+        }
+    }
+    return help;
 }

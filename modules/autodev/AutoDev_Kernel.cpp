@@ -28,9 +28,6 @@
 namespace {
 
 constexpr const char* kStageAutoDev = "AutoDev";
-constexpr double kBlurStep = 0.05;
-constexpr double kBlurBase = 0.5;
-constexpr double kPercent = 0.01;
 constexpr double kDetailExponent = 1 / 2.2;
 
 bool RowStop(const KernelControl* control, std::atomic<bool>* stopped, int32_t row) {
@@ -260,25 +257,6 @@ void OutputWorker(OutputJob* j) {
 
 }  // namespace
 
-AutoDevSettings AutoDev_Settings(const AutoDevParams& params, int32_t width, int32_t height) {
-    int32_t v[8];
-    AutoDev_ParamValues(params, width, height, v);
-    const AutoDevParams p = AutoDev_ParamsFromValues(v);
-    AutoDevSettings s;
-    s.p1 = p.blur * kBlurStep + kBlurBase;
-    s.p2 = p.curve * kPercent;
-    s.p3 = p.tone * kPercent;
-    s.p4 = p.outside * kPercent;
-    s.roiX = std::min(p.roiX0, p.roiX1);
-    s.roiY = std::min(p.roiY0, p.roiY1);
-    s.roiWidth = std::max(p.roiX0, p.roiX1) - s.roiX;
-    s.roiHeight = std::max(p.roiY0, p.roiY1) - s.roiY;
-    const int64_t roiArea = int64_t{s.roiWidth} * s.roiHeight;
-    if (roiArea != 0)
-        s.p4 = s.p4 * (static_cast<double>(roiArea) / static_cast<double>(int64_t{width} * height));
-    return s;
-}
-
 bool AutoDev_IsMonochrome(const ImageBuffer* image) {
     if (!image) return true;
     const int64_t threshold = image->bitDepth >= 8 ? int64_t{1} << (image->bitDepth - 8) : 1;
@@ -295,13 +273,12 @@ bool AutoDev_IsMonochrome(const ImageBuffer* image) {
     return true;
 }
 
-bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const AutoDevParams& params,
-                     bool monochrome, const KernelControl* control) {
+bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const AutoDevSettings& settings,
+                     const KernelControl* control) {
     if (!source || !destination || source->width <= 0 || source->height <= 0) return false;
     if (destination->width != source->width || destination->height != source->height) return false;
     const int32_t width = source->width, height = source->height;
     const int64_t pixels = int64_t{width} * height;
-    const AutoDevSettings settings = AutoDev_Settings(params, width, height);
     std::atomic<bool> stopped{false};
 
     KernelControl_Report(control, kStageAutoDev, 0);
@@ -364,12 +341,13 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
     destination->bitDepth = source->bitDepth;
     destination->maxValue = source->maxValue;
     destination->mono = source->mono;
-    Host_RunWorkers(OutputJob{source, destination, lum.get(), map.get(), monochrome, 0, 1}, &OutputWorker);
+    Host_RunWorkers(OutputJob{source, destination, lum.get(), map.get(), settings.monochrome, 0, 1},
+                    &OutputWorker);
     KernelControl_Report(control, kStageAutoDev, 100);
     return true;
 }
 
-ImageBuffer* AutoDev_Run(const ImageBuffer* source, const AutoDevParams& params, bool monochrome,
+ImageBuffer* AutoDev_Run(const ImageBuffer* source, const AutoDevSettings& settings,
                          const KernelControl* control) {
     if (!source) return nullptr;
     ImagePtr result(Image_Create(source->width, source->height));
@@ -378,7 +356,7 @@ ImageBuffer* AutoDev_Run(const ImageBuffer* source, const AutoDevParams& params,
         std::memcpy(result->attachment, source->attachment, source->attachmentSize);
         result->attachmentSize = source->attachmentSize;
     }
-    if (!AutoDev_RunInto(source, result.get(), params, monochrome, control)) return nullptr;
+    if (!AutoDev_RunInto(source, result.get(), settings, control)) return nullptr;
     return result.release();
 }
 

@@ -5,13 +5,13 @@
 #pragma once
 
 #include "host/KernelControl.h"
-#include "modules/autodev/AutoDev_Params.h"
 
 #include <cstdint>
 
 struct ImageBuffer;
 
-// Kernel parameters derived from the setter positions for an image size.
+// The kernel's settings (modules/autodev/AutoDev_Params.h derives them from
+// the setter positions for an image size).
 struct AutoDevSettings {
     double p1 = 0.5;                      // blur half-width
     double p2 = 1.0;                      // curve exponent
@@ -19,9 +19,8 @@ struct AutoDevSettings {
     double p4 = 0.15;                     // weight outside the RoI, scaled by the RoI's share of the image
     int32_t roiX = 0, roiY = 0;           // lower corner
     int32_t roiWidth = 0, roiHeight = 0;  // max - min of the corner pairs
+    bool monochrome = false;              // the result stays grey
 };
-
-AutoDevSettings AutoDev_Settings(const AutoDevParams& params, int32_t width, int32_t height);
 
 // True when no pixel has two channels 2^(bitDepth - 8) or more apart.
 bool AutoDev_IsMonochrome(const ImageBuffer* image);
@@ -30,14 +29,14 @@ bool AutoDev_IsMonochrome(const ImageBuffer* image);
 // as a new image of the same size and depth; a monochrome image stays grey,
 // otherwise the colour of the clamped source is given back to the stretched
 // luminance. Returns null when cancelled.
-ImageBuffer* AutoDev_Run(const ImageBuffer* source, const AutoDevParams& params, bool monochrome,
+ImageBuffer* AutoDev_Run(const ImageBuffer* source, const AutoDevSettings& settings,
                          const KernelControl* control);
 
 // The same into an existing image of the source's size, which may be the source
 // itself (the batch pipeline stretches in place). Returns false when cancelled
 // before the result was written; the destination is then untouched.
-bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const AutoDevParams& params,
-                     bool monochrome, const KernelControl* control);
+bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const AutoDevSettings& settings,
+                     const KernelControl* control);
 
 // Display-only shading of a preview: pixels outside the RoI are lightened,
 // v := (3 * v + max) / 4.

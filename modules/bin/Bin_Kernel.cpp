@@ -255,3 +255,7 @@ ImageBuffer* BinImage(const ImageBuffer* image, double s, const KernelControl* c
     if (result) KernelControl_Report(control, kStageBin, 100);
     return result;
 }
+
+ImageBuffer* Bin_Run(const ImageBuffer* image, const BinSettings& settings, const KernelControl* control) {
+    return BinImage(image, settings.scale, control);
+}

@@ -11,6 +11,10 @@
 
 struct ImageBuffer;
 
+struct BinSettings {
+    double scale = 0.5;  // s: the output is trunc(W * s) x trunc(H * s)
+};
+
 // Output size trunc(W * s) x trunc(H * s).
 void Bin_OutputSize(int32_t width, int32_t height, double s, int32_t* outWidth, int32_t* outHeight);
 
@@ -24,3 +28,5 @@ bool Bin_IsBoxPath(double s);
 // New image, or null when s <= 0, the output would be empty, or the run was
 // cancelled (tested once per output row).
 ImageBuffer* BinImage(const ImageBuffer* image, double s, const KernelControl* control);
+// The module's entry: BinImage with the settings' scale.
+ImageBuffer* Bin_Run(const ImageBuffer* image, const BinSettings& settings, const KernelControl* control);

@@ -3,7 +3,11 @@
 // integer divisions stay integer.
 #include "modules/common/ValueLabel_Format.h"
 
+#include <cctype>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <vector>
 
 namespace {
 
@@ -169,4 +173,102 @@ std::string ValueLabel_Text(ValueLabelKind kind, const ValueLabelInput& input) {
     char text[kValueLabelCapacity];
     const size_t length = ValueLabel_Format(kind, input, text, sizeof text);
     return std::string(text, length);
+}
+
+namespace {
+
+// Every number in the text, in order; a minus sign right before a digit belongs to it.
+std::vector<double> Numbers(std::string_view text) {
+    std::vector<double> numbers;
+    const std::string copy(text);
+    const char* p = copy.c_str();
+    while (*p) {
+        const bool negative = *p == '-' && std::isdigit(static_cast<unsigned char>(p[1]));
+        if (std::isdigit(static_cast<unsigned char>(*p)) || negative) {
+            char* end = nullptr;
+            numbers.push_back(std::strtod(p, &end));
+            p = end;
+        } else {
+            ++p;
+        }
+    }
+    return numbers;
+}
+
+int64_t Steps(double value, double step) {
+    return std::llround(value / step);
+}
+
+}  // namespace
+
+bool ValueLabel_Guess(ValueLabelKind kind, std::string_view text, uint32_t maximum, int32_t extentW,
+                      int32_t extentH, int64_t* position) {
+    const int64_t mid = maximum / 2;
+    if (kind == ValueLabelKind::ShadowHighlight && text == kTextBalanced) return *position = mid, true;
+    const std::vector<double> n = Numbers(text);
+    if (n.empty()) return false;
+    const double first = n[0];
+    int64_t v = 0;
+    switch (kind) {
+        case ValueLabelKind::Plain:
+        case ValueLabelKind::Pixels:
+        case ValueLabelKind::Percent:
+            v = Steps(first, 1);
+            break;
+        case ValueLabelKind::PlainPlusOne:
+        case ValueLabelKind::PixelsPlusOne:
+        case ValueLabelKind::PixelsAndRestX:
+        case ValueLabelKind::PixelsAndRestY:
+        case ValueLabelKind::FieldOfView:
+            v = Steps(first, 1) - 1;
+            break;
+        case ValueLabelKind::PixelsFromCentreX:
+            v = Steps(first, 1) + extentW / 2;
+            break;
+        case ValueLabelKind::PixelsFromCentreY:
+            v = Steps(first, 1) + extentH / 2;
+            break;
+        case ValueLabelKind::TenthPixelsFromOne:
+        case ValueLabelKind::TenthsFromOne:
+        case ValueLabelKind::TenthsFromOneFine:
+            v = Steps(first, 0.1) - 10;
+            break;
+        case ValueLabelKind::SignedPixels:
+            v = (Steps(first, 0.05) + int64_t{maximum}) / 2;
+            break;
+        case ValueLabelKind::Tenths:
+            v = Steps(first, 0.1);
+            break;
+        case ValueLabelKind::Hundredths:
+        case ValueLabelKind::NoiseDetail:
+        case ValueLabelKind::DenoiseScale:  // its first figure is the position in hundredths
+            v = Steps(first, 0.01);
+            break;
+        case ValueLabelKind::HundredthsFromOne:
+            v = Steps(first, 0.01) - 100;
+            break;
+        case ValueLabelKind::SignedPercent:
+            v = Steps(first, 0.01) + 10000;
+            break;
+        case ValueLabelKind::PercentSplit:
+            v = int64_t{maximum} - Steps(first, 1);
+            break;
+        case ValueLabelKind::SquareSize:
+            v = std::llround(std::log2(std::max(first, 1.0))) - int64_t{kSquareBaseExponent};
+            break;
+        case ValueLabelKind::Minutes:
+            if (n.size() < 2) return false;
+            v = Steps(first, 1) * 60 + Steps(n[1], 1);
+            break;
+        case ValueLabelKind::ShadowHighlight:
+            v = text.find("shadow") != std::string_view::npos ? mid - Steps(first, 1) / 2
+                                                              : mid + Steps(first, 1) / 2;
+            break;
+        case ValueLabelKind::ComputedPercent:
+        case ValueLabelKind::Millimetres:
+        case ValueLabelKind::MillimetresFine:
+            return false;
+    }
+    *position = v;
+    return true;
 }

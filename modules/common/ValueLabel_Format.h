@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 // One entry per member; the comment gives its format and what it prints.
 enum class ValueLabelKind : uint8_t {
@@ -58,3 +59,10 @@ inline constexpr size_t kValueLabelCapacity = 128;
 // Returns the length of the text.
 size_t ValueLabel_Format(ValueLabelKind kind, const ValueLabelInput& input, char* out, size_t size);
 std::string ValueLabel_Text(ValueLabelKind kind, const ValueLabelInput& input);
+
+// The position a member's text most likely came from, worked back from the
+// numbers it prints; false for members whose numbers a module computes. The
+// guess can be a step or two off where a format rounds: callers confirm it by
+// formatting again.
+bool ValueLabel_Guess(ValueLabelKind kind, std::string_view text, uint32_t maximum, int32_t extentW,
+                      int32_t extentH, int64_t* position);

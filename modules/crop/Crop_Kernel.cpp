@@ -1,4 +1,4 @@
-// Crop rectangle arithmetic, cut and mirrors.
+// Crop rectangle arithmetic and the cut.
 #include "modules/crop/Crop_Kernel.h"
 
 #include "image/Image.h"
@@ -95,24 +95,6 @@ ImageBuffer* Crop_Image(const ImageBuffer* image, const CropRect& rect) {
     return out;
 }
 
-void Crop_FlipHorizontal(ImageBuffer* image) {
-    if (!image) return;
-    for (int64_t* plane : {image->red, image->green, image->blue, image->alpha, image->aux}) {
-        if (!plane) continue;
-        for (int32_t y = 0; y < image->height; ++y) {
-            int64_t* row = plane + int64_t{y} * image->stride;
-            std::reverse(row, row + image->width);
-        }
-    }
-}
-
-void Crop_FlipVertical(ImageBuffer* image) {
-    if (!image) return;
-    for (int64_t* plane : {image->red, image->green, image->blue, image->alpha, image->aux}) {
-        if (!plane) continue;
-        for (int32_t y = 0, z = image->height - 1; y < z; ++y, --z)
-            std::swap_ranges(plane + int64_t{y} * image->stride,
-                             plane + int64_t{y} * image->stride + image->width,
-                             plane + int64_t{z} * image->stride);
-    }
+ImageBuffer* Crop_Run(const ImageBuffer* image, const CropSettings& settings, const KernelControl*) {
+    return Crop_Image(image, settings.rect);
 }

@@ -1,12 +1,22 @@
-// Crop: the aspect presets on the crop rectangle, the cut of image and mask,
-// and the left-right and top-bottom mirrors of the main form ("BtMH", "BtMV").
+// Crop: the aspect presets on the crop rectangle and the cut of image and mask.
 #pragma once
 
-#include "modules/crop/Crop_Params.h"
+#include "host/KernelControl.h"
 
 #include <cstdint>
 
 struct ImageBuffer;
+
+// Corners, both included.
+struct CropRect {
+    int32_t x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+};
+
+struct CropSettings {
+    CropRect rect;  // within the image
+};
+
+enum class AspectMode : uint8_t { Shrink, Grow };
 
 // Corners ordered so that x0 <= x1 and y0 <= y1.
 CropRect Crop_Order(const CropRect& rect);
@@ -21,7 +31,6 @@ CropRect ApplyAspect(const CropRect& rect, float ratio, AspectMode mode, int32_t
 // has zero length (nothing is cropped). Every plane present is cut, the
 // attachment comes along.
 ImageBuffer* Crop_Image(const ImageBuffer* image, const CropRect& rect);
-
-// Mirrors of every plane present, in place.
-void Crop_FlipHorizontal(ImageBuffer* image);
-void Crop_FlipVertical(ImageBuffer* image);
+// The module's entry: Crop_Image with the settings' rectangle. A cut copies
+// rows and is not worth cancelling.
+ImageBuffer* Crop_Run(const ImageBuffer* image, const CropSettings& settings, const KernelControl* control);

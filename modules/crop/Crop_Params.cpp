@@ -1,17 +1,17 @@
-// Crop's parameter table and aspect presets.
+// Crop's parameter rows and aspect presets.
 #include "modules/crop/Crop_Params.h"
 
 namespace {
 
-constexpr ModuleParam kTable[] = {
-    {"x0", ModuleParams_Id("LvS1"), 0, 0, ParamExtent::Width, 0, "X1", ValueLabelKind::Pixels, nullptr,
-     nullptr},
-    {"y0", ModuleParams_Id("LvS2"), 0, 0, ParamExtent::Height, 0, "Y1", ValueLabelKind::Pixels, nullptr,
-     nullptr},
-    {"x1", ModuleParams_Id("LvS3"), 0, 0, ParamExtent::Width, -1, "X2", ValueLabelKind::PixelsAndRestX,
-     nullptr, nullptr},
-    {"y1", ModuleParams_Id("LvS4"), 0, 0, ParamExtent::Height, -1, "Y2", ValueLabelKind::PixelsAndRestY,
-     nullptr, nullptr},
+constexpr ModuleParam kRows[] = {
+    {"x0", "rect", ModuleParams_Id("LvS1"), Param_Field<&CropParams::x0>, 0, 0, ParamExtent::Width, "X1",
+     ValueLabelKind::Pixels, nullptr, nullptr},
+    {"y0", "rect", ModuleParams_Id("LvS2"), Param_Field<&CropParams::y0>, 0, 0, ParamExtent::Height, "Y1",
+     ValueLabelKind::Pixels, nullptr, nullptr},
+    {"x1", "rect", ModuleParams_Id("LvS3"), Param_Field<&CropParams::x1>, 0, 0, ParamExtent::Width, "X2",
+     ValueLabelKind::PixelsAndRestX, nullptr, nullptr},
+    {"y1", "rect", ModuleParams_Id("LvS4"), Param_Field<&CropParams::y1>, 0, 0, ParamExtent::Height, "Y2",
+     ValueLabelKind::PixelsAndRestY, nullptr, nullptr},
 };
 
 constexpr AspectPreset kPresets[] = {
@@ -27,24 +27,19 @@ constexpr AspectPreset kPresets[] = {
 
 }  // namespace
 
+std::span<const ModuleParam> Crop_ParamTable() {
+    return kRows;
+}
+
 std::span<const AspectPreset> Crop_AspectPresets() {
     return kPresets;
 }
-std::span<const ModuleParam> Crop_ParamTable() {
-    return kTable;
-}
 
-CropRect Crop_Resolve(const CropRect& rect, int32_t width, int32_t height) {
-    const int32_t raw[4] = {rect.x0, rect.y0, rect.x1, rect.y1};
-    int32_t v[4];
-    for (int i = 0; i < 4; ++i)
-        v[i] = raw[i] < 0 ? ModuleParams_Maximum(kTable[i], width, height)
-                          : ModuleParams_Clamp(kTable[i], raw[i], width, height);
-    return {v[0], v[1], v[2], v[3]};
-}
-
-std::string Crop_LogBlock(const CropRect& rect, int32_t width, int32_t height) {
-    const CropRect r = Crop_Resolve(rect, width, height);
-    const int32_t values[4] = {r.x0, r.y0, r.x1, r.y1};
-    return Log_ParameterBlock(kCropTitle, kTable, values, width, height);
+CropSettings Crop_Settings(const CropParams& params, int32_t width, int32_t height) {
+    CropSettings s;
+    s.rect = {ModuleParams_Position(kRows[0], &params, width, height),
+              ModuleParams_Position(kRows[1], &params, width, height),
+              ModuleParams_Position(kRows[2], &params, width, height),
+              ModuleParams_Position(kRows[3], &params, width, height)};
+    return s;
 }

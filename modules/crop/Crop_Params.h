@@ -3,18 +3,17 @@
 #pragma once
 
 #include "modules/common/ModuleParams.h"
+#include "modules/crop/Crop_Kernel.h"
 
 #include <cstdint>
 #include <span>
-#include <string>
 
-inline constexpr const char* kCropTitle = "Crop";
-
-struct CropRect {
-    int32_t x0 = 0, y0 = 0, x1 = -1, y1 = -1;  // -1 stands for the last column or row
+struct CropParams {
+    int32_t x0 = 0, y0 = 0;                    // LvS1, LvS2
+    int32_t x1 = kParamLast, y1 = kParamLast;  // LvS3, LvS4
 };
 
-enum class AspectMode : uint8_t { Shrink, Grow };
+std::span<const ModuleParam> Crop_ParamTable();
 
 struct AspectPreset {
     uint32_t buttonId;
@@ -23,7 +22,5 @@ struct AspectPreset {
 };
 std::span<const AspectPreset> Crop_AspectPresets();
 
-std::span<const ModuleParam> Crop_ParamTable();
-// Corners with -1 resolved and clamped to the setters' ranges.
-CropRect Crop_Resolve(const CropRect& rect, int32_t width, int32_t height);
-std::string Crop_LogBlock(const CropRect& rect, int32_t width, int32_t height);
+// The corners as the setters hold them for an image of this size.
+CropSettings Crop_Settings(const CropParams& params, int32_t width, int32_t height);

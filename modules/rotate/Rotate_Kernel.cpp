@@ -185,3 +185,8 @@ ImageBuffer* RotateImage(const ImageBuffer* image, double degrees, const KernelC
     KernelControl_Report(control, kStageRotate, 100);
     return out.release();
 }
+
+ImageBuffer* Rotate_Run(const ImageBuffer* image, const RotateSettings& settings,
+                        const KernelControl* control) {
+    return RotateImage(image, settings.degrees, control);
+}

@@ -11,9 +11,16 @@
 
 struct ImageBuffer;
 
+struct RotateSettings {
+    double degrees = 0;  // 0 <= degrees < 360
+};
+
 // Canvas of the general rotation: trunc(2 x the largest x') by trunc(2 x the
 // largest y') over the four rotated corners (+-W/2, +-H/2).
 void Rotate_OutputSize(int32_t width, int32_t height, double degrees, int32_t* outWidth, int32_t* outHeight);
 
 // New image, or null when cancelled (tested per row; progress is row * 100 / H').
 ImageBuffer* RotateImage(const ImageBuffer* image, double degrees, const KernelControl* control);
+// The module's entry: RotateImage by the settings' angle.
+ImageBuffer* Rotate_Run(const ImageBuffer* image, const RotateSettings& settings,
+                        const KernelControl* control);

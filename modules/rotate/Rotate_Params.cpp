@@ -1,32 +1,31 @@
-// Rotate's parameter table.
+// Rotate's parameter row and presets.
 #include "modules/rotate/Rotate_Params.h"
 
 namespace {
 
-constexpr ModuleParam kTable[] = {
-    {"angle", ModuleParams_Id("LvS1"), 0, 3599, ParamExtent::Fixed, 0, "Angle", ValueLabelKind::Tenths,
-     nullptr, nullptr},
+constexpr double kAngleStep = 0.1;
+
+constexpr ModuleParam kRows[] = {
+    {"angle", nullptr, ModuleParams_Id("LvS1"), Param_Field<&RotateParams::angle>, 0, 3599,
+     ParamExtent::Fixed, "Angle", ValueLabelKind::Tenths, nullptr, nullptr},
 };
 
-constexpr RotatePreset kPresets[] = {
-    {ModuleParams_Id("Bt90"), 900},
-    {ModuleParams_Id("Bt18"), 1800},
-    {ModuleParams_Id("Bt27"), 2700},
+constexpr ParamPreset kPresets[] = {
+    {ModuleParams_Id("Bt90"), ModuleParams_Id("LvS1"), 900},
+    {ModuleParams_Id("Bt18"), ModuleParams_Id("LvS1"), 1800},
+    {ModuleParams_Id("Bt27"), ModuleParams_Id("LvS1"), 2700},
 };
 
 }  // namespace
 
-std::span<const RotatePreset> Rotate_Presets() {
-    return kPresets;
-}
 std::span<const ModuleParam> Rotate_ParamTable() {
-    return kTable;
-}
-double Rotate_Degrees(const RotateParams& params) {
-    return params.angle * kRotateAngleStep;
+    return kRows;
 }
 
-std::string Rotate_LogBlock(const RotateParams& params) {
-    const int32_t values[1] = {ModuleParams_Clamp(kTable[0], params.angle, 0, 0)};
-    return Log_ParameterBlock(kRotateTitle, kTable, values, 0, 0);
+std::span<const ParamPreset> Rotate_Presets() {
+    return kPresets;
+}
+
+RotateSettings Rotate_Settings(const RotateParams& params) {
+    return {ModuleParams_Position(kRows[0], &params, 0, 0) * kAngleStep};
 }

@@ -2,25 +2,16 @@
 #pragma once
 
 #include "modules/common/ModuleParams.h"
+#include "modules/rotate/Rotate_Kernel.h"
 
 #include <cstdint>
 #include <span>
-#include <string>
-
-inline constexpr const char* kRotateTitle = "Rotate";
-inline constexpr double kRotateAngleStep = 0.1;
 
 struct RotateParams {
     int32_t angle = 0;  // LvS1, 0..3599: theta = v * 0.1 degrees
 };
 
-struct RotatePreset {
-    uint32_t buttonId;
-    int32_t angle;
-};
-// Bt90, Bt18, Bt27.
-std::span<const RotatePreset> Rotate_Presets();
-
 std::span<const ModuleParam> Rotate_ParamTable();
-double Rotate_Degrees(const RotateParams& params);
-std::string Rotate_LogBlock(const RotateParams& params);
+// Bt90, Bt18, Bt27.
+std::span<const ParamPreset> Rotate_Presets();
+RotateSettings Rotate_Settings(const RotateParams& params);

@@ -2,7 +2,7 @@
 // to max - 1, the segment and curve rules, the tone blend, determinism over
 // worker counts, and the stretch of a real linear stack.
 #include "modules/autodev/AutoDev_Internal.h"
-#include "modules/autodev/AutoDev_Kernel.h"
+#include "modules/autodev/AutoDev_Params.h"
 
 #include "ModuleTestImages.h"
 #include "formats/Fits_Read.h"
@@ -47,18 +47,15 @@ ImagePtr SyntheticSky(int32_t w, int32_t h) {
 }  // namespace
 
 TEST(AutoDevSettings, DefaultsAndTheOffBlurPosition) {
-    const AutoDevSettings s = AutoDev_Settings(AutoDevParams{}, 100, 80);
+    const AutoDevSettings s = AutoDev_Settings(AutoDevParams{}, 100, 80, false);
     // "off" on the form, yet a half-width of 0.5: the blur is not skipped.
     EXPECT_EQ(s.p1, 0.5);
     EXPECT_EQ(s.p2, 1.0);
     EXPECT_EQ(s.p3, 0.5);
-    EXPECT_EQ(AutoDev_LogBlock(AutoDevParams{}, 100, 80).find("Parameter [Detail Blur] set to [off]\n") !=
-                  std::string::npos,
-              true);
 }
 
 TEST(AutoDevSettings, WholeImageRoiIsMaxMinusMinAndScalesTheOutsideWeight) {
-    const AutoDevSettings s = AutoDev_Settings(AutoDevParams{}, 100, 80);
+    const AutoDevSettings s = AutoDev_Settings(AutoDevParams{}, 100, 80, false);
     EXPECT_EQ(s.roiX, 0);
     EXPECT_EQ(s.roiY, 0);
     EXPECT_EQ(s.roiWidth, 99);
@@ -72,18 +69,18 @@ TEST(AutoDevSettings, CornersInAnyOrderAndZeroAreaRoi) {
     p.roiX1 = 20;
     p.roiY0 = 50;
     p.roiY1 = 10;
-    const AutoDevSettings s = AutoDev_Settings(p, 100, 80);
+    const AutoDevSettings s = AutoDev_Settings(p, 100, 80, false);
     EXPECT_EQ(s.roiX, 20);
     EXPECT_EQ(s.roiY, 10);
     EXPECT_EQ(s.roiWidth, 40);
     EXPECT_EQ(s.roiHeight, 40);
     EXPECT_DOUBLE_EQ(s.p4, 0.15 * (1600.0 / 8000.0));
     p.roiX1 = 60;  // zero width: p4 stays as set
-    EXPECT_EQ(AutoDev_Settings(p, 100, 80).p4, 0.15);
+    EXPECT_EQ(AutoDev_Settings(p, 100, 80, false).p4, 0.15);
     // Corners beyond the image are clamped by the setters' ranges.
     p.roiX0 = 0;
     p.roiX1 = 5000;
-    EXPECT_EQ(AutoDev_Settings(p, 100, 80).roiWidth, 99);
+    EXPECT_EQ(AutoDev_Settings(p, 100, 80, false).roiWidth, 99);
 }
 
 TEST(AutoDevMonochrome, ThresholdIsTwoToTheDepthMinusEight) {
@@ -106,7 +103,7 @@ TEST(AutoDevRun, InputsAtMaxEndAtMaxMinusOne) {
     AutoDevParams p;
     p.tone = 0;
     for (bool mono : {true, false}) {
-        ImagePtr out(AutoDev_Run(flat.get(), p, mono, nullptr));
+        ImagePtr out(AutoDev_Run(flat.get(), AutoDev_Settings(p, flat->width, flat->height, mono), nullptr));
         ASSERT_TRUE(out);
         for (int c = 0; c < 3; ++c) EXPECT_EQ(Pixel(out.get(), c, 5, 5), (1 << 24) - 2);
     }
@@ -116,7 +113,7 @@ TEST(AutoDevRun, FlatImageKeepsItsValueThroughTheIdentityCurve) {
     ImagePtr flat = MakeImage(20, 10, 30, [](int32_t, int32_t, int) { return int64_t{123456} << 6; });
     AutoDevParams p;
     p.tone = 0;
-    ImagePtr out(AutoDev_Run(flat.get(), p, true, nullptr));
+    ImagePtr out(AutoDev_Run(flat.get(), AutoDev_Settings(p, flat->width, flat->height, true), nullptr));
     ASSERT_TRUE(out);
     // Back from 24 bits with the new low bits set, as Image_SetBitDepth does.
     EXPECT_EQ(Pixel(out.get(), 0, 3, 3), (int64_t{123456} << 6) | 63);
@@ -192,7 +189,8 @@ TEST(AutoDevCurve, ToneBlendEnds) {
 TEST(AutoDevRun, StretchesALinearSkyAndKeepsItsColour) {
     ImagePtr sky = SyntheticSky(300, 200);
     ASSERT_FALSE(AutoDev_IsMonochrome(sky.get()));
-    ImagePtr out(AutoDev_Run(sky.get(), AutoDevParams{}, false, nullptr));
+    ImagePtr out(
+        AutoDev_Run(sky.get(), AutoDev_Settings(AutoDevParams{}, sky->width, sky->height, false), nullptr));
     ASSERT_TRUE(out);
     const int64_t before = Median(Luminance(sky.get())), after = Median(Luminance(out.get()));
     EXPECT_LT(before, sky->maxValue / 20);
@@ -210,7 +208,8 @@ TEST(AutoDevRun, StretchesALinearSkyAndKeepsItsColour) {
 TEST(AutoDevRun, MonochromeStaysGreyAndTheSourceIsNotTouched) {
     ImagePtr sky = SyntheticSky(120, 90);
     ImagePtr copy(Image_Clone(sky.get()));
-    ImagePtr out(AutoDev_Run(sky.get(), AutoDevParams{}, true, nullptr));
+    ImagePtr out(
+        AutoDev_Run(sky.get(), AutoDev_Settings(AutoDevParams{}, sky->width, sky->height, true), nullptr));
     ASSERT_TRUE(out);
     EXPECT_EQ(ImageDifference(sky.get(), copy.get()), "");
     for (int32_t y = 0; y < out->height; y += 7)
@@ -232,19 +231,21 @@ TEST(AutoDevRun, SameResultForAnyWorkerCountAndInPlace) {
     ImagePtr one, three;
     {
         WorkerCountScope w(1);
-        one.reset(AutoDev_Run(sky.get(), p, false, nullptr));
+        one.reset(AutoDev_Run(sky.get(), AutoDev_Settings(p, sky->width, sky->height, false), nullptr));
     }
     {
         WorkerCountScope w(3);
-        three.reset(AutoDev_Run(sky.get(), p, false, nullptr));
+        three.reset(AutoDev_Run(sky.get(), AutoDev_Settings(p, sky->width, sky->height, false), nullptr));
     }
     ASSERT_TRUE(one && three);
     EXPECT_EQ(ImageDifference(one.get(), three.get()), "");
     ImagePtr inPlace(Image_Clone(sky.get()));
-    ASSERT_TRUE(AutoDev_RunInto(inPlace.get(), inPlace.get(), p, false, nullptr));
+    ASSERT_TRUE(AutoDev_RunInto(inPlace.get(), inPlace.get(),
+                                AutoDev_Settings(p, inPlace->width, inPlace->height, false), nullptr));
     EXPECT_EQ(ImageDifference(one.get(), inPlace.get()), "");
     // The RoI changes the curve.
-    ImagePtr whole(AutoDev_Run(sky.get(), AutoDevParams{}, false, nullptr));
+    ImagePtr whole(
+        AutoDev_Run(sky.get(), AutoDev_Settings(AutoDevParams{}, sky->width, sky->height, false), nullptr));
     EXPECT_NE(ImageDifference(whole.get(), one.get()), "");
 }
 
@@ -253,9 +254,13 @@ TEST(AutoDevRun, CancelledRunGivesNothingAndLeavesTheDestination) {
     std::atomic<bool> cancel{true};
     KernelControl control;
     control.cancel = &cancel;
-    EXPECT_EQ(AutoDev_Run(sky.get(), AutoDevParams{}, false, &control), nullptr);
+    EXPECT_EQ(
+        AutoDev_Run(sky.get(), AutoDev_Settings(AutoDevParams{}, sky->width, sky->height, false), &control),
+        nullptr);
     ImagePtr copy(Image_Clone(sky.get()));
-    EXPECT_FALSE(AutoDev_RunInto(copy.get(), copy.get(), AutoDevParams{}, false, &control));
+    EXPECT_FALSE(AutoDev_RunInto(copy.get(), copy.get(),
+                                 AutoDev_Settings(AutoDevParams{}, copy->width, copy->height, false),
+                                 &control));
     EXPECT_EQ(ImageDifference(sky.get(), copy.get()), "");
 }
 
@@ -266,7 +271,7 @@ TEST(AutoDevPreview, OutsideTheRoiIsLightened) {
     p.roiY0 = 2;
     p.roiX1 = 6;
     p.roiY1 = 6;
-    AutoDev_ShadeOutsideRoi(image.get(), AutoDev_Settings(p, 10, 10));
+    AutoDev_ShadeOutsideRoi(image.get(), AutoDev_Settings(p, 10, 10, false));
     EXPECT_EQ(Pixel(image.get(), 0, 3, 3), 1000);
     EXPECT_EQ(Pixel(image.get(), 0, 6, 3), (3000 + image->maxValue) / 4);  // x = x0 + width is outside
     EXPECT_EQ(Pixel(image.get(), 1, 0, 0), (3000 + image->maxValue) / 4);
@@ -279,7 +284,8 @@ TEST(AutoDevRealData, StretchesTheM94StackWithItsColour) {
     ASSERT_EQ(stack->bitDepth, 30);
     const bool mono = AutoDev_IsMonochrome(stack.get());
     EXPECT_FALSE(mono);
-    ImagePtr out(AutoDev_Run(stack.get(), AutoDevParams{}, mono, nullptr));
+    ImagePtr out(AutoDev_Run(stack.get(),
+                             AutoDev_Settings(AutoDevParams{}, stack->width, stack->height, mono), nullptr));
     ASSERT_TRUE(out);
     const std::vector<int64_t> lin = Luminance(stack.get()), str = Luminance(out.get());
     const int64_t before = Median(lin), after = Median(str);

@@ -1,9 +1,7 @@
 // Bin: the box path (block averages, dropped odd edges, the plain copy at 1.0,
 // counts past 255), the prefiltered bilinear path, constants kept at every
-// factor, the value text, and the shared bilinear sampler.
+// factor, and the shared bilinear sampler.
 #include "modules/bin/Bin_Kernel.h"
-#include "modules/bin/Bin_Params.h"
-#include "modules/common/ModuleParams.h"
 #include "modules/common/SampleBilinear.h"
 
 #include "ModuleTestImages.h"
@@ -13,25 +11,13 @@
 #include <atomic>
 #include <cmath>
 
-TEST(BinParams, ValueTextAtTheDefault) {
-    const ModuleParam& p = Bin_ParamTable()[0];
-    EXPECT_EQ(p.defaultValue, 5000);
-    EXPECT_EQ(ModuleParams_ValueText(p, 5000, 0, 0), "(scale/noise reduction 50.00%)/(400.00%)/(+2.00 bits)");
-    // At s = 1 the bit gain is -2 * 0 = -0.0, which the format prints after its "+".
-    EXPECT_EQ(ModuleParams_ValueText(p, 10000, 0, 0),
-              "(scale/noise reduction 100.00%)/(100.00%)/(+-0.00 bits)");
-    EXPECT_EQ(Bin_LogBlock(BinParams{}),
-              "--- Bin\nParameter [Scale] set to [(scale/noise reduction 50.00%)/(400.00%)/(+2.00 bits)]\n");
-    EXPECT_EQ(Bin_Presets()[1].scale, 3538);
-}
-
 TEST(BinPaths, WhichPathAndThePrefilterRadius) {
-    EXPECT_TRUE(Bin_IsBoxPath(5000 * kBinScaleStep));
-    EXPECT_TRUE(Bin_IsBoxPath(10000 * kBinScaleStep));
-    EXPECT_TRUE(Bin_IsBoxPath(2500 * kBinScaleStep));
-    EXPECT_FALSE(Bin_IsBoxPath(7071 * kBinScaleStep));
-    EXPECT_FALSE(Bin_IsBoxPath(3538 * kBinScaleStep));
-    EXPECT_NEAR(Bin_PrefilterRadius(1 / (7071 * kBinScaleStep)), 0.5, 1e-4);
+    EXPECT_TRUE(Bin_IsBoxPath(5000 * 0.0001));
+    EXPECT_TRUE(Bin_IsBoxPath(10000 * 0.0001));
+    EXPECT_TRUE(Bin_IsBoxPath(2500 * 0.0001));
+    EXPECT_FALSE(Bin_IsBoxPath(7071 * 0.0001));
+    EXPECT_FALSE(Bin_IsBoxPath(3538 * 0.0001));
+    EXPECT_NEAR(Bin_PrefilterRadius(1 / (7071 * 0.0001)), 0.5, 1e-4);
     EXPECT_EQ(Bin_PrefilterRadius(1.0), 0.0);
     EXPECT_DOUBLE_EQ(Bin_PrefilterRadius(4.0), 2.0);
 }
@@ -61,7 +47,7 @@ TEST(BinBox, FullScaleIsAPixelForPixelCopy) {
     ImagePtr image = MakeImage(13, 7, 30, [](int32_t x, int32_t y, int c) {
         return static_cast<int64_t>(TestHash(uint64_t(y * 13 + x) * 3 + uint64_t(c)) % (1u << 30));
     });
-    ImagePtr out(BinImage(image.get(), 10000 * kBinScaleStep, nullptr));
+    ImagePtr out(BinImage(image.get(), 10000 * 0.0001, nullptr));
     ASSERT_TRUE(out);
     EXPECT_EQ(ImageDifference(out.get(), image.get()), "");
 }
@@ -71,10 +57,10 @@ TEST(BinAnyFactor, ConstantStaysConstantInEveryChannel) {
     ImagePtr image =
         MakeImage(211, 173, 30, [](int32_t, int32_t, int c) { return int64_t{700000000} + 1000 * c; });
     for (int32_t v : {10000, 7071, 5000, 3538, 2500, 1000, 625, 500, 100}) {
-        ImagePtr out(BinImage(image.get(), v * kBinScaleStep, nullptr));
+        ImagePtr out(BinImage(image.get(), v * 0.0001, nullptr));
         ASSERT_TRUE(out) << v;
         int32_t w, h;
-        Bin_OutputSize(211, 173, v * kBinScaleStep, &w, &h);
+        Bin_OutputSize(211, 173, v * 0.0001, &w, &h);
         EXPECT_EQ(out->width, w);
         EXPECT_EQ(out->height, h);
         for (int c = 0; c < 3; ++c)
@@ -89,7 +75,7 @@ TEST(BinAnyFactor, MonoDataStaysGrey) {
     ImagePtr image = MakeImage(64, 48, 30, [](int32_t x, int32_t y, int) { return int64_t{1000} * (x * y); });
     image->mono = 1;
     for (int32_t v : {5000, 7071}) {
-        ImagePtr out(BinImage(image.get(), v * kBinScaleStep, nullptr));
+        ImagePtr out(BinImage(image.get(), v * 0.0001, nullptr));
         ASSERT_TRUE(out);
         EXPECT_EQ(out->mono, 1);
         for (int32_t y = 0; y < out->height; ++y)
@@ -104,7 +90,7 @@ TEST(BinResample, RampIsSampledAtTheScaledPositions) {
     // A horizontal ramp survives the symmetric prefilter away from the edges;
     // bilinear sampling then gives the ramp at x * W / W'.
     ImagePtr image = MakeImage(400, 30, 30, [](int32_t x, int32_t, int) { return int64_t{1000} * x; });
-    ImagePtr out(BinImage(image.get(), 7071 * kBinScaleStep, nullptr));
+    ImagePtr out(BinImage(image.get(), 7071 * 0.0001, nullptr));
     ASSERT_TRUE(out);
     EXPECT_EQ(out->width, 282);
     EXPECT_EQ(out->height, 21);

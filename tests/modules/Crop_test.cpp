@@ -2,6 +2,7 @@
 // image and mask with ordered corners, and the mirrors.
 #include "modules/crop/Crop_Kernel.h"
 #include "modules/crop/Crop_Params.h"
+#include "modules/mirror/Mirror_Kernel.h"
 
 #include "ModuleTestImages.h"
 
@@ -94,29 +95,20 @@ TEST(CropCut, ZeroWidthCropsNothingAndPlanesComeAlong) {
     EXPECT_EQ(out->bitDepth, 16);
 }
 
-TEST(CropMirror, HorizontalAndVertical) {
+TEST(Mirror, HorizontalAndVertical) {
     ImagePtr image = MakeImage(5, 4, 16, [](int32_t x, int32_t y, int c) { return y * 10 + x + 100 * c; });
     ImagePtr h(Image_Clone(image.get()));
-    Crop_FlipHorizontal(h.get());
+    Mirror_Run(h.get(), {true});
     ImagePtr v(Image_Clone(image.get()));
-    Crop_FlipVertical(v.get());
+    Mirror_Run(v.get(), {false});
     for (int c = 0; c < 3; ++c)
         for (int32_t y = 0; y < 4; ++y)
             for (int32_t x = 0; x < 5; ++x) {
                 EXPECT_EQ(Pixel(h.get(), c, x, y), Pixel(image.get(), c, 4 - x, y));
                 EXPECT_EQ(Pixel(v.get(), c, x, y), Pixel(image.get(), c, x, 3 - y));
             }
-    Crop_FlipHorizontal(h.get());
-    Crop_FlipVertical(v.get());
+    Mirror_Run(h.get(), {true});
+    Mirror_Run(v.get(), {false});
     EXPECT_EQ(ImageDifference(h.get(), image.get()), "");
     EXPECT_EQ(ImageDifference(v.get(), image.get()), "");
-}
-
-TEST(CropParamsTest, LogBlockWithTheRemainders) {
-    EXPECT_EQ(Crop_LogBlock({10, 20, 89, 59}, 100, 80),
-              "--- Crop\n"
-              "Parameter [X1] set to [10 pixels]\n"
-              "Parameter [Y1] set to [20 pixels]\n"
-              "Parameter [X2] set to [90 pixels (-10)]\n"
-              "Parameter [Y2] set to [60 pixels (-20)]\n");
 }

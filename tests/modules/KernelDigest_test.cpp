@@ -3,7 +3,7 @@
 // instruction set, work split over workers); none of that may move a single
 // sample, so each result is hashed whole and compared with the digest taken
 // from the plain implementation, with one worker and with two.
-#include "modules/autodev/AutoDev_Kernel.h"
+#include "modules/autodev/AutoDev_Params.h"
 #include "modules/bin/Bin_Kernel.h"
 #include "modules/common/GaussianBlur.h"
 #include "modules/rotate/Rotate_Kernel.h"
@@ -54,7 +54,8 @@ std::string Digest(const ImageBuffer* image) {
 }
 
 std::string AutoDevDigest(const ImageBuffer* sky, const AutoDevParams& params) {
-    ImagePtr out(AutoDev_Run(sky, params, AutoDev_IsMonochrome(sky), nullptr));
+    ImagePtr out(AutoDev_Run(
+        sky, AutoDev_Settings(params, sky->width, sky->height, AutoDev_IsMonochrome(sky)), nullptr));
     return Digest(out.get());
 }
 
@@ -99,12 +100,13 @@ TEST(KernelDigest, AutoDev) {
                  "f49235b4bc16dd189a09b4eba22fb1a2a026e7b678d4c0ab8d0f8863a9ee1153",
                  [&] { return AutoDevDigest(sky30.get(), soft); });
     // In place, as the batch pipeline runs it.
-    ExpectDigest("defaults in place", "1f906aac06856a5d261be99dfe1d6b0d06ec4404fcfa9fef95b91e22c8a3a3a2",
-                 [&] {
-                     ImagePtr work(Image_Clone(sky30.get()));
-                     AutoDev_RunInto(work.get(), work.get(), AutoDevParams{}, false, nullptr);
-                     return Digest(work.get());
-                 });
+    ExpectDigest(
+        "defaults in place", "1f906aac06856a5d261be99dfe1d6b0d06ec4404fcfa9fef95b91e22c8a3a3a2", [&] {
+            ImagePtr work(Image_Clone(sky30.get()));
+            AutoDev_RunInto(work.get(), work.get(),
+                            AutoDev_Settings(AutoDevParams{}, work->width, work->height, false), nullptr);
+            return Digest(work.get());
+        });
 }
 
 TEST(KernelDigest, Bin) {

@@ -2,7 +2,6 @@
 // original, the copy at 0, the bounding canvas, black corners and cancelling.
 #include "modules/common/SampleBilinear.h"
 #include "modules/rotate/Rotate_Kernel.h"
-#include "modules/rotate/Rotate_Params.h"
 #include "modules/rotate/Rotate_Quarter.h"
 #include "modules/rotate/Rotate_Span.h"
 
@@ -159,7 +158,7 @@ TEST(RotateGeneral, TenthOfADegreeGrowsTheCanvasByOnePixel) {
     EXPECT_EQ(w, 1001);
     EXPECT_EQ(h, 1001);
     ImagePtr image = MakeImage(1000, 1000, 30, [](int32_t, int32_t, int) { return 5000; });
-    ImagePtr out(RotateImage(image.get(), Rotate_Degrees(RotateParams{1}), nullptr));
+    ImagePtr out(RotateImage(image.get(), 0.1, nullptr));
     ASSERT_TRUE(out);
     EXPECT_EQ(out->width, 1001);
     EXPECT_EQ(out->height, 1001);
@@ -257,10 +256,4 @@ TEST(RotateGeneral, ProgressAndCancel) {
     control.cancel = &cancel;
     EXPECT_EQ(RotateImage(image.get(), 12.5, &control), nullptr);
     EXPECT_EQ(RotateImage(image.get(), 90.0, &control), nullptr);
-}
-
-TEST(RotateParamsTest, ValueTextAndPresets) {
-    EXPECT_EQ(Rotate_LogBlock(RotateParams{900}), "--- Rotate\nParameter [Angle] set to [90.00]\n");
-    EXPECT_EQ(Rotate_Presets()[2].angle, 2700);
-    EXPECT_DOUBLE_EQ(Rotate_Degrees(RotateParams{100}), 10.0);
 }

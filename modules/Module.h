@@ -1,0 +1,75 @@
+// One processing module as data: what the main form's button enters, which
+// form it shows, its parameter rows and presets, how its step runs, and what
+// follows the image. The desktop program, the command line and the replay of
+// a processing log all go through these rows (modules/Module_List.h).
+#pragma once
+
+#include "host/KernelControl.h"
+#include "image/Image.h"
+#include "modules/common/ModuleParams.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+#include <span>
+
+enum class ModuleRunStatus : uint8_t {
+    kDone,      // a result exists
+    kNoResult,  // the parameters give none (Bin at scale 0): the image stays as it was
+    kCancelled,
+};
+
+// Runs the module's step with the positions in `params` (its parameter
+// struct). A module that makes a new image puts it into *result; one that
+// works in place changes `image` and leaves *result empty. On kNoResult or
+// kCancelled the image is as it was and *result is empty.
+using ModuleRunFn = ModuleRunStatus (*)(ImageBuffer* image, const void* params, const KernelControl* control,
+                                        ImagePtr* result);
+
+// What a module's screen adds to the framework's, for the desktop program;
+// the application defines ModuleScreen. Any hook may be null.
+struct ModuleScreen;
+struct ModuleScreenHooks {
+    void (*enter)(ModuleScreen* screen);
+    void (*changed)(ModuleScreen* screen, uint32_t widgetId);  // a setter moved, a preset was pressed
+    void (*button)(ModuleScreen* screen, uint32_t buttonId);   // a button the framework does not handle
+};
+
+// Room for any module's parameter struct, so that a step can be held without
+// knowing its module (Module_InitParams checks each struct fits).
+inline constexpr size_t kModuleParamsCapacity = 64;
+struct ModuleParamsBuffer {
+    alignas(std::max_align_t) unsigned char bytes[kModuleParamsCapacity] = {};
+};
+
+struct ModuleDef {
+    const char* name;     // the title of its log block ("AutoDev")
+    const char* option;   // the command-line option without its dashes ("autodev", "flip=h")
+    const char* summary;  // one line of help
+    uint32_t buttonId;    // the main-form button that enters it or runs it ("BtAD")
+    const char* form;     // its form's archive entry; null for a main-form operation
+    std::span<const ModuleParam> params;
+    std::span<const ParamPreset> presets;
+    void (*initParams)(void* params);  // the defaults: a value-initialised parameter struct
+    bool maskFollows;    // a geometry step: the mask (and tracking data) is transformed with the image
+    bool appliesOnKeep;  // computes nothing until Keep (Crop)
+    bool logged;         // writes a parameter block when kept
+    ModuleRunFn run;
+    const ModuleScreenHooks* screen;
+};
+
+template <class Params>
+void Module_InitParams(void* params) {
+    static_assert(sizeof(Params) <= kModuleParamsCapacity && alignof(Params) <= alignof(std::max_align_t));
+    new (params) Params{};
+}
+
+// The module's default positions in a buffer.
+ModuleParamsBuffer Module_DefaultParams(const ModuleDef& module);
+// The module's step on the image, and on the mask too when it follows. On
+// kDone both are replaced; otherwise both are as they were.
+ModuleRunStatus Module_Run(const ModuleDef& module, const void* params, ImageBuffer** image,
+                           ImageBuffer** mask, const KernelControl* control);
+// The parameter block for the processing log, with the size of the image the
+// step was applied to; empty for a module that is not logged.
+std::string Module_LogBlock(const ModuleDef& module, const void* params, int32_t width, int32_t height);

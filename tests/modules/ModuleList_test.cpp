@@ -1,0 +1,226 @@
+// The module list as data: every row's value text read back over its whole
+// range, the texts and log blocks the forms show, the step options parsed from
+// the rows, and steps run on image and mask through the list.
+#include "modules/Module_List.h"
+#include "modules/Pipeline.h"
+#include "modules/autodev/AutoDev_Params.h"
+#include "modules/bin/Bin_Params.h"
+#include "modules/crop/Crop_Params.h"
+#include "modules/rotate/Rotate_Params.h"
+
+#include "ModuleTestImages.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <set>
+
+namespace {
+
+PipelineStep Parse(const std::string& option) {
+    PipelineStep step;
+    std::string error;
+    EXPECT_TRUE(Pipeline_ParseStep(option, &step, &error)) << option << ": " << error;
+    return step;
+}
+
+template <class Params>
+const Params& As(const PipelineStep& step) {
+    return *reinterpret_cast<const Params*>(step.params.bytes);
+}
+
+struct ImagePair {
+    ImageBuffer* image = nullptr;
+    ImageBuffer* mask = nullptr;
+    ~ImagePair() {
+        Image_Free(image);
+        Image_Free(mask);
+    }
+};
+
+}  // namespace
+
+TEST(ModuleList, EveryRowReadsItsOwnValueTextBackOverItsWholeRange) {
+    constexpr int32_t kWidth = 97, kHeight = 61;
+    for (const ModuleDef* module : Module_List())
+        for (const ModuleParam& row : module->params) {
+            const int32_t hi = ModuleParams_Maximum(row, kWidth, kHeight);
+            for (int32_t v = row.minimum; v <= hi; ++v) {
+                const std::string text = ModuleParams_ValueText(row, v, kWidth, kHeight);
+                int32_t back = -1;
+                ASSERT_TRUE(ModuleParams_ParseValueText(row, text, kWidth, kHeight, &back))
+                    << module->name << " " << row.key << " " << text;
+                ASSERT_EQ(back, v) << module->name << " " << row.key << " " << text;
+            }
+            int32_t unused;
+            EXPECT_FALSE(ModuleParams_ParseValueText(row, "nonsense", kWidth, kHeight, &unused));
+        }
+}
+
+TEST(ModuleList, ButtonsOptionsAndSettersAreUniqueAndPresetsNameTheirSetters) {
+    std::set<uint32_t> buttons;
+    std::set<std::string> options;
+    for (const ModuleDef* module : Module_List()) {
+        EXPECT_TRUE(buttons.insert(module->buttonId).second) << module->name;
+        EXPECT_TRUE(options.insert(module->option).second) << module->name;
+        EXPECT_EQ(Module_FindByButton(module->buttonId), module);
+        EXPECT_EQ(Module_FindByName(module->name), module);
+        std::set<uint32_t> setters;
+        for (const ModuleParam& row : module->params)
+            EXPECT_TRUE(setters.insert(row.setterId).second) << row.key;
+        for (const ParamPreset& preset : module->presets)
+            EXPECT_TRUE(setters.count(preset.setterId)) << module->name;
+    }
+    EXPECT_EQ(Module_FindByButton(ModuleParams_Id("BSBi"))->form,
+              std::string("Pellucida_NoxBin_MainForm.xml"));
+    EXPECT_TRUE(Module_FindByName("Crop")->appliesOnKeep);
+}
+
+// The texts the forms and the log show, fixed by the modules' designs.
+TEST(ModuleList, ValueTextsAndLogBlocks) {
+    struct Case {
+        const char* module;
+        const char* option;
+        int32_t width, height;
+        const char* block;
+    } cases[] = {
+        {"Bin", "--bin", 0, 0,
+         "--- Bin\nParameter [Scale] set to [(scale/noise reduction 50.00%)/(400.00%)/(+2.00 bits)]\n"},
+        {"Bin", "--bin=10000", 0, 0,  // -2 * log2(1) is -0.0, printed after the format's "+"
+         "--- Bin\nParameter [Scale] set to [(scale/noise reduction 100.00%)/(100.00%)/(+-0.00 bits)]\n"},
+        {"Rotate", "--rotate=900", 0, 0, "--- Rotate\nParameter [Angle] set to [90.00]\n"},
+        {"Crop", "--crop=10:20:89:59", 100, 80,
+         "--- Crop\nParameter [X1] set to [10 pixels]\nParameter [Y1] set to [20 pixels]\n"
+         "Parameter [X2] set to [90 pixels (-10)]\nParameter [Y2] set to [60 pixels (-20)]\n"},
+        {"AutoDev", "--autodev", 100, 80,
+         "--- AutoDev\nParameter [Detail Blur] set to [off]\nParameter [Outside RoI Influence] set to [15 "
+         "%]\n"
+         "Parameter [RoI X1] set to [0 pixels]\nParameter [RoI Y1] set to [0 pixels]\n"
+         "Parameter [RoI X2] set to [100 pixels (-0)]\nParameter [RoI Y2] set to [80 pixels (-0)]\n"
+         "Parameter [Curve Exponent] set to [1.00]\nParameter [Tone Blend] set to [50 %]\n"},
+    };
+    for (const Case& c : cases) {
+        const PipelineStep step = Parse(c.option);
+        ASSERT_EQ(step.module, Module_FindByName(c.module));
+        EXPECT_EQ(Module_LogBlock(*step.module, step.params.bytes, c.width, c.height), c.block) << c.option;
+    }
+    const int32_t presets[][2] = {{ModuleParams_Id("Bt35"), 3538}, {ModuleParams_Id("Bt71"), 7071}};
+    for (const auto& [button, position] : presets) {
+        bool found = false;
+        for (const ParamPreset& p : Module_FindByName("Bin")->presets)
+            found |= p.buttonId == uint32_t(button) && p.position == position;
+        EXPECT_TRUE(found) << position;
+    }
+    EXPECT_EQ(Module_FindByName("Rotate")->presets[2].position, 2700);
+}
+
+TEST(PipelineParse, OptionsComeFromTheRows) {
+    const AutoDevParams full =
+        As<AutoDevParams>(Parse("--autodev=blur=490,curve=1000,tone=0,outside=100,roi=10:20:30:40"));
+    EXPECT_EQ(full.blur, 490);
+    EXPECT_EQ(full.curve, 1000);
+    EXPECT_EQ(full.tone, 0);
+    EXPECT_EQ(full.outside, 100);
+    EXPECT_EQ(full.roiX0, 10);
+    EXPECT_EQ(full.roiY1, 40);
+    EXPECT_EQ(As<AutoDevParams>(Parse("--autodev")).roiX1, kParamLast);
+    EXPECT_EQ(As<BinParams>(Parse("--bin=7071")).scale, 7071);
+    EXPECT_EQ(As<RotateParams>(Parse("--rotate=3599")).angle, 3599);
+    EXPECT_EQ(As<CropParams>(Parse("--crop=1:2:300:400")).y1, 400);
+    EXPECT_EQ(Parse("--flip=h").module, Module_FindByButton(ModuleParams_Id("BtMH")));
+    EXPECT_EQ(Parse("--flip=v").module, Module_FindByButton(ModuleParams_Id("BtMV")));
+    EXPECT_TRUE(Pipeline_IsStepOption("--autodev"));
+    EXPECT_FALSE(Pipeline_IsStepOption("--autodevx"));
+    EXPECT_FALSE(Pipeline_IsStepOption("-o"));
+    PipelineStep step;
+    std::string error;
+    for (const char* bad : {"--bin=10001", "--bin=-1", "--bin=", "--bin=5e3", "--rotate=3600",
+                            "--autodev=blur=491", "--autodev=curve=1001", "--autodev=tone=101",
+                            "--autodev=outside=-1", "--autodev=foo=1", "--autodev=", "--autodev=roi=1:2:3",
+                            "--crop=1:2:3", "--crop=a:b:c:d", "--crop=-1:0:5:5", "--flip=x", "--sharpen=1"}) {
+        EXPECT_FALSE(Pipeline_ParseStep(bad, &step, &error)) << bad;
+        EXPECT_FALSE(error.empty()) << bad;
+    }
+    // The help states each fixed range once, from the rows.
+    const std::string help = Pipeline_Help();
+    for (const ModuleDef* module : Module_List()) {
+        EXPECT_NE(help.find(std::string("--") + module->option), std::string::npos) << module->option;
+        for (const ModuleParam& row : module->params)
+            if (row.extent == ParamExtent::Fixed)
+                EXPECT_NE(help.find(std::to_string(row.minimum) + ".." + std::to_string(row.maximum)),
+                          std::string::npos)
+                    << row.key;
+    }
+}
+
+TEST(PipelineRun, CropCutsImageAndMaskAndLogs) {
+    ImagePair p;
+    p.image = MakeImage(50, 40, 30, [](int32_t x, int32_t y, int) { return y * 100 + x; }).release();
+    p.mask = MakeImage(50, 40, 30, [](int32_t x, int32_t, int) { return x; }).release();
+    std::string log;
+    ASSERT_TRUE(Pipeline_RunStep(Parse("--crop=30:25:10:5"), &p.image, &p.mask, nullptr, &log));
+    EXPECT_EQ(p.image->width, 21);
+    EXPECT_EQ(p.image->height, 21);
+    EXPECT_EQ(Pixel(p.image, 0, 0, 0), 510);
+    EXPECT_EQ(p.mask->width, 21);
+    EXPECT_EQ(Pixel(p.mask, 0, 0, 0), 10);
+    EXPECT_EQ(log.rfind("--- Crop\n", 0), 0u);
+    // Corners past the image are clamped by the setters' ranges.
+    ASSERT_TRUE(Pipeline_RunStep(Parse("--crop=0:0:999:999"), &p.image, &p.mask, nullptr, &log));
+    EXPECT_EQ(p.image->width, 21);
+}
+
+TEST(PipelineRun, GeometrySteps) {
+    ImagePair p;
+    p.image = MakeImage(60, 40, 30, [](int32_t x, int32_t y, int) { return y * 100 + x; }).release();
+    std::string log;
+    ASSERT_TRUE(Pipeline_RunStep(Parse("--rotate=900"), &p.image, &p.mask, nullptr, &log));
+    EXPECT_EQ(p.image->width, 40);
+    EXPECT_EQ(p.image->height, 60);
+    EXPECT_EQ(log, "--- Rotate\nParameter [Angle] set to [90.00]\n");
+    ASSERT_TRUE(Pipeline_RunStep(Parse("--bin=5000"), &p.image, &p.mask, nullptr, &log));
+    EXPECT_EQ(p.image->width, 20);
+    EXPECT_EQ(p.image->height, 30);
+    ASSERT_TRUE(Pipeline_RunStep(Parse("--bin=0"), &p.image, &p.mask, nullptr, &log));
+    EXPECT_EQ(p.image->width, 20);  // no result: unchanged
+    EXPECT_TRUE(log.empty());
+    const int64_t corner = Pixel(p.image, 0, 0, 0);
+    ASSERT_TRUE(Pipeline_RunStep(Parse("--flip=h"), &p.image, &p.mask, nullptr, &log));
+    EXPECT_EQ(Pixel(p.image, 0, 19, 0), corner);
+    EXPECT_TRUE(log.empty());
+}
+
+TEST(PipelineRun, AutoDevInPlaceWithItsLogBlock) {
+    ImagePair p;
+    p.image = MakeImage(64, 48, 30, [](int32_t x, int32_t y, int c) {
+                  return int64_t{20000000} + 100000 * ((x * 7 + y * 3) % 11) + 1000 * c;
+              }).release();
+    std::string log;
+    ASSERT_TRUE(Pipeline_RunStep(Parse("--autodev=blur=10,roi=5:5:40:30"), &p.image, &p.mask, nullptr, &log));
+    EXPECT_EQ(log,
+              "--- AutoDev\n"
+              "Parameter [Detail Blur] set to [2.0 pixels]\n"
+              "Parameter [Outside RoI Influence] set to [15 %]\n"
+              "Parameter [RoI X1] set to [5 pixels]\n"
+              "Parameter [RoI Y1] set to [5 pixels]\n"
+              "Parameter [RoI X2] set to [41 pixels (-23)]\n"
+              "Parameter [RoI Y2] set to [31 pixels (-17)]\n"
+              "Parameter [Curve Exponent] set to [1.00]\n"
+              "Parameter [Tone Blend] set to [50 %]\n");
+    EXPECT_GT(Pixel(p.image, 0, 10, 10), 20000000 * 4);
+}
+
+TEST(PipelineRun, CancelledStepLeavesTheImage) {
+    ImagePair p;
+    p.image = MakeImage(30, 20, 30, [](int32_t x, int32_t, int) { return x * 1000; }).release();
+    ImagePtr before(Image_Clone(p.image));
+    std::atomic<bool> cancel{true};
+    KernelControl control;
+    control.cancel = &cancel;
+    std::string log = "stale";
+    for (const char* option : {"--autodev", "--bin=7071", "--rotate=100"}) {
+        EXPECT_FALSE(Pipeline_RunStep(Parse(option), &p.image, &p.mask, &control, &log)) << option;
+        EXPECT_EQ(ImageDifference(p.image, before.get()), "") << option;
+        EXPECT_TRUE(log.empty());
+    }
+}
