@@ -1,0 +1,128 @@
+// The questions a load raises, in order and with the buttons they offer, and
+// what the answers do to the image and the processing log.
+#include "formats/File_LoadQuestions.h"
+
+#include "host/Shell_Log.h"
+#include "image/Image.h"
+#include "support/Files.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Asked {
+    std::vector<std::string> titles;
+    LoadAnswers answers;
+};
+
+// Answers every question with the button given for it (by title), in turn.
+Asked Walk(const LoadInfo& info, const std::vector<std::pair<std::string, int>>& buttons) {
+    Asked asked;
+    LoadQuestion q;
+    while (File_NextLoadQuestion(info, asked.answers, &q)) {
+        asked.titles.push_back(q.title);
+        int button = 0;
+        for (const auto& [title, index] : buttons)
+            if (title == q.title) button = index;
+        EXPECT_LT(size_t(button), q.buttons.size()) << q.title;
+        File_AnswerLoadQuestion(&asked.answers, q.id, button);
+        if (asked.titles.size() > 5) break;
+    }
+    return asked;
+}
+
+ImagePtr Grey(int64_t value, bool alpha) {
+    ImagePtr image(Image_Create(4, 2));
+    Image_SetBitDepth(image.get(), 30);
+    for (int64_t* plane : {image->red, image->green, image->blue})
+        for (int32_t i = 0; i < 8; ++i) plane[(i / 4) * image->stride + i % 4] = value + i;
+    if (alpha) {
+        Image_AddAlpha(image.get());
+        for (int32_t i = 0; i < 8; ++i)
+            image->alpha[(i / 4) * image->stride + i % 4] = i < 2 ? 0 : image->maxValue;
+    }
+    return image;
+}
+
+}  // namespace
+
+TEST(LoadQuestions, OrderAndButtonsFollowTheFile) {
+    LoadInfo greyFits;
+    greyFits.reader = FileReaderKind::kFits;
+    greyFits.grey = true;
+    LoadInfo rgbTiff = greyFits;
+    rgbTiff.reader = FileReaderKind::kTiff;
+    rgbTiff.grey = false;
+    rgbTiff.askDataGaps = true;
+    rgbTiff.artefacts = true;
+    LoadInfo jpeg = greyFits;
+    jpeg.reader = FileReaderKind::kJpeg;
+    struct Case {
+        const LoadInfo* info;
+        std::vector<std::pair<std::string, int>> buttons;
+        std::vector<std::string> titles;
+    } cases[] = {
+        {&greyFits, {}, {"Type of dataset?"}},
+        {&greyFits, {{"Type of dataset?", 1}}, {"Type of dataset?", "Reverse sRGB stretch?"}},
+        {&rgbTiff,
+         {{"Type of dataset?", 1}},
+         {"Data gaps detected", "Possible stacking artifacts detected", "Type of dataset?"}},
+        {&rgbTiff,
+         {{"Type of dataset?", 2}},
+         {"Data gaps detected", "Possible stacking artifacts detected", "Type of dataset?",
+          "Reverse sRGB stretch?"}},
+        {&jpeg, {}, {"Reverse stretch?"}},
+    };
+    for (const Case& c : cases) EXPECT_EQ(Walk(*c.info, c.buttons).titles, c.titles);
+
+    LoadQuestion q;
+    ASSERT_TRUE(File_NextLoadQuestion(greyFits, LoadAnswers{}, &q));
+    EXPECT_EQ(q.buttons, (std::vector<const char*>{"Linear", "Non-linear sRGB source"}));
+    EXPECT_EQ(std::string(q.text).rfind("Have the pixels in this dataset been non-linearly stretched\n\n", 0),
+              0u);
+    LoadAnswers gapsAnswered;
+    gapsAnswered.dataGaps = 0;
+    gapsAnswered.artefacts = 0;
+    ASSERT_TRUE(File_NextLoadQuestion(rgbTiff, gapsAnswered, &q));
+    EXPECT_EQ(q.buttons.size(), 3u);
+    EXPECT_STREQ(q.buttons[1], "Linear, from OSC/DSLR with Bayer matrix and not white balanced");
+    ASSERT_TRUE(File_NextLoadQuestion(jpeg, LoadAnswers{}, &q));
+    EXPECT_STREQ(q.buttons[0], "Attempt to reverse stretch, activate tracking");
+    for (bool grey : {true, false})
+        for (DatasetAnswer a : {DatasetAnswer::kLinear, DatasetAnswer::kNonLinearSrgb})
+            EXPECT_EQ(File_DatasetAnswerOf(File_DatasetButton(a, grey), grey), a);
+}
+
+TEST(LoadQuestions, AnswersActAndAreLoggedInOrder) {
+    TempDir dir;
+    SetEnv("PELLUCIDA_STATE_DIR", dir.Path().string());
+    LoadInfo info;
+    info.reader = FileReaderKind::kFits;
+    info.grey = true;
+    info.askDataGaps = true;
+    ImagePtr image = Grey(int64_t{1} << 28, true);
+    LoadAnswers answers;
+    answers.dataGaps = 0;  // Interpolate: the gaps take the median of the rest, alpha stays
+    answers.dataset = 1;   // Non-linear
+    answers.reverse = 0;   // reversed: linear again, tracking on
+    const int64_t opaqueBefore = image->red[5];
+    const LoadOutcome outcome = File_ApplyLoadAnswers(image.get(), info, answers);
+    EXPECT_TRUE(outcome.linear && outcome.tracking);
+    ASSERT_NE(image->alpha, nullptr);
+    EXPECT_EQ(image->red[0], image->red[1]);
+    EXPECT_LT(image->red[5], opaqueBefore);  // the sRGB curve undone darkens mid-tones
+    const std::vector<uint8_t> bytes = ReadFileBytes(dir.Path() / kShellLogFileName);
+    EXPECT_EQ(std::string(bytes.begin(), bytes.end()),
+              "Type of Data: Modified and not linear\nImage size is 4 x 2\n");
+
+    answers.reverse = 1;  // kept stretched: tracking off, samples untouched
+    ImagePtr kept = Grey(int64_t{1} << 28, false);
+    info.askDataGaps = false;
+    const LoadOutcome off = File_ApplyLoadAnswers(kept.get(), info, answers);
+    EXPECT_FALSE(off.linear || off.tracking);
+    EXPECT_EQ(kept->red[5], (int64_t{1} << 28) + 5);
+    UnsetEnv("PELLUCIDA_STATE_DIR");
+}
