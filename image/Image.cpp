@@ -5,7 +5,7 @@
 // with malloc and Image_Free releases it.
 #include "image/Image.h"
 
-#include "host/Host_Threads.h"
+#include "host/Host_OutOfMemory.h"
 #include "image/Image_Planes.h"
 
 #include <cstdlib>
@@ -14,13 +14,6 @@
 #include <new>
 
 namespace {
-
-constexpr const char* kOutOfMemoryText = "Out of memory\n";
-
-[[noreturn]] void OutOfMemory() {
-    Host_ShowMessage(kOutOfMemoryText);
-    std::exit(1);
-}
 
 // Elements of one plane; a degenerate size still gets one element so that a
 // plane pointer is never null for a created image.
@@ -39,7 +32,7 @@ void FillPlane(int64_t* plane, size_t elements, int64_t value) {
 
 ImageBuffer* NewRecord(int32_t width, int32_t height) {
     auto* image = new (std::nothrow) ImageBuffer{};
-    if (!image) OutOfMemory();
+    if (!image) Host_OutOfMemory();
     image->width = width;
     image->height = height;
     image->stride = width;
@@ -52,7 +45,7 @@ ImageBuffer* CreateWithPlanes(int32_t width, int32_t height, bool zeroed) {
     image->red = AllocatePlane(n, zeroed);
     image->green = AllocatePlane(n, zeroed);
     image->blue = AllocatePlane(n, zeroed);
-    if (!image->red || !image->green || !image->blue) OutOfMemory();
+    if (!image->red || !image->green || !image->blue) Host_OutOfMemory();
     return image;
 }
 
@@ -128,7 +121,7 @@ ImageBuffer* Image_Clone(const ImageBuffer* source) {
     ImageBuffer* clone = Image_Create(source->width, source->height);
     if (source->aux) {
         clone->aux = AllocatePlane(PlaneElements(clone), false);
-        if (!clone->aux) OutOfMemory();
+        if (!clone->aux) Host_OutOfMemory();
     }
     clone->stride = source->stride;
     clone->bitDepth = source->bitDepth;
@@ -136,7 +129,7 @@ ImageBuffer* Image_Clone(const ImageBuffer* source) {
     clone->mono = source->mono;
     if (source->attachment && source->attachmentSize > 0) {
         clone->attachment = static_cast<uint8_t*>(std::malloc(source->attachmentSize));
-        if (!clone->attachment) OutOfMemory();
+        if (!clone->attachment) Host_OutOfMemory();
         std::memcpy(clone->attachment, source->attachment, source->attachmentSize);
         clone->attachmentSize = source->attachmentSize;
     }
