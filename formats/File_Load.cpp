@@ -6,7 +6,6 @@
 #include "formats/Png_Read.h"
 #include "formats/Raw_Read.h"
 #include "formats/Tiff_Read.h"
-#include "host/Host.h"
 #include "host/Shell_Log.h"
 #include "image/Image.h"
 #include "image/Image_Balance.h"
@@ -36,11 +35,6 @@ Magic ReadMagic(const char* path) {
         std::fclose(file);
     }
     return magic;
-}
-
-void SetCursor(void* application, bool wait) {
-    if (!application) return;
-    Host_Call("video", wait ? "Video_SetCursorWait" : "Video_SetCursorArrow", nullptr);
 }
 
 void InspectPixels(const ImageBuffer* image, LoadInfo* info) {
@@ -126,12 +120,10 @@ bool File_PrepareLoaded(ImageBuffer* image, LoadInfo* info) {
     return true;
 }
 
-ImageBuffer* File_LoadImageData(void* application, const char* path, LoadInfo* info) {
+ImageBuffer* File_LoadImageData(const char* path, LoadInfo* info) {
     *info = LoadInfo{};
-    SetCursor(application, true);
     ImageBuffer* image = File_ReadAnyFormat(path, &info->reader);
     if (image && !File_PrepareLoaded(image, info)) image = nullptr;
-    SetCursor(application, false);
     if (!image) return nullptr;
     Shell_Logf("File loaded [%s].\n", path);
     return image;

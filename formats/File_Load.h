@@ -34,9 +34,9 @@ struct LoadInfo {
 bool File_PrepareLoaded(ImageBuffer* image, LoadInfo* info);
 
 // Reads the file and prepares it as the working image (30 bits); logs
-// "File loaded [". `application` non-null shows the wait cursor meanwhile.
-// Null when no reader takes the file or it is empty.
-ImageBuffer* File_LoadImageData(void* application, const char* path, LoadInfo* info);
+// "File loaded [". Null when no reader takes the file or it is empty. A caller
+// that shows the wait cursor holds a CursorWaitScope around the call.
+ImageBuffer* File_LoadImageData(const char* path, LoadInfo* info);
 
 // The closing line of a load, after the questions: "Image size is %d x %d\n".
 void File_LogImageSize(const ImageBuffer* image);

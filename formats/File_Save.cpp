@@ -4,11 +4,9 @@
 #include "formats/Jpeg_Write.h"
 #include "formats/Png_Write.h"
 #include "formats/Tiff_Write.h"
-#include "host/Host.h"
 #include "host/Shell_Log.h"
 
-bool File_SaveImageAs(void* application, const char* name, const ImageBuffer* image) {
-    if (application) Host_Call("video", "Video_SetCursorWait", nullptr);
+bool File_SaveImageAs(const char* name, const ImageBuffer* image) {
     int written = 0;
     switch (File_SaveFormatFor(name)) {
         case SaveFormat::kJpeg:
@@ -29,6 +27,5 @@ bool File_SaveImageAs(void* application, const char* name, const ImageBuffer* im
             "application has this file locked.\n",
             name);
     Shell_Logf("File saved [%s].\n", name);
-    if (application) Host_Call("video", "Video_SetCursorArrow", nullptr);
     return written != 0;
 }

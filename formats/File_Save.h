@@ -5,6 +5,7 @@
 
 struct ImageBuffer;
 
-// Writes the image; true on success. `application` non-null shows the wait
-// cursor meanwhile. Logs "File saved [" in every case, after the failure line.
-bool File_SaveImageAs(void* application, const char* name, const ImageBuffer* image);
+// Writes the image; true on success. Logs "File saved [" in every case, after
+// the failure line. A caller that shows the wait cursor holds a
+// CursorWaitScope around the call.
+bool File_SaveImageAs(const char* name, const ImageBuffer* image);
