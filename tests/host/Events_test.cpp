@@ -1,8 +1,9 @@
 // The event ring, the system event pump and the main loop, with the program's
 // own drivers on the headless backend.
+#include "HostFixture.h"
+#include "host/CursorWaitScope.h"
 #include "host/Host_Backend.h"
 #include "host/Host_Window.h"
-#include "tests/host/HostFixture.h"
 
 #include <cstring>
 
@@ -235,10 +236,11 @@ TEST_F(HostTest, BlitCopiesTheFramebufferToTheWindow) {
     EXPECT_EQ(Headless_GetBlitCount(), before + 2);
 }
 
-TEST_F(HostTest, CursorShapesFollowTheCalls) {
-    Host_Call("video", "Video_SetCursorWait", nullptr);
-    EXPECT_EQ(Headless_GetCursor(), kHostCursorWait);
-    Host_Call("video", "Video_SetCursorArrow", nullptr);
+TEST_F(HostTest, TheWaitCursorLastsAsLongAsItsScope) {
+    {
+        CursorWaitScope wait;
+        EXPECT_EQ(Headless_GetCursor(), kHostCursorWait);
+    }
     EXPECT_EQ(Headless_GetCursor(), kHostCursorArrow);
 }
 
