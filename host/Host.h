@@ -109,6 +109,8 @@ HostState* Host_GetState();
 
 HostDriver* Host_DriverCreate(const char* name);
 void Host_DriverAddMethod(HostDriver* driver, const HostMethod& method);
+// The same for a method given by its name and function.
+void Host_DriverAddMethod(HostDriver* driver, const char* name, HostMethodFn function);
 void Host_DriverAddDependency(HostDriver* driver, HostDriver* other);
 void Host_DriverRemoveDependency(HostDriver* driver, HostDriver* other);
 // Walks the dependency list: the first dependency for a null iterator, then the

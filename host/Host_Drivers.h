@@ -1,10 +1,9 @@
-// Registration of the host's own drivers. Host_Init calls HostDrivers_RegisterAll;
-// each driver's file registers its methods under the program's method names.
+// Registration of the host's own drivers. Host_Init calls HostDrivers_RegisterAll
+// (host/Host_Drivers.cpp), which calls each driver's file to register its
+// methods under the program's method names; the drivers never call back.
 #pragma once
 
 #include "host/Host.h"
-
-void HostDrivers_Add(HostDriver* driver, const char* name, HostMethodFn function);
 
 HostDriver* HostDrivers_RegisterVideo();
 HostDriver* HostDrivers_RegisterEvent();

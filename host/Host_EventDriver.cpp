@@ -51,12 +51,12 @@ void Resume(HostDriver*, HostMethod*, void*) {
 
 HostDriver* HostDrivers_RegisterEvent() {
     HostDriver* driver = Host_DriverCreate("event");
-    HostDrivers_Add(driver, "Event_SysEventGetNext", SysEventGetNext);
-    HostDrivers_Add(driver, "Event_SysEventGetNumPending", SysEventGetNumPending);
-    HostDrivers_Add(driver, "Event_AppEventSetHandler", AppEventSetHandler);
-    HostDrivers_Add(driver, "Event_AppEventEnqueue", AppEventEnqueue);
-    HostDrivers_Add(driver, "DESTRUCT", Destruct);
-    HostDrivers_Add(driver, "RESUME", Resume);
+    Host_DriverAddMethod(driver, "Event_SysEventGetNext", SysEventGetNext);
+    Host_DriverAddMethod(driver, "Event_SysEventGetNumPending", SysEventGetNumPending);
+    Host_DriverAddMethod(driver, "Event_AppEventSetHandler", AppEventSetHandler);
+    Host_DriverAddMethod(driver, "Event_AppEventEnqueue", AppEventEnqueue);
+    Host_DriverAddMethod(driver, "DESTRUCT", Destruct);
+    Host_DriverAddMethod(driver, "RESUME", Resume);
     // The tick timer is set up with the driver; RESUME restarts it if a
     // suspension let it be stopped.
     StartTimer();

@@ -68,18 +68,18 @@ void OsDestruct(HostDriver*, HostMethod*, void*) {}  // no private state
 HostDriver* HostDrivers_RegisterFileDialog() {
     HostDriver* driver = Host_DriverCreate("filedialog");
     driver->data = new FileDialogState();
-    HostDrivers_Add(driver, "FileDialog_FileOpen", FileOpen);
-    HostDrivers_Add(driver, "FileDialog_FileSave", FileSave);
-    HostDrivers_Add(driver, "FileDialog_FileGetName", FileGetName);
-    HostDrivers_Add(driver, "FileDialog_FileGetDialogCanceled", FileGetDialogCanceled);
-    HostDrivers_Add(driver, "FileDialog_FileSetName", FileSetName);
-    HostDrivers_Add(driver, "DESTRUCT", FileDialogDestruct);
+    Host_DriverAddMethod(driver, "FileDialog_FileOpen", FileOpen);
+    Host_DriverAddMethod(driver, "FileDialog_FileSave", FileSave);
+    Host_DriverAddMethod(driver, "FileDialog_FileGetName", FileGetName);
+    Host_DriverAddMethod(driver, "FileDialog_FileGetDialogCanceled", FileGetDialogCanceled);
+    Host_DriverAddMethod(driver, "FileDialog_FileSetName", FileSetName);
+    Host_DriverAddMethod(driver, "DESTRUCT", FileDialogDestruct);
     return driver;
 }
 
 HostDriver* HostDrivers_RegisterOs() {
     HostDriver* driver = Host_DriverCreate("os");
-    HostDrivers_Add(driver, "OS_ShowURL", ShowURL);
-    HostDrivers_Add(driver, "DESTRUCT", OsDestruct);
+    Host_DriverAddMethod(driver, "OS_ShowURL", ShowURL);
+    Host_DriverAddMethod(driver, "DESTRUCT", OsDestruct);
     return driver;
 }

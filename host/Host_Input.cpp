@@ -36,14 +36,14 @@ void Destruct(HostDriver*, HostMethod*, void*) {}  // no private state
 
 HostDriver* HostDrivers_RegisterKeyboard() {
     HostDriver* driver = Host_DriverCreate("keyboard");
-    HostDrivers_Add(driver, "Input_ProcessInputSysEvent", ProcessKeyboard);
-    HostDrivers_Add(driver, "DESTRUCT", Destruct);
+    Host_DriverAddMethod(driver, "Input_ProcessInputSysEvent", ProcessKeyboard);
+    Host_DriverAddMethod(driver, "DESTRUCT", Destruct);
     return driver;
 }
 
 HostDriver* HostDrivers_RegisterPointer() {
     HostDriver* driver = Host_DriverCreate("pointer");
-    HostDrivers_Add(driver, "Input_ProcessInputSysEvent", ProcessPointer);
-    HostDrivers_Add(driver, "DESTRUCT", Destruct);
+    Host_DriverAddMethod(driver, "Input_ProcessInputSysEvent", ProcessPointer);
+    Host_DriverAddMethod(driver, "DESTRUCT", Destruct);
     return driver;
 }

@@ -76,31 +76,6 @@ void DeliverQueue(HostState* host) {
 
 }  // namespace
 
-void HostDrivers_Add(HostDriver* driver, const char* name, HostMethodFn function) {
-    HostMethod method;
-    Host_CopyName(method.name, name);
-    method.function = function;
-    Host_DriverAddMethod(driver, method);
-}
-
-void HostDrivers_RegisterAll() {
-    HostDriver* video = HostDrivers_RegisterVideo();
-    HostDriver* event = HostDrivers_RegisterEvent();
-    HostDriver* keyboard = HostDrivers_RegisterKeyboard();
-    HostDriver* pointer = HostDrivers_RegisterPointer();
-    HostDriver* fileDialog = HostDrivers_RegisterFileDialog();
-    HostDriver* os = HostDrivers_RegisterOs();
-
-    Host_DriverAddDependency(event, video);
-    Host_DriverAddDependency(keyboard, event);
-    Host_DriverAddDependency(pointer, event);
-    Host_DriverAddDependency(fileDialog, video);
-
-    for (HostDriver* driver : {video, event, keyboard, pointer, fileDialog, os}) Host_DriverResume(driver);
-    // No name is proposed to the first file dialog.
-    Host_Call("filedialog", "FileDialog_FileSetName", const_cast<char*>(""));
-}
-
 void Host_CreateMainWindow() {
     HostBackend_Current()->CreateMainWindow();
 }

@@ -113,6 +113,13 @@ void Host_DriverAddMethod(HostDriver* driver, const HostMethod& method) {
     driver->methods.push_back(std::make_unique<HostMethod>(method));
 }
 
+void Host_DriverAddMethod(HostDriver* driver, const char* name, HostMethodFn function) {
+    HostMethod method;
+    Host_CopyName(method.name, name);
+    method.function = function;
+    Host_DriverAddMethod(driver, method);
+}
+
 void Host_DriverAddDependency(HostDriver* driver, HostDriver* other) {
     if (!driver || !other) return;
     driver->dependencies.push_back(other);

@@ -90,16 +90,16 @@ HostDriver* HostDrivers_RegisterVideo() {
     video->width = HostWindow_State().clientWidth;
     video->height = HostWindow_State().clientHeight;
     driver->data = video;
-    HostDrivers_Add(driver, "Video_GetWidth", GetWidth);
-    HostDrivers_Add(driver, "Video_GetHeight", GetHeight);
-    HostDrivers_Add(driver, "Video_GetFramebuffer", GetFramebuffer);
-    HostDrivers_Add(driver, "Video_GetPixelsPerRow", GetPixelsPerRow);
-    HostDrivers_Add(driver, "Video_Blit", Blit);
-    HostDrivers_Add(driver, "Video_Resize", Resize);
-    HostDrivers_Add(driver, "Video_SetCursorArrow", SetCursorArrow);
-    HostDrivers_Add(driver, "Video_SetCursorWait", SetCursorWait);
+    Host_DriverAddMethod(driver, "Video_GetWidth", GetWidth);
+    Host_DriverAddMethod(driver, "Video_GetHeight", GetHeight);
+    Host_DriverAddMethod(driver, "Video_GetFramebuffer", GetFramebuffer);
+    Host_DriverAddMethod(driver, "Video_GetPixelsPerRow", GetPixelsPerRow);
+    Host_DriverAddMethod(driver, "Video_Blit", Blit);
+    Host_DriverAddMethod(driver, "Video_Resize", Resize);
+    Host_DriverAddMethod(driver, "Video_SetCursorArrow", SetCursorArrow);
+    Host_DriverAddMethod(driver, "Video_SetCursorWait", SetCursorWait);
     // Listed twice; lookup takes the first, so the second is never reached.
-    HostDrivers_Add(driver, "Video_Resize", Resize);
-    HostDrivers_Add(driver, "DESTRUCT", Destruct);
+    Host_DriverAddMethod(driver, "Video_Resize", Resize);
+    Host_DriverAddMethod(driver, "DESTRUCT", Destruct);
     return driver;
 }
