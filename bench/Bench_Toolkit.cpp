@@ -2,8 +2,10 @@
 // (what a resize or a closing message box costs), and one step of a
 // level-setter drag, which redraws only the setter and its value label.
 #include "host/Host_Os.h"
+#include "ui/Entities.h"
 #include "ui/TestForm.h"
 #include "ui/Toolkit.h"
+#include "ui/Toolkit_Create.h"
 #include "ui/Toolkit_Dispatch.h"
 #include "ui/Toolkit_Events.h"
 #include "ui/archive/Resources_Open.h"

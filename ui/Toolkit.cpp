@@ -1,47 +1,11 @@
-// Creating the toolkit context and the services it offers every widget.
+// The services the toolkit context offers every widget.
 #include "ui/Toolkit.h"
-
-#include "ui/Theme.h"
-#include "ui/WidgetKinds.h"
-#include "ui/archive/Resources_Open.h"
 
 namespace {
 
 constexpr const char* kFontEntry = "font.fnt";
 
 }  // namespace
-
-std::unique_ptr<Toolkit> Toolkit_CreateBare() {
-    auto toolkit = std::make_unique<Toolkit>();
-    toolkit->root = std::make_unique<Widget>();
-    toolkit->root->type = kWidgetDrawingArea;
-    toolkit->root->width = kUnitsWhole;
-    toolkit->root->height = kUnitsWhole;
-    toolkit->currentForm = toolkit->root.get();
-    Theme_Apply(toolkit.get());
-    Toolkit_DefineSystemEntities(toolkit.get());
-    return toolkit;
-}
-
-std::unique_ptr<Toolkit> Toolkit_Create() {
-    return Toolkit_CreateWithArchive(Resources_Open());
-}
-
-std::unique_ptr<Toolkit> Toolkit_CreateWithArchive(std::unique_ptr<ResourceArchive> archive) {
-    auto toolkit = std::make_unique<Toolkit>();
-    toolkit->archive = std::move(archive);
-    toolkit->root = std::make_unique<Widget>();
-    toolkit->root->type = kWidgetDrawingArea;
-    toolkit->root->width = kUnitsWhole;
-    toolkit->root->height = kUnitsWhole;
-    toolkit->currentForm = toolkit->root.get();
-    Theme_Apply(toolkit.get());
-    Toolkit_MeasureScreen(toolkit.get());
-    Toolkit_DefineSystemEntities(toolkit.get());
-    Toolkit_SetMetricsFromScreen(toolkit.get());
-    Toolkit_LoadFont(toolkit.get());
-    return toolkit;
-}
 
 bool Toolkit_LoadFont(Toolkit* toolkit) {
     // An entry that is not a font leaves the toolkit without one.

@@ -3,7 +3,7 @@
 // theme colours, the open resource archive and the pending toolkit events.
 #pragma once
 
-#include "ui/Entities.h"
+#include "ui/Entity_Table.h"
 #include "ui/Widget.h"
 #include "ui/archive/Resources_Archive.h"
 #include "ui/draw/Draw_Surface.h"
@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 // One pending toolkit event: the widget it is for, its code and payload.
@@ -59,7 +60,8 @@ struct Toolkit {
     uint32_t screenHeight = 0;
     uint32_t pixelsPerRow = 0;
 
-    std::unique_ptr<Widget> root;  // a drawing area over the whole framebuffer
+    std::unique_ptr<Widget> root;          // a drawing area over the whole framebuffer
+    std::span<const WidgetKindRow> kinds;  // handler and pointer rule of each widget kind
 
     EntityTable systemEntities;  // the built-in entities
     EntityTable markupEntities;  // what ENTITY elements define; survives from form to form
@@ -86,17 +88,6 @@ struct Toolkit {
     // (their own handlers are still running when they close).
     std::vector<std::unique_ptr<Widget>> retired;
 };
-
-// A context without archive, screen or font: the root widget and the built-in
-// entities that need no screen. Toolkit_Create adds the rest.
-std::unique_ptr<Toolkit> Toolkit_CreateBare();
-
-// The start-up sequence: opens the archive (ending the process when it is
-// missing), measures the screen, defines the system entities and the metrics
-// and loads the font.
-std::unique_ptr<Toolkit> Toolkit_Create();
-// The same sequence with an archive opened by the caller (tools, tests).
-std::unique_ptr<Toolkit> Toolkit_CreateWithArchive(std::unique_ptr<ResourceArchive> archive);
 
 // Loads an archive entry whole through the context's archive; empty when the
 // entry is missing or empty.

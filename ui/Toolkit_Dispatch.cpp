@@ -9,8 +9,6 @@
 #include "ui/Toolkit_Events.h"
 #include "ui/WidgetKinds.h"
 #include "ui/draw/Draw_Rect.h"
-#include "ui/widgets/Form.h"
-#include "ui/widgets/GestureArea.h"
 
 #include <algorithm>
 #include <vector>
@@ -29,24 +27,15 @@ DrawRect Union(const DrawRect& a, const DrawRect& b) {
     return {x0, y0, x1 - x0, y1 - y0};
 }
 
-bool TakesPointer(uint32_t kind) {
-    switch (kind) {
-        case kWidgetButton:
-        case kWidgetField:
-        case kWidgetFieldMulti:
-        case kWidgetList:
-        case kWidgetSelector:
-        case kWidgetLevelSetter:
-        case kWidgetImageView:
-            return true;
-        default:
-            return false;
-    }
+const WidgetKindRow* KindOf(const Toolkit* toolkit, uint32_t kind) {
+    for (const WidgetKindRow& row : toolkit->kinds)
+        if (row.kind == kind) return &row;
+    return nullptr;
 }
 
-bool TakesPointer(const Widget* widget) {
-    if (widget->type == kWidgetGestureArea) return GestureArea_TakesPointer(widget);
-    return TakesPointer(widget->type);
+bool TakesPointer(const Toolkit* toolkit, const Widget* widget) {
+    const WidgetKindRow* row = KindOf(toolkit, widget->type);
+    return row && row->takesPointer && row->takesPointer(widget);
 }
 
 bool IsModal(const Widget* widget) {
@@ -196,7 +185,9 @@ void RunEvent(Toolkit* toolkit, const ToolkitEvent& e) {
 int Widget_Send(Toolkit* toolkit, Widget* widget, uint32_t code, uint32_t payload0, uint32_t payload1,
                 uint32_t payload2) {
     if (!widget) return 0;
-    const WidgetHandler handler = widget->handler ? widget->handler : WidgetKinds_Handler(widget->type);
+    WidgetHandler handler = widget->handler;
+    if (!handler)
+        if (const WidgetKindRow* row = KindOf(toolkit, widget->type)) handler = row->handler;
     if (!handler) return 0;
     WidgetEvent event;
     event.payload[0] = payload0;
@@ -231,6 +222,24 @@ void Toolkit_PostPointer(Toolkit* toolkit, uint32_t x, uint32_t y, bool down) {
     else if (was)
         Toolkit_PostEvent(toolkit, toolkit->root.get(), kEventRelease, x, y, 0);
     was = down;
+}
+
+void Toolkit_ProcessPendingDraws(Toolkit* toolkit) {
+    ToolkitEventRing& ring = toolkit->events;
+    // Compacts in place: kept entries slide towards the read end in order.
+    const uint32_t count = ring.pending;
+    uint32_t kept = 0;
+    for (uint32_t k = 0; k < count; ++k) {
+        const ToolkitEvent e = ring.entries[(ring.readIndex + k) % kToolkitEventRingSize];
+        const bool plainDraw =
+            e.code == kEventDraw && e.payload[0] == 0 && e.payload[1] == 0 && e.payload[2] == 0;
+        if (!plainDraw) {
+            ring.entries[(ring.readIndex + kept++) % kToolkitEventRingSize] = e;
+            continue;
+        }
+        if (e.widget) Toolkit_DrawWidget(toolkit, e.widget);
+    }
+    ring.pending = kept;
 }
 
 void Toolkit_Invalidate(Toolkit* toolkit, Widget* widget) {
@@ -293,7 +302,7 @@ Widget* Toolkit_HitTest(Toolkit* toolkit, Widget* from, int32_t x, int32_t y) {
     // Later children lie on top.
     for (auto child = from->children.rbegin(); child != from->children.rend(); ++child)
         if (Widget* hit = Toolkit_HitTest(toolkit, child->get(), x, y)) return hit;
-    return TakesPointer(from) ? from : nullptr;
+    return TakesPointer(toolkit, from) ? from : nullptr;
 }
 
 bool Widget_IsFocusable(const Widget* widget) {

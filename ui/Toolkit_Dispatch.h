@@ -23,6 +23,10 @@ inline constexpr uint32_t kKeyEscape = 27;
 // meanwhile, then blits what was drawn. Returns the number of events run.
 uint32_t Toolkit_Dispatch(Toolkit* toolkit);
 
+// Runs, in order, the pending draw requests (code 8) that carry no other
+// payload, and leaves every other entry queued as it was.
+void Toolkit_ProcessPendingDraws(Toolkit* toolkit);
+
 // Turns the pointer state the host reports (position, button down) into a
 // press, drag or release posted to the root; a move with the button up posts nothing.
 void Toolkit_PostPointer(Toolkit* toolkit, uint32_t x, uint32_t y, bool down);

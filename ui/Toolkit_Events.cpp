@@ -2,7 +2,6 @@
 #include "ui/Toolkit_Events.h"
 
 #include "ui/Toolkit.h"
-#include "ui/Toolkit_Dispatch.h"
 
 #include <cstdlib>
 
@@ -10,10 +9,6 @@ namespace {
 
 uint32_t Slot(const ToolkitEventRing& ring, uint32_t k) {
     return (ring.readIndex + k) % kToolkitEventRingSize;
-}
-
-bool IsPlainDraw(const ToolkitEvent& e) {
-    return e.code == kEventDraw && e.payload[0] == 0 && e.payload[1] == 0 && e.payload[2] == 0;
 }
 
 }  // namespace
@@ -42,20 +37,4 @@ bool Toolkit_TakeEvent(Toolkit* toolkit, ToolkitEvent* event) {
 
 uint32_t Toolkit_PendingEvents(const Toolkit* toolkit) {
     return toolkit->events.pending;
-}
-
-void Toolkit_ProcessPendingDraws(Toolkit* toolkit) {
-    ToolkitEventRing& ring = toolkit->events;
-    // Compacts in place: kept entries slide towards the read end in order.
-    const uint32_t count = ring.pending;
-    uint32_t kept = 0;
-    for (uint32_t k = 0; k < count; ++k) {
-        const ToolkitEvent e = ring.entries[Slot(ring, k)];
-        if (!IsPlainDraw(e)) {
-            ring.entries[Slot(ring, kept++)] = e;
-            continue;
-        }
-        if (e.widget) Toolkit_DrawWidget(toolkit, e.widget);
-    }
-    ring.pending = kept;
 }

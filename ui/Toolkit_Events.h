@@ -17,7 +17,3 @@ void Toolkit_PostEvent(Toolkit* toolkit, Widget* widget, uint32_t code, uint32_t
 bool Toolkit_TakeEvent(Toolkit* toolkit, ToolkitEvent* event);
 
 uint32_t Toolkit_PendingEvents(const Toolkit* toolkit);
-
-// Runs, in order, the pending draw requests (code 8) that carry no other
-// payload, and leaves every other entry queued as it was.
-void Toolkit_ProcessPendingDraws(Toolkit* toolkit);

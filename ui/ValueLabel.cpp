@@ -1,6 +1,7 @@
 #include "ui/ValueLabel.h"
 
 #include "ui/Toolkit.h"
+#include "ui/Toolkit_Dispatch.h"
 #include "ui/Toolkit_Events.h"
 #include "ui/WidgetKinds.h"
 

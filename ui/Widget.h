@@ -36,6 +36,16 @@ struct WidgetEvent {
 // Draws the widget or reacts to the event; returns 1 when it handled it.
 using WidgetHandler = int (*)(Toolkit* toolkit, Widget* widget, const WidgetEvent* event);
 
+// What the dispatcher needs of a widget kind: one row per kind in the kind
+// table the toolkit is created with (ui/widgets/WidgetKinds_Table.h), so that
+// dispatching never has to know the kinds themselves.
+struct WidgetKindRow {
+    uint32_t kind = 0;
+    WidgetHandler handler = nullptr;  // for widgets that bring no handler of their own
+    // Whether the widget takes the pointer, so a hit test stops at it; null: never.
+    bool (*takesPointer)(const Widget* widget) = nullptr;
+};
+
 // Base of every kind's record (WidgetKinds.h); owned by its widget.
 struct WidgetRecord {
     virtual ~WidgetRecord() = default;

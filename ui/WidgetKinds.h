@@ -3,6 +3,7 @@
 #pragma once
 
 #include "ui/Widget.h"
+#include "ui/draw/Draw_Colour.h"
 
 #include <cstdint>
 #include <string>
@@ -108,6 +109,16 @@ struct LayoutRecord : WidgetRecord {
 
 struct FormRecord : WidgetRecord {
     GeometryRecord geometry;
+};
+
+// A form created on top of the screen by code (a message box, the progress
+// dialog): it keeps what lies beneath from the pointer and the keyboard while
+// it is up (ui/widgets/Form.h opens and closes it).
+struct ModalFormRecord : FormRecord {
+    Colour565 panel = 0;
+    bool pushed = false;  // whether its state went onto the stack (not for a tenth box)
+    // Places the children again for the current screen size.
+    void (*relayout)(Toolkit* toolkit, Widget* form) = nullptr;
 };
 
 // Zoom is in percent; with `fit` set the zoom was chosen to fit the image into
@@ -245,6 +256,3 @@ struct GestureAreaRecord : WidgetRecord {
     GestureFn onGesture = nullptr;
     void* user = nullptr;
 };
-
-// The handler of a widget kind (draw and events), or null for an unknown kind.
-WidgetHandler WidgetKinds_Handler(uint32_t kind);

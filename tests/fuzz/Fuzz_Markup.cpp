@@ -1,8 +1,10 @@
 // libFuzzer target for the form markup reader and the widget tree it builds:
 // the input is read as a form twice (the second time with whatever entities
 // the first defined), laid out again for another screen, and searched.
+#include "ui/Entities.h"
 #include "ui/Layout.h"
 #include "ui/Toolkit.h"
+#include "ui/Toolkit_Create.h"
 #include "ui/Widget.h"
 #include "ui/markup/Markup_Form.h"
 

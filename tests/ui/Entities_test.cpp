@@ -2,6 +2,7 @@
 // and character references.
 #include "ui/Entities.h"
 #include "ui/Toolkit.h"
+#include "ui/Toolkit_Create.h"
 
 #include <gtest/gtest.h>
 

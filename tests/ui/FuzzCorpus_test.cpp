@@ -1,8 +1,10 @@
 // Replays the fuzzers' kept inputs (seeds and every crasher found) for the
 // archive reader, the .sqi decoder and the markup reader in every normal
 // build, so a fixed fault stays fixed under the sanitizer build too.
+#include "ui/Entities.h"
 #include "ui/Layout.h"
 #include "ui/Toolkit.h"
+#include "ui/Toolkit_Create.h"
 #include "ui/archive/Resources_Archive.h"
 #include "ui/archive/Sqi_Decode.h"
 #include "ui/markup/Markup_Form.h"

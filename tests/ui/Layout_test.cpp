@@ -1,7 +1,9 @@
 // The 3 x 3 layout: cell rectangles, minimum bands in their fixed order, and
 // the placement of widgets from markup.
 #include "ui/Layout.h"
+#include "ui/Entities.h"
 #include "ui/Toolkit.h"
+#include "ui/Toolkit_Create.h"
 #include "ui/WidgetKinds.h"
 #include "ui/markup/Markup_Form.h"
 

@@ -1,7 +1,9 @@
 // The form markup reader: identifiers, attributes, entity expansion as the
 // text is read, conditional sections, skipped subtrees, the balance message
 // and the widget tree it builds.
+#include "ui/Entities.h"
 #include "ui/Toolkit.h"
+#include "ui/Toolkit_Create.h"
 #include "ui/Toolkit_Events.h"
 #include "ui/ValueLabel.h"
 #include "ui/WidgetKinds.h"

@@ -4,7 +4,9 @@
 // the test form parses and every icon decodes.
 #include "ArchiveBuilder.h"
 #include "host/Host_Os.h"
+#include "ui/Entities.h"
 #include "ui/Toolkit.h"
+#include "ui/Toolkit_Create.h"
 #include "ui/WidgetKinds.h"
 #include "ui/archive/Resources_Open.h"
 #include "ui/archive/Sqi_Decode.h"

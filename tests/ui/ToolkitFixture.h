@@ -8,6 +8,7 @@
 #include "ui/Layout.h"
 #include "ui/TestForm.h"
 #include "ui/Toolkit.h"
+#include "ui/Toolkit_Create.h"
 #include "ui/Toolkit_Dispatch.h"
 #include "ui/Toolkit_Events.h"
 #include "ui/WidgetKinds.h"

@@ -8,6 +8,7 @@
 #include "ui/TestForm.h"
 #include "ui/Toolkit.h"
 #include "ui/Toolkit_AppEvent.h"
+#include "ui/Toolkit_Create.h"
 #include "ui/archive/Resources_Open.h"
 #include "ui/markup/Markup_Form.h"
 

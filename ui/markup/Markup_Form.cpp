@@ -4,6 +4,7 @@
 // opened and closed.
 #include "ui/markup/Markup_Form.h"
 
+#include "ui/Entities.h"
 #include "ui/Layout.h"
 #include "ui/Toolkit.h"
 #include "ui/WidgetKinds.h"

@@ -6,16 +6,8 @@
 #pragma once
 
 #include "ui/WidgetKinds.h"
-#include "ui/draw/Draw_Colour.h"
 
 struct Toolkit;
-
-struct ModalFormRecord : FormRecord {
-    Colour565 panel = 0;
-    bool pushed = false;  // whether its state went onto the stack (not for a tenth box)
-    // Places the children again for the current screen size.
-    void (*relayout)(Toolkit* toolkit, Widget* form) = nullptr;
-};
 
 int Form_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event);
 
