@@ -1,88 +1,80 @@
-// The value-label members print exactly the program's wording.
+// The value-label members: each one's text at the positions that show its
+// wording, and each text leading back to its position.
 #include "modules/common/ValueLabel_Format.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-std::string Text(ValueLabelKind kind, uint32_t position, uint32_t maximum = 0, int32_t w = 0, int32_t h = 0) {
-    ValueLabelInput input;
-    input.position = position;
-    input.maximum = maximum;
-    input.extentW = w;
-    input.extentH = h;
-    return ValueLabel_Text(kind, input);
-}
+using K = ValueLabelKind;
 
-TEST(ValueLabel, TenthPixelsStartAtOnePixel) {
-    EXPECT_EQ(Text(ValueLabelKind::TenthPixelsFromOne, 0), "1.0 pixels");
-    EXPECT_EQ(Text(ValueLabelKind::TenthPixelsFromOne, 90), "10.0 pixels");
-}
+struct Case {
+    K kind;
+    uint32_t position, maximum;
+    int32_t w, h;
+    const char* text;
+    bool guessable;  // the text alone gives the position back
+};
 
-TEST(ValueLabel, SignedPixelsAreZeroAtMidTravel) {
-    EXPECT_EQ(Text(ValueLabelKind::SignedPixels, 50, 100), "0.0 pixels");
-    EXPECT_EQ(Text(ValueLabelKind::SignedPixels, 40, 100), "-1.0 pixels");
-    EXPECT_EQ(Text(ValueLabelKind::SignedPixels, 100, 100), "5.0 pixels");
-}
+const Case kCases[] = {
+    {K::TenthPixelsFromOne, 0, 0, 0, 0, "1.0 pixels", true},
+    {K::TenthPixelsFromOne, 90, 0, 0, 0, "10.0 pixels", true},
+    {K::SignedPixels, 50, 100, 0, 0, "0.0 pixels", true},
+    {K::SignedPixels, 40, 100, 0, 0, "-1.0 pixels", true},
+    {K::Minutes, 65, 0, 0, 0, "1h05m (65m) (3900s)", true},
+    {K::Minutes, 0, 0, 0, 0, "0h00m (0m) (0s)", true},
+    {K::SquareSize, 0, 0, 0, 0, "128 x 128 pixels", true},
+    {K::SquareSize, 3, 0, 0, 0, "1024 x 1024 pixels", true},
+    {K::ShadowHighlight, 90, 200, 0, 0, "20% shadow dominant", true},
+    {K::ShadowHighlight, 100, 200, 0, 0, "balanced", true},
+    {K::ShadowHighlight, 130, 200, 0, 0, "60% highlight dominant", true},
+    {K::NoiseDetail, 100, 0, 0, 0, "1.00 (optimal noise and detail)", true},
+    {K::NoiseDetail, 99, 0, 0, 0, "0.99 (noisier, extra detail)", true},
+    {K::NoiseDetail, 150, 0, 0, 0, "1.50 (smoother, less detail)", true},
+    {K::Plain, 7, 0, 0, 0, "7", true},
+    {K::PlainPlusOne, 7, 0, 0, 0, "8", true},
+    {K::Pixels, 12, 0, 0, 0, "12 pixels", true},
+    {K::PixelsPlusOne, 12, 0, 0, 0, "13 pixels", true},
+    {K::PixelsFromCentreX, 10, 0, 101, 50, "-40 pixels", true},
+    {K::PixelsFromCentreY, 10, 0, 101, 50, "-15 pixels", true},
+    {K::PixelsAndRestX, 9, 0, 100, 60, "10 pixels (-90)", true},
+    {K::PixelsAndRestY, 9, 0, 100, 60, "10 pixels (-50)", true},
+    {K::Percent, 42, 0, 0, 0, "42 %", true},
+    {K::PercentSplit, 30, 100, 0, 0, "70% / 30%", true},
+    {K::TenthsFromOne, 5, 0, 0, 0, "1.5", true},
+    {K::TenthsFromOneFine, 5, 0, 0, 0, "1.50", true},
+    {K::Tenths, 25, 0, 0, 0, "2.50", true},
+    {K::Hundredths, 5, 0, 0, 0, "0.05", true},
+    {K::HundredthsFromOne, 5, 0, 0, 0, "1.05", true},
+    {K::SignedPercent, 9950, 0, 0, 0, "-0.50 %", true},
+    {K::SignedPercent, 10000, 0, 0, 0, "0.00 %", true},
+    // Members whose figures the caller computes (25.4, 30.9, 1.5 here).
+    {K::Millimetres, 4, 0, 0, 0, "25mm / 1.00\"", false},
+    {K::MillimetresFine, 4, 0, 0, 0, "25.4mm / 1.00\"", false},
+    {K::ComputedPercent, 4, 0, 0, 0, "0.25 %", false},
+    {K::FieldOfView, 4, 0, 0, 0, "5 Arc Minutes (25' x 30')", true},
+    {K::DenoiseScale, 4, 0, 0, 0, "(scale/noise reduction 25.40%)/(30.90%)/(+1.50 bits)", false},
+};
 
-TEST(ValueLabel, MinutesShowHoursMinutesAndSeconds) {
-    EXPECT_EQ(Text(ValueLabelKind::Minutes, 65), "1h05m (65m) (3900s)");
-    EXPECT_EQ(Text(ValueLabelKind::Minutes, 0), "0h00m (0m) (0s)");
-}
+}  // namespace
 
-TEST(ValueLabel, SquareSizeDoublesPerStep) {
-    EXPECT_EQ(Text(ValueLabelKind::SquareSize, 0), "128 x 128 pixels");
-    EXPECT_EQ(Text(ValueLabelKind::SquareSize, 3), "1024 x 1024 pixels");
-}
-
-TEST(ValueLabel, ShadowHighlightAroundTheMiddle) {
-    EXPECT_EQ(Text(ValueLabelKind::ShadowHighlight, 90, 200), "20% shadow dominant");
-    EXPECT_EQ(Text(ValueLabelKind::ShadowHighlight, 100, 200), "balanced");
-    EXPECT_EQ(Text(ValueLabelKind::ShadowHighlight, 130, 200), "60% highlight dominant");
-}
-
-TEST(ValueLabel, NoiseDetailWordsFollowThePosition) {
-    EXPECT_EQ(Text(ValueLabelKind::NoiseDetail, 100), "1.00 (optimal noise and detail)");
-    EXPECT_EQ(Text(ValueLabelKind::NoiseDetail, 99), "0.99 (noisier, extra detail)");
-    EXPECT_EQ(Text(ValueLabelKind::NoiseDetail, 0), "0.00 (noisier, extra detail)");
-    EXPECT_EQ(Text(ValueLabelKind::NoiseDetail, 150), "1.50 (smoother, less detail)");
-}
-
-TEST(ValueLabel, IntegerMembers) {
-    EXPECT_EQ(Text(ValueLabelKind::Plain, 7), "7");
-    EXPECT_EQ(Text(ValueLabelKind::PlainPlusOne, 7), "8");
-    EXPECT_EQ(Text(ValueLabelKind::Pixels, 12), "12 pixels");
-    EXPECT_EQ(Text(ValueLabelKind::PixelsPlusOne, 12), "13 pixels");
-    EXPECT_EQ(Text(ValueLabelKind::PixelsFromCentreX, 10, 0, 101, 50), "-40 pixels");
-    EXPECT_EQ(Text(ValueLabelKind::PixelsFromCentreY, 10, 0, 101, 50), "-15 pixels");
-    EXPECT_EQ(Text(ValueLabelKind::PixelsAndRestX, 9, 0, 100, 60), "10 pixels (-90)");
-    EXPECT_EQ(Text(ValueLabelKind::PixelsAndRestY, 9, 0, 100, 60), "10 pixels (-50)");
-    EXPECT_EQ(Text(ValueLabelKind::Percent, 42), "42 %");
-    EXPECT_EQ(Text(ValueLabelKind::PercentSplit, 30, 100), "70% / 30%");
-}
-
-TEST(ValueLabel, DecimalMembers) {
-    EXPECT_EQ(Text(ValueLabelKind::TenthsFromOne, 5), "1.5");
-    EXPECT_EQ(Text(ValueLabelKind::TenthsFromOneFine, 5), "1.50");
-    EXPECT_EQ(Text(ValueLabelKind::Tenths, 25), "2.50");
-    EXPECT_EQ(Text(ValueLabelKind::Hundredths, 5), "0.05");
-    EXPECT_EQ(Text(ValueLabelKind::HundredthsFromOne, 5), "1.05");
-    EXPECT_EQ(Text(ValueLabelKind::SignedPercent, 9950), "-0.50 %");
-    EXPECT_EQ(Text(ValueLabelKind::SignedPercent, 10000), "0.00 %");
-}
-
-TEST(ValueLabel, MembersWithCallerFigures) {
-    ValueLabelInput input;
-    input.position = 4;
-    input.figures[0] = 25.4;
-    input.figures[1] = 30.9;
-    input.figures[2] = 1.5;
-    EXPECT_EQ(ValueLabel_Text(ValueLabelKind::Millimetres, input), "25mm / 1.00\"");
-    EXPECT_EQ(ValueLabel_Text(ValueLabelKind::MillimetresFine, input), "25.4mm / 1.00\"");
-    EXPECT_EQ(ValueLabel_Text(ValueLabelKind::ComputedPercent, input), "0.25 %");
-    EXPECT_EQ(ValueLabel_Text(ValueLabelKind::FieldOfView, input), "5 Arc Minutes (25' x 30')");
-    EXPECT_EQ(ValueLabel_Text(ValueLabelKind::DenoiseScale, input),
-              "(scale/noise reduction 25.40%)/(30.90%)/(+1.50 bits)");
+TEST(ValueLabel, EveryMemberSaysWhatThePositionMeansAndLeadsBack) {
+    for (const Case& c : kCases) {
+        ValueLabelInput input;
+        input.position = c.position;
+        input.maximum = c.maximum;
+        input.extentW = c.w;
+        input.extentH = c.h;
+        input.figures[0] = 25.4;
+        input.figures[1] = 30.9;
+        input.figures[2] = 1.5;
+        EXPECT_EQ(ValueLabel_Text(c.kind, input), c.text) << int(c.kind);
+        int64_t back = -1;
+        if (c.guessable) {
+            EXPECT_TRUE(ValueLabel_Guess(c.kind, c.text, c.maximum, c.w, c.h, &back)) << c.text;
+            EXPECT_EQ(back, c.position) << c.text;
+        }
+    }
 }
 
 TEST(ValueLabel, ShortBufferIsTruncatedAndTerminated) {
@@ -92,5 +84,3 @@ TEST(ValueLabel, ShortBufferIsTruncatedAndTerminated) {
     EXPECT_EQ(ValueLabel_Format(ValueLabelKind::Minutes, input, small, sizeof small), 5u);
     EXPECT_STREQ(small, "1h05m");
 }
-
-}  // namespace
