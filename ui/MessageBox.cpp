@@ -30,6 +30,7 @@ struct MessageBoxRecord : ModalFormRecord {
     uint32_t framebufferWidth = 0;
     uint32_t framebufferHeight = 0;
     MessageBoxCallback callback = nullptr;
+    void* user = nullptr;
     std::string text;
     std::string title;
     uint32_t buttonCount = 0;
@@ -137,8 +138,9 @@ void OnButton(Toolkit* toolkit, Widget* button, void* user) {
         if (b.widget == button) index = b.index;
     record->shown = 0;
     const MessageBoxCallback callback = record->callback;
+    void* callbackUser = record->user;
     ModalForm_Close(toolkit, box);
-    if (callback) callback(toolkit, index);
+    if (callback) callback(toolkit, index, callbackUser);
 }
 
 std::vector<std::string> Labels(uint32_t count, va_list args) {
@@ -192,11 +194,13 @@ const char* MessageBox_IconName(uint32_t iconType) {
 }
 
 Widget* MessageBox_ShowLabels(Toolkit* toolkit, const char* title, const char* text, const char* icon,
-                              MessageBoxCallback callback, const std::vector<std::string>& labels) {
+                              MessageBoxCallback callback, void* user,
+                              const std::vector<std::string>& labels) {
     auto owned = std::make_unique<MessageBoxRecord>();
     MessageBoxRecord* record = owned.get();
     record->panel = theme::kPanel;
     record->callback = callback;
+    record->user = user;
     record->title = title ? title : "";
     record->text = Toolkit_ExpandText(toolkit, text ? text : "");
     record->buttonCount = static_cast<uint32_t>(labels.size());
@@ -243,21 +247,21 @@ Widget* MessageBox_ShowLabels(Toolkit* toolkit, const char* title, const char* t
 }
 
 Widget* MessageBox_Show(Toolkit* toolkit, const char* title, const char* text, uint32_t iconType,
-                        MessageBoxCallback callback, uint32_t buttonCount, ...) {
+                        MessageBoxCallback callback, void* user, uint32_t buttonCount, ...) {
     va_list args;
     va_start(args, buttonCount);
     const std::vector<std::string> labels = Labels(buttonCount, args);
     va_end(args);
-    return MessageBox_ShowLabels(toolkit, title, text, MessageBox_IconName(iconType), callback, labels);
+    return MessageBox_ShowLabels(toolkit, title, text, MessageBox_IconName(iconType), callback, user, labels);
 }
 
 Widget* MessageBox_ShowAlert(Toolkit* toolkit, const char* title, const char* text,
-                             MessageBoxCallback callback, uint32_t buttonCount, ...) {
+                             MessageBoxCallback callback, void* user, uint32_t buttonCount, ...) {
     va_list args;
     va_start(args, buttonCount);
     const std::vector<std::string> labels = Labels(buttonCount, args);
     va_end(args);
-    return MessageBox_ShowLabels(toolkit, title, text, kIconAlert, callback, labels);
+    return MessageBox_ShowLabels(toolkit, title, text, kIconAlert, callback, user, labels);
 }
 
 std::vector<Widget*> MessageBox_Buttons(Widget* box) {

@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-using MessageBoxCallback = void (*)(Toolkit* toolkit, uint32_t buttonIndex);
+// `user` is the pointer given with the callback: the state of whatever asked.
+using MessageBoxCallback = void (*)(Toolkit* toolkit, uint32_t buttonIndex, void* user);
 
 // iconType chooses the icon: 0 warning, 1 information, 2 error, 3 success,
 // 4 one drawn by code; any other value information.
@@ -35,13 +36,14 @@ const char* MessageBox_IconName(uint32_t iconType);
 // Builds and shows the box with `buttonCount` labels (const char*) following,
 // left to right, each expanded for entities. Returns the box's form widget.
 Widget* MessageBox_Show(Toolkit* toolkit, const char* title, const char* text, uint32_t iconType,
-                        MessageBoxCallback callback, uint32_t buttonCount, ...);
+                        MessageBoxCallback callback, void* user, uint32_t buttonCount, ...);
 // The general form: always "icon_alert.sqi".
 Widget* MessageBox_ShowAlert(Toolkit* toolkit, const char* title, const char* text,
-                             MessageBoxCallback callback, uint32_t buttonCount, ...);
+                             MessageBoxCallback callback, void* user, uint32_t buttonCount, ...);
 // The same with the labels in a vector.
 Widget* MessageBox_ShowLabels(Toolkit* toolkit, const char* title, const char* text, const char* icon,
-                              MessageBoxCallback callback, const std::vector<std::string>& labels);
+                              MessageBoxCallback callback, void* user,
+                              const std::vector<std::string>& labels);
 
 // The box's button widgets, left to right (tests, keyboard handling).
 std::vector<Widget*> MessageBox_Buttons(Widget* box);

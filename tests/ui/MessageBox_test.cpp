@@ -11,8 +11,9 @@
 namespace {
 
 std::vector<uint32_t> g_pressed;
-void Remember(Toolkit*, uint32_t index) {
-    g_pressed.push_back(index);
+// The box hands back the pointer it was given: the pressed buttons go where the caller said.
+void Remember(Toolkit*, uint32_t index, void* user) {
+    static_cast<std::vector<uint32_t>*>(user)->push_back(index);
 }
 
 TEST(MessageBoxIcons, ByType) {
@@ -26,20 +27,20 @@ TEST(MessageBoxIcons, ByType) {
 }
 
 TEST_F(ToolkitTest, TheButtonsShareTheRowEqually) {
-    Widget* one = MessageBox_Show(tk.get(), "Information", "One button.", 1, Remember, 1, "OK");
+    Widget* one = MessageBox_Show(tk.get(), "Information", "One button.", 1, Remember, &g_pressed, 1, "OK");
     std::vector<Widget*> b = MessageBox_Buttons(one);
     ASSERT_EQ(b.size(), 1u);
     EXPECT_EQ(b[0]->x, 0u);
     EXPECT_EQ(b[0]->width, kUnitsWhole);
-    Widget* two =
-        MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, 2, kCloseButton, kCancelButton);
+    Widget* two = MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, &g_pressed, 2, kCloseButton,
+                                  kCancelButton);
     b = MessageBox_Buttons(two);
     ASSERT_EQ(b.size(), 2u);
     EXPECT_EQ(b[0]->width, 16384u);
     EXPECT_EQ(b[1]->x, 16384u);
     EXPECT_EQ(b[1]->width, 16384u);
-    Widget* three =
-        MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, 3, "Yes", "No", "Cancel");
+    Widget* three = MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, &g_pressed, 3, "Yes",
+                                    "No", "Cancel");
     b = MessageBox_Buttons(three);
     ASSERT_EQ(b.size(), 3u);
     // 32768 / 3, then 21846 / 2, then the rest: the cells fill the row exactly.
@@ -53,12 +54,13 @@ TEST_F(ToolkitTest, TheButtonsShareTheRowEqually) {
 }
 
 TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitle) {
-    Widget* box =
-        MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, 2, kCloseButton, kCancelButton);
+    Widget* box = MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, &g_pressed, 2, kCloseButton,
+                                  kCancelButton);
     EXPECT_EQ(box->id, Widget_PackId("Clos"));
     EXPECT_EQ(box->type, uint32_t(kWidgetForm));
     EXPECT_EQ(Widget_FindById(tk->root.get(), Widget_PackId("Clos")), box);
-    Widget* shortTitle = MessageBox_Show(tk.get(), "Hey", "A short title still shows.", 1, Remember, 1, "OK");
+    Widget* shortTitle =
+        MessageBox_Show(tk.get(), "Hey", "A short title still shows.", 1, Remember, &g_pressed, 1, "OK");
     EXPECT_EQ(shortTitle->id, 0u);
     EXPECT_EQ(tk->currentForm, shortTitle);
     Toolkit_Dispatch(tk.get());
@@ -66,7 +68,8 @@ TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitle) {
 
 TEST_F(ToolkitTest, TheCallbackGetsTheIndexOfTheButtonPressedAfterTheBoxIsGone) {
     g_pressed.clear();
-    Widget* box = MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, 3, "Yes", "No", "Cancel");
+    Widget* box = MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, &g_pressed, 3, "Yes", "No",
+                                  "Cancel");
     Toolkit_Dispatch(tk.get());
     // Controls beneath the box no longer take the pointer.
     Widget* keep = W("BtKp");
@@ -87,8 +90,8 @@ TEST_F(ToolkitTest, TheCallbackGetsTheIndexOfTheButtonPressedAfterTheBoxIsGone) 
 
 TEST_F(ToolkitTest, ButtonLabelsAreExpandedForEntities) {
     Entity_Define(&tk->markupEntities, "&language-buttonlast;", "Last");
-    Widget* box = MessageBox_Show(tk.get(), "Compare", "Sch&ouml;n", 1, Remember, 2, "&language-buttonlast;",
-                                  "&language-buttonunknown;");
+    Widget* box = MessageBox_Show(tk.get(), "Compare", "Sch&ouml;n", 1, Remember, &g_pressed, 2,
+                                  "&language-buttonlast;", "&language-buttonunknown;");
     std::vector<Widget*> b = MessageBox_Buttons(box);
     EXPECT_EQ(Widget_Record<ButtonRecord>(b[0])->text, "Last");
     EXPECT_EQ(Widget_Record<ButtonRecord>(b[1])->text, "&language-buttonunknown;");
@@ -97,8 +100,8 @@ TEST_F(ToolkitTest, ButtonLabelsAreExpandedForEntities) {
 
 TEST_F(ToolkitTest, ABoxOpenedFromABoxClosesBackToTheFirst) {
     g_pressed.clear();
-    Widget* first = MessageBox_Show(tk.get(), "First", "Beneath.", 1, Remember, 1, "OK");
-    Widget* second = MessageBox_Show(tk.get(), "Second", "On top.", 2, Remember, 2, "A", "B");
+    Widget* first = MessageBox_Show(tk.get(), "First", "Beneath.", 1, Remember, &g_pressed, 1, "OK");
+    Widget* second = MessageBox_Show(tk.get(), "Second", "On top.", 2, Remember, &g_pressed, 2, "A", "B");
     Toolkit_Dispatch(tk.get());
     EXPECT_EQ(tk->currentForm, second);
     EXPECT_EQ(tk->savedCount, 2u);
@@ -117,7 +120,8 @@ TEST_F(ToolkitTest, ATenthNestedBoxIsShownThoughTheStackIsFull) {
     std::vector<Widget*> boxes;
     for (int i = 0; i < 10; ++i) {
         const std::string title = "Box " + std::to_string(i);
-        boxes.push_back(MessageBox_Show(tk.get(), title.c_str(), "Nested.", 1, Remember, 1, "OK"));
+        boxes.push_back(
+            MessageBox_Show(tk.get(), title.c_str(), "Nested.", 1, Remember, &g_pressed, 1, "OK"));
     }
     Toolkit_Dispatch(tk.get());
     EXPECT_EQ(tk->savedCount, kToolkitSavedStates);
@@ -133,19 +137,19 @@ TEST_F(ToolkitTest, ATenthNestedBoxIsShownThoughTheStackIsFull) {
 
 TEST_F(ToolkitTest, EnterPressesTheLastButtonOfABox) {
     g_pressed.clear();
-    MessageBox_Show(tk.get(), kOverwriteTitle, kOverwriteText, 2, Remember, 2, kOverwriteButton,
+    MessageBox_Show(tk.get(), kOverwriteTitle, kOverwriteText, 2, Remember, &g_pressed, 2, kOverwriteButton,
                     kCancelButton);
     Key(kKeyEnter);
     EXPECT_EQ(g_pressed, std::vector<uint32_t>{1});
 }
 
-void Nested(Toolkit* toolkit, uint32_t) {
+void Nested(Toolkit* toolkit, uint32_t, void*) {
     // A callback may open the next box at once: the first is already gone.
-    MessageBox_Show(toolkit, "Next", "Opened from the callback.", 1, Remember, 1, "OK");
+    MessageBox_Show(toolkit, "Next", "Opened from the callback.", 1, Remember, &g_pressed, 1, "OK");
 }
 
 TEST_F(ToolkitTest, ACallbackMayOpenAnotherBox) {
-    Widget* box = MessageBox_Show(tk.get(), "Asks", "Then asks again.", 1, Nested, 1, "Go");
+    Widget* box = MessageBox_Show(tk.get(), "Asks", "Then asks again.", 1, Nested, &g_pressed, 1, "Go");
     Click(MessageBox_Buttons(box)[0]);
     ASSERT_NE(tk->currentForm, tk->root.get());
     EXPECT_EQ(tk->currentForm->id, Widget_PackId("Next"));

@@ -88,7 +88,7 @@ protected:
     }
 };
 
-void Ignore(Toolkit*, uint32_t) {}
+void Ignore(Toolkit*, uint32_t, void*) {}
 
 struct Size {
     uint32_t width, height;
@@ -109,17 +109,17 @@ void ShowBox(Toolkit* tk, int buttons) {
     switch (buttons) {
         case 1:
             MessageBox_Show(tk, "Image saved", "The image was saved as M42_final.tif (16 bits per channel).",
-                            kMessageBoxSuccess, Ignore, 1, "OK");
+                            kMessageBoxSuccess, Ignore, nullptr, 1, "OK");
             break;
         case 2:
-            MessageBox_Show(tk, kCloseTitle, kCloseText, kMessageBoxError, Ignore, 2, kCloseButton,
+            MessageBox_Show(tk, kCloseTitle, kCloseText, kMessageBoxError, Ignore, nullptr, 2, kCloseButton,
                             kCancelButton);
             break;
         default:
             MessageBox_Show(
                 tk, "Unsaved changes",
                 "The image has changes that are not saved yet. Save them before loading another image?",
-                kMessageBoxWarning, Ignore, 3, "Save", "Discard", kCancelButton);
+                kMessageBoxWarning, Ignore, nullptr, 3, "Save", "Discard", kCancelButton);
             break;
     }
 }
