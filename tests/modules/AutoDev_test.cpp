@@ -214,36 +214,6 @@ TEST(AutoDevRun, MonochromeStaysGreyAndTheSourceIsNotTouched) {
         }
 }
 
-TEST(AutoDevRun, SameResultForAnyWorkerCountAndInPlace) {
-    ImagePtr sky = SyntheticSky(157, 101);
-    AutoDevParams p;
-    p.blur = 37;
-    p.curve = 250;
-    p.roiX0 = 10;
-    p.roiY0 = 20;
-    p.roiX1 = 90;
-    p.roiY1 = 70;
-    ImagePtr one, three;
-    {
-        WorkerCountScope w(1);
-        one.reset(AutoDev_Run(sky.get(), AutoDev_Settings(p, sky->width, sky->height, false), nullptr));
-    }
-    {
-        WorkerCountScope w(3);
-        three.reset(AutoDev_Run(sky.get(), AutoDev_Settings(p, sky->width, sky->height, false), nullptr));
-    }
-    ASSERT_TRUE(one && three);
-    EXPECT_EQ(ImageDifference(one.get(), three.get()), "");
-    ImagePtr inPlace(Image_Clone(sky.get()));
-    ASSERT_TRUE(AutoDev_RunInto(inPlace.get(), inPlace.get(),
-                                AutoDev_Settings(p, inPlace->width, inPlace->height, false), nullptr));
-    EXPECT_EQ(ImageDifference(one.get(), inPlace.get()), "");
-    // The RoI changes the curve.
-    ImagePtr whole(
-        AutoDev_Run(sky.get(), AutoDev_Settings(AutoDevParams{}, sky->width, sky->height, false), nullptr));
-    EXPECT_NE(ImageDifference(whole.get(), one.get()), "");
-}
-
 TEST(AutoDevRun, CancelledRunGivesNothingAndLeavesTheDestination) {
     ImagePtr sky = SyntheticSky(64, 48);
     std::atomic<bool> cancel{true};
