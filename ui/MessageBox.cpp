@@ -163,7 +163,12 @@ std::string Toolkit_ExpandText(const Toolkit* toolkit, const std::string& text) 
             continue;
         }
         const size_t end = out.find(';', at);
-        if (end == std::string::npos || end - at > kMaxReferenceLength) break;
+        if (end == std::string::npos) break;  // no reference can complete after this point
+        if (end - at > kMaxReferenceLength) {
+            // A plain "&" in the text: references after it still expand.
+            ++at;
+            continue;
+        }
         const char* value = Toolkit_LookupEntity(toolkit, std::string_view(out).substr(at, end - at + 1));
         if (!value) {
             ++at;

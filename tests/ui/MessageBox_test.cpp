@@ -96,6 +96,9 @@ TEST_F(ToolkitTest, ButtonLabelsAreExpandedForEntities) {
     EXPECT_EQ(Widget_Record<ButtonRecord>(b[0])->text, "Last");
     EXPECT_EQ(Widget_Record<ButtonRecord>(b[1])->text, "&language-buttonunknown;");
     EXPECT_EQ(Toolkit_ExpandText(tk.get(), "Sch&ouml;n &amp; klar"), "Sch\xC3\xB6n & klar");
+    // A plain "&" with no ";" near it does not stop the references after it.
+    const std::string far = "Tom & Jerry" + std::string(70, '.');
+    EXPECT_EQ(Toolkit_ExpandText(tk.get(), far + "&language-buttonlast;"), far + "Last");
 }
 
 TEST_F(ToolkitTest, ABoxOpenedFromABoxClosesBackToTheFirst) {
