@@ -25,7 +25,8 @@ int Toolkit_OnAppEvent(Toolkit* toolkit, const AppEvent* event) {
             }
             break;
         case kAppEventTick:
-            Toolkit_PostEvent(toolkit, root, kEventTick, 1);
+            // The count of collapsed timer ticks: time goes on while the handler is busy.
+            Toolkit_PostEvent(toolkit, root, kEventTick, event->payload[0]);
             break;
         case kAppEventCloseRequested:
             return 1;

@@ -1,8 +1,9 @@
 // From the host's application events to toolkit events: what the shell's
 // handler does for every screen. A resize lets the root adopt the new
 // framebuffer and posts 16 then 8; a keyboard character (second value 1) posts
-// 2048; the pointer posts press, drag or release; a tick posts 2 with the value
-// 1. The events are then dispatched and what was drawn is blitted.
+// 2048; the pointer posts press, drag or release; a tick posts 2 with the
+// number of timer ticks it stands for. The events are then dispatched and what
+// was drawn is blitted.
 #pragma once
 
 #include <cstdint>
