@@ -1,7 +1,8 @@
 // Stages of the AutoDev computation shared between its source files and tests.
 #pragma once
 
-#include "modules/autodev/AutoDev_Kernel.h"
+#include "host/KernelControl.h"
+#include "modules/autodev/AutoDev_Settings.h"
 
 #include <cstdint>
 #include <vector>

@@ -5,22 +5,11 @@
 #pragma once
 
 #include "host/KernelControl.h"
+#include "modules/autodev/AutoDev_Settings.h"
 
 #include <cstdint>
 
 struct ImageBuffer;
-
-// The kernel's settings (modules/autodev/AutoDev_Params.h derives them from
-// the setter positions for an image size).
-struct AutoDevSettings {
-    double p1 = 0.5;                      // blur half-width
-    double p2 = 1.0;                      // curve exponent
-    double p3 = 0.5;                      // tone blend
-    double p4 = 0.15;                     // weight outside the RoI, scaled by the RoI's share of the image
-    int32_t roiX = 0, roiY = 0;           // lower corner
-    int32_t roiWidth = 0, roiHeight = 0;  // max - min of the corner pairs
-    bool monochrome = false;              // the result stays grey
-};
 
 // True when no pixel has two channels 2^(bitDepth - 8) or more apart.
 bool AutoDev_IsMonochrome(const ImageBuffer* image);
