@@ -117,6 +117,11 @@ bool Sdl2_DispatchOneMessage() {
             Sdl2_ToPixels(e.motion.x, e.motion.y, &x, &y);
             HostWindow_OnPointerMove(x, y);
             break;
+        case SDL_DROPFILE:
+        case SDL_DROPTEXT:
+            // Dropped files are not opened yet; the name is ours to free either way.
+            SDL_free(e.drop.file);
+            break;
         default:
             break;
     }
