@@ -58,7 +58,7 @@ struct HostBackend {
 // The backend chosen by Host_SelectBackend (the default one if none was chosen).
 const HostBackend* HostBackend_Current();
 
-// Host_ShowMessage's path to the screen; standard error when no backend runs.
+// Host_ShowMessage's path: standard error, then the backend's box.
 void HostBackend_ShowMessage(const char* caption, const char* text);
 
 // The backends built into this program (host/Host_Backends.cpp).

@@ -55,5 +55,11 @@ std::vector<std::string> Host_ListBackends() {
 }
 
 void HostBackend_ShowMessage(const char* caption, const char* text) {
-    HostBackend_Current()->ShowMessage(caption, text ? text : "");
+    if (!text) text = "";
+    // Every message also goes to standard error, first: a desktop box can fail
+    // without saying so (no display), and a batch run has nobody to click OK,
+    // yet "Out of memory" must not vanish before the process ends.
+    std::fprintf(stderr, "%s%s\n", caption, text);
+    std::fflush(stderr);
+    HostBackend_Current()->ShowMessage(caption, text);
 }

@@ -194,10 +194,7 @@ void TimerStop() {
 }
 
 void ShowMessage(const char* caption, const char* text) {
-    std::string message = std::string(caption) + text;
-    State().messages.push_back(message);
-    // Batch runs have nobody to click OK: the text goes to standard error.
-    std::fprintf(stderr, "%s\n", message.c_str());
+    State().messages.push_back(std::string(caption) + text);
 }
 
 bool FileDialog(bool, const std::string& current, std::string* chosen) {

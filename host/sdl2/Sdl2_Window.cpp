@@ -27,15 +27,15 @@ struct Sdl2Framebuffer {
     SDL_Texture* texture = nullptr;
 };
 
+// The text is already on standard error (HostBackend_ShowMessage), so a box
+// that cannot be shown loses nothing.
 void ShowMessage(const char* caption, const char* text) {
-    Sdl2State& s = Sdl2_State();
-    if (SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_INFORMATION, caption, text, s.window) != 0)
-        std::fprintf(stderr, "%s%s\n", caption, text);
+    SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_INFORMATION, caption, text, Sdl2_State().window);
 }
 
 // Window creation failures end the process with status 0, as on every platform.
 [[noreturn]] void WindowFailed(const char* message) {
-    ShowMessage(kHostMessageCaption, message);
+    HostBackend_ShowMessage(kHostMessageCaption, message);
     std::exit(0);
 }
 
@@ -133,7 +133,7 @@ bool FileDialog(bool save, const std::string& current, std::string* chosen) {
     int status = pclose(pipe);
     if (status == -1 || !WIFEXITED(status)) return false;
     if (WEXITSTATUS(status) == 127) {
-        ShowMessage(kHostMessageCaption, "File dialogs need zenity: please install it.\n");
+        HostBackend_ShowMessage(kHostMessageCaption, "File dialogs need zenity: please install it.\n");
         return false;
     }
     while (!out.empty() && (out.back() == '\n' || out.back() == '\r')) out.pop_back();
