@@ -1,10 +1,7 @@
-// BMP reader: the bmpsuite samples (24 and 32 bits, BI_RGB and BI_BITFIELDS,
-// a fourth byte that is not alpha, an 8-bit palette file refused), row order,
-// channel masks, and refused or truncated headers.
+// BMP reader on crafted files: row order, channel masks, and refused or
+// truncated headers.
 #include "formats/Bmp_Read.h"
 #include "image/Image.h"
-#include "support/Manifest.h"
-#include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
@@ -47,51 +44,7 @@ std::vector<uint8_t> MakeBmp(int32_t width, int32_t height, uint32_t bits, uint3
 
 }  // namespace
 
-TEST(BmpSamples, EveryFileIsReadOrRefusedAsTheManifestSays) {
-    PELLUCIDA_REQUIRE_DATA(manifest, "expected.json");
-    Manifest_CheckEveryRead(
-        "BMP", 5, [](const std::string& path, const ManifestEntry&) { return Bmp_Read(path.c_str()); },
-        [](const ManifestEntry&, const ImageBuffer& image) {
-            EXPECT_EQ(image.bitDepth, 8);
-            EXPECT_EQ(image.maxValue, 255);
-            EXPECT_EQ(image.mono, 0);
-            EXPECT_EQ(image.alpha, nullptr) << "the fourth byte is never alpha";
-        });
-}
-
-TEST(BmpSamples, AllFourEncodingsGiveTheSamePicture) {
-    const char* files[] = {"bmp/bmpsuite_g_rgb24.bmp", "bmp/bmpsuite_g_rgb32.bmp",
-                           "bmp/bmpsuite_g_rgb32bf.bmp", "bmp/bmpsuite_q_rgb32fakealpha.bmp"};
-    ImagePtr images[4];
-    for (int i = 0; i < 4; ++i) {
-        const std::string path = TestData_Path(files[i]);
-        if (path.empty()) GTEST_SKIP() << "sample data not found: " << files[i];
-        images[i].reset(Bmp_Read(path.c_str()));
-        ASSERT_NE(images[i], nullptr) << files[i];
-    }
-    // Top-left is red, the middle white, the bottom-right (96, 96, 126).
-    const struct {
-        int x, y;
-        int64_t r, g, b;
-    } known[] = {
-        {0, 0, 255, 0, 0}, {63, 31, 255, 255, 255}, {126, 63, 96, 96, 126}, {100, 10, 149, 149, 153}};
-    for (int i = 0; i < 4; ++i) {
-        SCOPED_TRACE(files[i]);
-        for (const auto& k : known) {
-            const size_t at = size_t(k.y) * 127 + size_t(k.x);
-            EXPECT_EQ(images[i]->red[at], k.r);
-            EXPECT_EQ(images[i]->green[at], k.g);
-            EXPECT_EQ(images[i]->blue[at], k.b);
-        }
-        for (size_t p = 0; p < 127 * 64; ++p) {
-            ASSERT_EQ(images[i]->red[p], images[0]->red[p]) << p;
-            ASSERT_EQ(images[i]->green[p], images[0]->green[p]) << p;
-            ASSERT_EQ(images[i]->blue[p], images[0]->blue[p]) << p;
-        }
-    }
-}
-
-TEST(BmpRows, BottomUpAndTopDownGiveTheSameImage) {
+TEST(BmpRows, BottomUpAndTopDownGiveTheSameImageAndTheLastRowNeedsNoPadding) {
     // 3 x 2 pixels, 24 bits: rows of 9 bytes padded to 12.
     const std::vector<uint8_t> top = {1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0};
     const std::vector<uint8_t> bottom = {11, 12, 13, 14, 15, 16, 17, 18, 19, 0, 0, 0};
@@ -114,14 +67,11 @@ TEST(BmpRows, BottomUpAndTopDownGiveTheSameImage) {
         EXPECT_EQ(im->blue[3], 11);
         EXPECT_EQ(im->red[5], 19);
     }
-}
-
-TEST(BmpRows, MissingPaddingAfterTheLastRowIsAccepted) {
-    std::vector<uint8_t> px = {1, 2, 3, 0, 4, 5, 6};  // 1 x 2, last row unpadded
-    ImagePtr image = ReadMemory(MakeBmp(1, 2, 24, 0, px));
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->red[0], 6);
-    EXPECT_EQ(image->red[1], 3);
+    // The last row may lack its padding: 1 x 2 pixels.
+    ImagePtr unpadded = ReadMemory(MakeBmp(1, 2, 24, 0, {1, 2, 3, 0, 4, 5, 6}));
+    ASSERT_NE(unpadded, nullptr);
+    EXPECT_EQ(unpadded->red[0], 6);
+    EXPECT_EQ(unpadded->red[1], 3);
 }
 
 TEST(BmpBitFields, MasksOfAnyWidthScaleToEightBits) {
@@ -163,8 +113,6 @@ TEST(BmpRefused, UnsupportedOrDamagedHeaders) {
     auto offset = MakeBmp(2, 2, 24, 0, px);
     Put32(offset, 10, 0xFFFFFFF0);
     EXPECT_EQ(ReadMemory(offset), nullptr) << "pixel offset past the end";
-    EXPECT_EQ(Bmp_ReadMemory(nullptr, 0), nullptr);
-    EXPECT_EQ(Bmp_Read(nullptr), nullptr);
 }
 
 TEST(BmpRefused, EveryTruncationIsRefused) {

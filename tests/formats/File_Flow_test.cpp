@@ -7,18 +7,19 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+#include <vector>
+
 namespace {
 
-TEST(FileNames, ExtensionTestIgnoresCaseAndNeedsADot) {
+TEST(FileNames, ExtensionsOpenableAndSaveableNamesAndTheDefaultSaveName) {
     EXPECT_TRUE(File_HasExtension("m42.FITS", "fits"));
     EXPECT_TRUE(File_HasExtension("a.b.tif", "TIF"));
     EXPECT_FALSE(File_HasExtension("m42.fits.bak", "fits"));
     EXPECT_FALSE(File_HasExtension("fits", "fits"));
     EXPECT_FALSE(File_HasExtension("m42.", "fits"));
     EXPECT_TRUE(File_HasExtension("m42.", ""));
-}
 
-TEST(FileNames, OpenAndSaveNameRules) {
     for (const char* ok :
          {"a.jpg", "a.JPEG", "a.png", "a.fits", "a.tiff", "a.tif", "a.crw", "a.bmp", "a.fts", "a.fit"})
         EXPECT_TRUE(File_IsOpenableName(ok)) << ok;
@@ -27,15 +28,12 @@ TEST(FileNames, OpenAndSaveNameRules) {
         EXPECT_TRUE(File_IsSaveableName(ok)) << ok;
     for (const char* no : {"a.fits", "a.bmp", "a"}) EXPECT_FALSE(File_IsSaveableName(no)) << no;
 
-    EXPECT_EQ(File_SaveFormatFor("x.JPG"), SaveFormat::kJpeg);
-    EXPECT_EQ(File_SaveFormatFor("x.jps"), SaveFormat::kJpeg);
-    EXPECT_EQ(File_SaveFormatFor("x.Png"), SaveFormat::kPng);
-    EXPECT_EQ(File_SaveFormatFor("x.tif"), SaveFormat::kTiff);
-    EXPECT_EQ(File_SaveFormatFor("x.fits"), SaveFormat::kTiff);
-    EXPECT_EQ(File_SaveFormatFor("x"), SaveFormat::kTiff);
-}
+    const std::vector<SaveFormat> formats = {File_SaveFormatFor("x.JPG"),  File_SaveFormatFor("x.jps"),
+                                             File_SaveFormatFor("x.Png"),  File_SaveFormatFor("x.tif"),
+                                             File_SaveFormatFor("x.fits"), File_SaveFormatFor("x")};
+    EXPECT_EQ(formats, (std::vector<SaveFormat>{SaveFormat::kJpeg, SaveFormat::kJpeg, SaveFormat::kPng,
+                                                SaveFormat::kTiff, SaveFormat::kTiff, SaveFormat::kTiff}));
 
-TEST(FileNames, DefaultSaveName) {
     EXPECT_EQ(File_DefaultSaveName(nullptr), "NewFile.tiff");
     EXPECT_EQ(File_DefaultSaveName(""), "NewFile.tiff");
     EXPECT_EQ(File_DefaultSaveName("/data/m42.fits"), "/data/m42.tiff");
@@ -66,28 +64,25 @@ void Textured(ImageBuffer* image) {
         for (int x = 0; x < image->width; ++x) Set(image, x, y, (x + y) % 2 ? kBright : kDim);
 }
 
-TEST(StackingArtefacts, CleanImageHasNoBorder) {
-    ImagePtr image = Filled(8, 6, 0);
-    Textured(image.get());
+// Whether a border was found, and the box left, top, right, bottom.
+using Found = std::tuple<bool, int32_t, int32_t, int32_t, int32_t>;
+
+Found Detect(const ImagePtr& image) {
     ArtefactBox box;
-    EXPECT_FALSE(File_DetectStackingArtefacts(image.get(), &box));
-    EXPECT_EQ(box.left, 0);
-    EXPECT_EQ(box.top, 0);
-    EXPECT_EQ(box.right, 8);
-    EXPECT_EQ(box.bottom, 6);
+    const bool found = File_DetectStackingArtefacts(image.get(), &box);
+    return {found, box.left, box.top, box.right, box.bottom};
 }
 
 TEST(StackingArtefacts, ALineWithNothingAboveTheMeanIsBorder) {
-    // A flat image has no sample above its own mean: every line is border.
-    ImagePtr flat = Filled(5, 4, kDim);
-    ArtefactBox box;
-    EXPECT_TRUE(File_DetectStackingArtefacts(flat.get(), &box));
-    EXPECT_EQ(box.top, 4);
-    EXPECT_EQ(box.bottom, 0);
+    ImagePtr clean = Filled(8, 6, 0);
+    Textured(clean.get());
+    EXPECT_EQ(Detect(clean), Found(false, 0, 0, 8, 6));
+    // A flat image has no sample above its own mean: every line is border,
+    // in both directions.
+    EXPECT_EQ(Detect(Filled(5, 4, kDim)), Found(true, 5, 4, 0, 0));
     // Below 2^16 a sample is 0 at 14-bit precision, so the mean is 0 and any
     // non-zero sample ends the border.
-    ImagePtr faint = Filled(5, 4, 1000);
-    EXPECT_FALSE(File_DetectStackingArtefacts(faint.get(), &box));
+    EXPECT_FALSE(std::get<0>(Detect(Filled(5, 4, 1000))));
 }
 
 TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
@@ -98,24 +93,15 @@ TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
         Set(image.get(), 0, y, 0);  // two zero columns on the left
         Set(image.get(), 1, y, 0);
     }
-    ArtefactBox box;
-    EXPECT_TRUE(File_DetectStackingArtefacts(image.get(), &box));
-    EXPECT_EQ(box.left, 2);
     // Every row starts with the zero columns, so walking along it meets a 0
     // before anything bright: rows are border from both sides.
-    EXPECT_EQ(box.top, h);
-    EXPECT_EQ(box.bottom, 0);
-    EXPECT_EQ(box.right, w);
+    EXPECT_EQ(Detect(image), Found(true, 2, h, w, 0));
 
     ImagePtr bottom = Filled(w, h, 0);
     Textured(bottom.get());
     for (int x = 0; x < w; ++x) Set(bottom.get(), x, h - 1, 0);
     for (int x = 0; x < w; ++x) Set(bottom.get(), x, h - 2, kDim);  // dim, not zero: still border
-    EXPECT_TRUE(File_DetectStackingArtefacts(bottom.get(), &box));
-    EXPECT_EQ(box.top, 0);
-    EXPECT_EQ(box.bottom, h - 2);
-    EXPECT_EQ(box.left, 0);
-    EXPECT_EQ(box.right, w);
+    EXPECT_EQ(Detect(bottom), Found(true, 0, 0, w, h - 2));
 }
 
 TEST(StackingArtefacts, TheWidestChannelDecides) {
@@ -124,34 +110,27 @@ TEST(StackingArtefacts, TheWidestChannelDecides) {
     Textured(image.get());
     // Only the blue channel has a dim last column.
     for (int y = 0; y < h; ++y) image->blue[y * w + (w - 1)] = 10;
-    ArtefactBox box;
-    EXPECT_TRUE(File_DetectStackingArtefacts(image.get(), &box));
-    EXPECT_EQ(box.right, w - 1);
-    EXPECT_EQ(box.left, 0);
+    EXPECT_EQ(Detect(image), Found(true, 0, 0, w - 1, h));
 }
 
 TEST(LoadPreparation, TransparencyDecidesTheDataGapsQuestion) {
-    struct Case {
-        int transparent;
-        bool ask;
-    };
-    for (Case c : {Case{0, false}, Case{3, true}, Case{16, false}}) {
+    for (int64_t transparent : {0, 3, 16}) {
+        SCOPED_TRACE(transparent);
+        const bool ask = transparent == 3;  // some pixels transparent, not all
         ImageBuffer* image = Image_CreateCleared(4, 4);
         Image_AddAlpha(image);
-        for (int i = 0; i < c.transparent; ++i) image->alpha[i] = 0;
+        for (int i = 0; i < transparent; ++i) image->alpha[i] = 0;
         LoadInfo info;
         ASSERT_TRUE(File_PrepareLoaded(image, &info));
-        EXPECT_EQ(info.askDataGaps, c.ask) << c.transparent;
-        EXPECT_EQ(info.transparentCount, c.transparent);
-        EXPECT_EQ(image->alpha != nullptr, c.ask) << "alpha is kept only for the question";
-        EXPECT_TRUE(info.alphaAsRead);
-        EXPECT_EQ(image->bitDepth, 30);
-        EXPECT_EQ(info.bitDepthAsRead, 16);
+        // Alpha is kept only for the question; the image is raised to 30 bits.
+        EXPECT_EQ(std::tuple(info.askDataGaps, info.transparentCount, image->alpha != nullptr,
+                             info.alphaAsRead, int(image->bitDepth), info.bitDepthAsRead),
+                  std::tuple(ask, transparent, ask, true, 30, 16));
         Image_Free(image);
     }
 }
 
-TEST(LoadPreparation, NearlyOpaqueCountsAsOpaqueAndGreyIsTested) {
+TEST(LoadPreparation, NearlyOpaqueCountsAsOpaqueGreyIsTestedAndEmptyImagesAreRefused) {
     // Counted after the depth is raised: at 30 bits, maxValue - 1 is opaque
     // enough, anything lower is transparent.
     ImageBuffer* image = Image_CreateCleared(2, 1);
@@ -172,10 +151,7 @@ TEST(LoadPreparation, NearlyOpaqueCountsAsOpaqueAndGreyIsTested) {
     EXPECT_FALSE(info.grey);
     EXPECT_EQ(info.transparentCount, 1);
     Image_Free(image);
-}
 
-TEST(LoadPreparation, EmptyImagesAreRefused) {
-    LoadInfo info;
     EXPECT_FALSE(File_PrepareLoaded(Image_CreateHeader(0, 5), &info));
 }
 

@@ -2,11 +2,11 @@
 // packing (MSB-first stream) at 10 and 12 bits, and the mono result.
 #include "formats/Raw_Read.h"
 #include "image/Image.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <vector>
 
 namespace {
@@ -44,6 +44,9 @@ TEST(RawFrames, EveryKnownSizeGivesItsFrame) {
         std::vector<uint8_t> bytes(f.size, 0);
         const auto packed = Pack(head, f.bits);
         std::copy(packed.begin(), packed.end(), bytes.begin());
+        // Rows follow each other without padding: row 1 starts right after row 0.
+        const auto second = Pack({top, 5, 6, 7}, f.bits);
+        std::copy(second.begin(), second.end(), bytes.begin() + long(size_t(f.width) * size_t(f.bits) / 8));
         const auto last = Pack({top, top, top, top}, f.bits);
         std::copy(last.begin(), last.end(), bytes.end() - long(last.size()));
         ImagePtr image(Raw_ReadMemory(bytes.data(), bytes.size()));
@@ -60,50 +63,33 @@ TEST(RawFrames, EveryKnownSizeGivesItsFrame) {
         }
         const size_t end = size_t(f.width) * size_t(f.height) - 1;
         EXPECT_EQ(image->red[end], int64_t(top));
-        EXPECT_EQ(image->red[f.width], 0) << "second row starts after the first";
+        EXPECT_EQ(image->red[f.width - 1], 0);
+        EXPECT_EQ(image->red[f.width], int64_t(top));
+        EXPECT_EQ(image->red[f.width + 3], 7);
     }
 }
 
-TEST(RawFrames, RowsFollowEachOtherWithoutPadding) {
-    const Frame& f = kFrames[0];
-    std::vector<uint8_t> bytes(f.size, 0);
-    const size_t rowBytes = size_t(f.width) * 10 / 8;
-    const auto packed = Pack({1023, 5, 6, 7}, 10);
-    std::copy(packed.begin(), packed.end(), bytes.begin() + long(rowBytes));
-    ImagePtr image(Raw_ReadMemory(bytes.data(), bytes.size()));
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->red[f.width - 1], 0);
-    EXPECT_EQ(image->red[f.width], 1023);
-    EXPECT_EQ(image->red[f.width + 3], 7);
-}
-
-TEST(RawFrames, AnyOtherSizeIsRefused) {
-    std::vector<uint8_t> bytes(6553440 + 1, 0);
-    EXPECT_EQ(Raw_ReadMemory(bytes.data(), bytes.size()), nullptr);
-    EXPECT_EQ(Raw_ReadMemory(bytes.data(), bytes.size() - 2), nullptr);
-    EXPECT_EQ(Raw_ReadMemory(bytes.data(), 0), nullptr);
-    EXPECT_EQ(Raw_ReadMemory(nullptr, 6553440), nullptr);
-}
-
-TEST(RawFrames, ReadFromAFileByItsSize) {
-    const auto path = std::filesystem::temp_directory_path() / "pellucida_raw_test.crw";
+TEST(RawFrames, ReadFromAFileByItsSizeAndAnyOtherSizeIsRefused) {
+    TempDir dir;
+    const std::string path = dir.File("frame.crw");
     const Frame& f = kFrames[8];
-    {
-        std::vector<uint8_t> bytes(f.size, 0);
-        const auto packed = Pack({4095, 1, 2048}, 12);
-        std::copy(packed.begin(), packed.end(), bytes.begin());
-        std::ofstream(path, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), long(bytes.size()));
-    }
-    ImagePtr image(Raw_Read(path.string().c_str()));
+    std::vector<uint8_t> bytes(f.size, 0);
+    const auto packed = Pack({4095, 1, 2048}, 12);
+    std::copy(packed.begin(), packed.end(), bytes.begin());
+    WriteFileBytes(path, bytes);
+    ImagePtr image(Raw_Read(path.c_str()));
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(image->width, 3720);
     EXPECT_EQ(image->red[0], 4095);
     EXPECT_EQ(image->red[1], 1);
     EXPECT_EQ(image->red[2], 2048);
+
     std::filesystem::resize_file(path, f.size - 1);
-    EXPECT_EQ(Raw_Read(path.string().c_str()), nullptr);
+    EXPECT_EQ(Raw_Read(path.c_str()), nullptr);
     std::filesystem::remove(path);
-    EXPECT_EQ(Raw_Read(path.string().c_str()), nullptr);
-    EXPECT_EQ(Raw_Read(nullptr), nullptr);
+    EXPECT_EQ(Raw_Read(path.c_str()), nullptr);
+    bytes.resize(kFrames[0].size + 1);
+    EXPECT_EQ(Raw_ReadMemory(bytes.data(), bytes.size()), nullptr);
+    EXPECT_EQ(Raw_ReadMemory(bytes.data(), bytes.size() - 2), nullptr);
+    EXPECT_EQ(Raw_ReadMemory(nullptr, kFrames[0].size), nullptr);
 }

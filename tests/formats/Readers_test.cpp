@@ -1,36 +1,272 @@
-// Readers decide by content: every sample file is refused by each of these
-// readers except its own, whatever its name says. (The FITS reader has its own
-// tests.)
+// What every reader promises alike. The real sample files: each is read by its
+// own reader as the data folder's expected.json says (or refused), and refused
+// by every other reader whatever its name says; known pixels are those other
+// programs decode. The fuzzers' corpora (seeds and every crasher they ever
+// found) are replayed through the memory entry points, so that each finding
+// stays fixed in every build, the sanitizer build included.
 #include "formats/Bmp_Read.h"
+#include "formats/Fits_Read.h"
 #include "formats/Jpeg_Read.h"
 #include "formats/Png_Read.h"
 #include "formats/Raw_Read.h"
 #include "formats/Tiff_Read.h"
 #include "image/Image.h"
+#include "support/Files.h"
 #include "support/Manifest.h"
+#include "support/Sha256.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
-TEST(Readers, EachSampleIsRefusedByTheOtherReaders) {
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Reader {
+    const char* name;    // as expected.json names it
+    const char* corpus;  // the fuzzer's corpus folder, if it has one
+    ImageBuffer* (*read)(const char*);
+    ImageBuffer* (*readMemory)(const uint8_t*, size_t);
+};
+
+const Reader kReaders[] = {
+    {"BMP", "Bmp", &Bmp_Read, &Bmp_ReadMemory},     {"TIFF", "Tiff", &Tiff_Read, &Tiff_ReadMemory},
+    {"raw", nullptr, &Raw_Read, &Raw_ReadMemory},   {"PNG", "Png", &Png_Read, &Png_ReadMemory},
+    {"JPEG", "Jpeg", &Jpeg_Read, &Jpeg_ReadMemory}, {"FITS", "Fits", &Fits_Read, &Fits_ReadMemory}};
+
+// The samples as the data folder hashes FITS ones: int64 little-endian, planes
+// red, green, blue, each height x width; the first 16 hex digits.
+std::string SampleHash(const ImageBuffer& image) {
+    Sha256 sha;
+    const size_t n = size_t(image.width) * size_t(image.height);
+    std::vector<uint8_t> bytes(n * 8);
+    for (const int64_t* plane : {image.red, image.green, image.blue}) {
+        for (size_t i = 0; i < n; ++i)
+            for (int b = 0; b < 8; ++b) bytes[8 * i + b] = uint8_t(uint64_t(plane[i]) >> (8 * b));
+        sha.Update(bytes.data(), bytes.size());
+    }
+    return sha.Hex().substr(0, 16);
+}
+
+// The promises the fuzz targets trap on.
+void ExpectSaneImage(const ImageBuffer* image) {
+    ASSERT_GE(image->width, 1);
+    ASSERT_GE(image->height, 1);
+    EXPECT_EQ(image->stride, image->width);
+    ASSERT_GE(image->bitDepth, 1);
+    ASSERT_LE(image->bitDepth, 32);
+    EXPECT_EQ(image->maxValue, int64_t((uint64_t{1} << image->bitDepth) - 1));
+    ASSERT_TRUE(image->red && image->green && image->blue);
+    EXPECT_EQ(image->attachment == nullptr, image->attachmentSize == 0);
+    const size_t n = size_t(image->width) * size_t(image->height);
+    for (const int64_t* plane : {image->red, image->green, image->blue, image->alpha}) {
+        if (!plane) continue;
+        for (size_t i = 0; i < n; ++i)
+            if (plane[i] < 0 || plane[i] > image->maxValue) {
+                ADD_FAILURE() << "sample " << i << " out of range: " << plane[i];
+                return;
+            }
+    }
+}
+
+struct Pixel {
+    int x, y;
+    int64_t r, g, b, a;  // a < 0: no alpha plane
+};
+
+}  // namespace
+
+TEST(Readers, EverySampleIsReadByItsOwnReaderAsExpectedAndRefusedByTheOthers) {
     PELLUCIDA_REQUIRE_DATA(manifest, "expected.json");
+    Manifest_CheckEveryRead(
+        "", 90,
+        [](const std::string& path, const ManifestEntry& e) {
+            ImageBuffer* own = nullptr;
+            for (const Reader& r : kReaders) {
+                ImageBuffer* image = r.read(path.c_str());
+                if (e.reader == r.name) {
+                    own = image;
+                    continue;
+                }
+                EXPECT_EQ(image, nullptr) << "the " << r.name << " reader took it";
+                Image_Free(image);
+            }
+            if (e.reader == "JPEG") {
+                const std::vector<uint8_t> bytes = ReadFileBytes(path);
+                EXPECT_EQ(Jpeg_IsBaseline(bytes.data(), bytes.size()), !e.refused);
+            }
+            return own;
+        },
+        [](const ManifestEntry& e, const ImageBuffer& image) {
+            if (e.reader == "FITS") {
+                EXPECT_EQ(SampleHash(image), e.notes);
+            } else if (e.reader == "TIFF") {
+                EXPECT_EQ(image.attachment, nullptr);
+                EXPECT_GT(e.depth, 0) << "every TIFF result states its depth";
+            } else {
+                EXPECT_EQ(image.bitDepth,
+                          e.reader == "PNG" && e.file.find("16") != std::string::npos ? 16 : 8);
+            }
+        });
+}
+
+TEST(Readers, KnownPixelsOfTheSamples) {
     const struct {
-        const char* name;
-        ImageBuffer* (*read)(const char*);
-    } readers[] = {{"BMP", &Bmp_Read},
-                   {"TIFF", &Tiff_Read},
-                   {"raw", &Raw_Read},
-                   {"PNG", &Png_Read},
-                   {"JPEG", &Jpeg_Read}};
-    const auto entries = Manifest_Entries("");
-    ASSERT_GE(entries.size(), 80u);
-    for (const ManifestEntry& e : entries) {
-        const std::string path = TestData_Path(e.file);
-        ASSERT_FALSE(path.empty()) << e.file;
-        for (const auto& r : readers) {
-            if (e.reader == r.name) continue;
-            ImagePtr image(r.read(path.c_str()));
-            EXPECT_EQ(image, nullptr) << r.name << " reader took " << e.file;
+        const char* file;
+        std::vector<Pixel> pixels;
+    } cases[] = {
+        // TIFF, little-endian 8-bit RGB, one strip, a real astro image.
+        {"tiff/astro/starnet_starless_rgb8_1048x712.tif",
+         {{0, 0, 115, 51, 69, -1}, {523, 300, 151, 43, 65, -1}, {1047, 711, 178, 57, 80, -1}}},
+        // Big-endian 32-bit unsigned grey and RGB, several strips.
+        {"tiff/odd/imagetiff_flower-minisblack-32.tif",
+         {{0, 0, 1455125979, 1455125979, 1455125979, -1}, {72, 42, 1152407765, 1152407765, 1152407765, -1}}},
+        {"tiff/odd/imagetiff_flower-rgb-contig-32.tif",
+         {{0, 0, 1489786731, 1487293910, 1198600246, -1},
+          {36, 20, 1257472937, 1226459270, 485453981, -1},
+          {72, 42, 1152914302, 1179705243, 1010517523, -1}}},
+        // Big-endian 16-bit grey in 6 strips and RGB in 19 strips; 8-bit RGB.
+        {"tiff/odd/imagetiff_minisblack-1c-16b.tiff",
+         {{0, 0, 21909, 21909, 21909, -1},
+          {80, 75, 9292, 9292, 9292, -1},
+          {156, 150, 49003, 49003, 49003, -1}}},
+        {"tiff/odd/imagetiff_rgb-3c-16b.tiff",
+         {{0, 0, 41733, 13385, 13810, -1},
+          {80, 75, 19825, 4949, 4028, -1},
+          {156, 150, 45996, 52028, 41317, -1}}},
+        {"tiff/odd/imagetiff_rgb-3c-8b.tiff",
+         {{0, 0, 162, 52, 53, -1}, {80, 75, 77, 19, 15, -1}, {156, 150, 178, 202, 160, -1}}},
+        // Little-endian 16-bit grey in 4 strips; no SamplesPerPixel tag.
+        {"tiff/odd/imagetiff_seq-1c-16b-multistrip-68f373a0.tiff",
+         {{0, 0, 0, 0, 0, -1}, {5, 9, 149, 149, 149, -1}, {15, 15, 255, 255, 255, -1}}},
+        {"tiff/odd/pillow_16bit.cropped.tif", {{0, 0, 480, 480, 480, -1}, {63, 63, 357, 357, 357, -1}}},
+        // RGBA: the fourth sample is the alpha plane (16-bit and 8-bit).
+        {"tiff/odd/imagetiff_seq-4c-16b-rgba-5181991f.tiff",
+         {{0, 0, 0, 1, 2, 3}, {5, 9, 596, 597, 598, 599}, {15, 15, 1020, 1021, 1022, 1023}}},
+        {"tiff/odd/imagetiff_seq-4c-8b-rgba-unassoc-50969cda.tiff",
+         {{0, 0, 0, 1, 2, 3}, {5, 9, 84, 85, 86, 87}, {15, 15, 252, 253, 254, 255}}},
+        {"tiff/odd/pillow_pil136.tiff", {{0, 0, 0, 0, 0, 0}, {30, 20, 0, 0, 0, 255}}},
+        // Several strips with a short last one; 7 strips of 21 rows.
+        {"tiff/odd/pillow_tiff_strip_raw.tif",
+         {{0, 0, 0, 0, 0, -1}, {139, 200, 228, 236, 247, -1}, {277, 373, 255, 255, 255, -1}}},
+        {"tiff/odd/pillow_hopper.tif",
+         {{0, 0, 20, 21, 67, -1}, {64, 100, 24, 18, 22, -1}, {127, 127, 134, 160, 209, -1}}},
+        // The first of two directories.
+        {"tiff/odd/libtiff_test_two_ifds.tif", {{0, 0, 107, 107, 107, -1}}},
+        // Floats: largest value 0.998 (below 1), so value x maxValue (2^32 - 1).
+        {"tiff/odd/imagetiff_gradient-1c-32b-float.tiff",
+         {{0, 0, 3837672, 3837672, 3837672, -1},
+          {128, 0, 2149297663, 2149297663, 2149297663, -1},
+          {255, 0, 4287516159, 4287516159, 4287516159, -1}}},
+        // Largest value exactly 1.0: no rescaling.
+        {"tiff/odd/imagetiff_seq-3c-32f-9a471c2b.tiff",
+         {{0, 0, 0, 5599696, 11199393, -1},
+          {5, 9, 2503064319, 2508664063, 2514263807, -1},
+          {15, 15, 4283767807, 4289367551, 4294967295, -1}}},
+        // Half floats, every sample 1.0, on a 16-bit scale.
+        {"tiff/odd/imagetiff_white-fp16.tiff",
+         {{0, 0, 65535, 65535, 65535, -1}, {255, 255, 65535, 65535, 65535, -1}}},
+        // PNG: 8 and 16 bits, grey, RGB and RGBA.
+        {"png/eso1723a_avm_320.png",
+         {{0, 0, 2, 0, 1, -1}, {160, 124, 137, 120, 126, -1}, {319, 247, 13, 0, 0, -1}}},
+        {"png/libvips_sample_rgb16.png",
+         {{0, 0, 49210, 41207, 29445, -1},
+          {145, 221, 16382, 19308, 28635, -1},
+          {289, 441, 28156, 23698, 15306, -1}}},
+        {"png/pillow_grey16_tiny.png",
+         {{0, 0, 65535, 65535, 65535, -1}, {10, 50, 32437, 32437, 32437, -1}, {19, 99, 0, 0, 0, -1}}},
+        {"png/stellarium_ic410_rgba8.png", {{256, 256, 55, 71, 78, 255}}},
+        {"png/stellarium_m49_grey8.png", {{0, 0, 3, 3, 3, -1}, {128, 128, 152, 152, 152, -1}}},
+        // BMP: top-left red, the middle white, the bottom-right (96, 96, 126).
+        {"bmp/bmpsuite_g_rgb24.bmp",
+         {{0, 0, 255, 0, 0, -1},
+          {63, 31, 255, 255, 255, -1},
+          {126, 63, 96, 96, 126, -1},
+          {100, 10, 149, 149, 153, -1}}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        const std::string path = TestData_Path(c.file);
+        if (path.empty()) GTEST_SKIP() << "sample data not found: " << (TestData_Dir() / c.file).string();
+        const std::string extension = fs::path(path).extension().string();
+        ImagePtr image(extension == ".png"   ? Png_Read(path.c_str())
+                       : extension == ".bmp" ? Bmp_Read(path.c_str())
+                                             : Tiff_Read(path.c_str()));
+        ASSERT_NE(image, nullptr);
+        for (const Pixel& p : c.pixels) {
+            SCOPED_TRACE(testing::Message() << "pixel " << p.x << "," << p.y);
+            const size_t i = size_t(p.y) * size_t(image->stride) + size_t(p.x);
+            EXPECT_EQ((std::vector<int64_t>{image->red[i], image->green[i], image->blue[i]}),
+                      (std::vector<int64_t>{p.r, p.g, p.b}));
+            EXPECT_EQ(image->alpha ? image->alpha[i] : -1, p.a);
         }
+    }
+}
+
+TEST(Readers, AllFourBmpEncodingsGiveTheSamePicture) {
+    const char* files[] = {"bmp/bmpsuite_g_rgb24.bmp", "bmp/bmpsuite_g_rgb32.bmp",
+                           "bmp/bmpsuite_g_rgb32bf.bmp", "bmp/bmpsuite_q_rgb32fakealpha.bmp"};
+    ImagePtr first;
+    for (const char* file : files) {
+        SCOPED_TRACE(file);
+        const std::string path = TestData_Path(file);
+        if (path.empty()) GTEST_SKIP() << "sample data not found: " << (TestData_Dir() / file).string();
+        ImagePtr image(Bmp_Read(path.c_str()));
+        ASSERT_NE(image, nullptr);
+        if (!first)
+            first = std::move(image);
+        else
+            EXPECT_EQ(SampleHash(*image), SampleHash(*first));
+    }
+}
+
+TEST(Readers, DecodeTheSameJpegPictureAsItsPngTwin) {
+    // The ESO press image was published as both JPEG and PNG at 320 x 248.
+    PELLUCIDA_REQUIRE_DATA(jpg, "jpeg/eso1723a_avm_320.jpg");
+    PELLUCIDA_REQUIRE_DATA(png, "png/eso1723a_avm_320.png");
+    ImagePtr a(Jpeg_Read(jpg.c_str()));
+    ImagePtr b(Png_Read(png.c_str()));
+    ASSERT_NE(a, nullptr);
+    ASSERT_NE(b, nullptr);
+    ASSERT_EQ(a->width, b->width);
+    ASSERT_EQ(a->height, b->height);
+    double total = 0;
+    const size_t n = size_t(a->width) * size_t(a->height);
+    for (size_t i = 0; i < n; ++i)
+        total += std::abs(double(a->red[i] - b->red[i])) + std::abs(double(a->green[i] - b->green[i])) +
+                 std::abs(double(a->blue[i] - b->blue[i]));
+    const double mean = total / double(3 * n);
+    RecordProperty("mean_abs_difference", std::to_string(mean));
+    EXPECT_LT(mean, 1.0);  // measured 0.29: the two files differ only by JPEG loss
+}
+
+TEST(Readers, NoFileNoImage) {
+    for (const Reader& r : kReaders) {
+        SCOPED_TRACE(r.name);
+        EXPECT_EQ(r.read(nullptr), nullptr);
+        EXPECT_EQ(r.read("/nonexistent/folder/x.img"), nullptr);
+        EXPECT_EQ(r.readMemory(nullptr, 0), nullptr);
+    }
+}
+
+TEST(Readers, EveryKeptFuzzInputIsReadSanelyOrRefused) {
+    for (const Reader& r : kReaders) {
+        if (!r.corpus) continue;
+        const fs::path folder = fs::path(PELLUCIDA_TEST_SOURCE_DIR) / "fuzz" / "corpus" / r.corpus;
+        ASSERT_TRUE(fs::is_directory(folder)) << folder.string();
+        size_t files = 0;
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            if (!entry.is_regular_file()) continue;
+            SCOPED_TRACE(entry.path().filename().string());
+            const std::vector<uint8_t> bytes = ReadFileBytes(entry.path());
+            ImagePtr image(r.readMemory(bytes.data(), bytes.size()));
+            if (image) ExpectSaneImage(image.get());
+            ++files;
+        }
+        EXPECT_GT(files, 0u) << "empty corpus " << folder.string();
     }
 }

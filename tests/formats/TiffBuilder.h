@@ -11,12 +11,10 @@ class TiffBuilder {
 public:
     explicit TiffBuilder(bool bigEndian) : m_big(bigEndian) {}
 
+    // Adds the entry, or replaces the one of the same tag; no values remove it.
     void Entry(uint16_t tag, uint16_t type, std::vector<uint32_t> values) {
-        m_entries.push_back({tag, type, uint32_t(values.size()), std::move(values), {}});
-    }
-    // An entry with raw value bytes (already in the file's byte order).
-    void RawEntry(uint16_t tag, uint16_t type, uint32_t count, std::vector<uint8_t> bytes) {
-        m_entries.push_back({tag, type, count, {}, std::move(bytes)});
+        std::erase_if(m_entries, [&](const Item& e) { return e.tag == tag; });
+        if (!values.empty()) m_entries.push_back({tag, type, uint32_t(values.size()), std::move(values)});
     }
     // Pixel bytes in strips of `stripBytes` (0: one strip); adds tags 273 and 279.
     void Pixels(std::vector<uint8_t> pixels, size_t stripBytes = 0) {
@@ -45,8 +43,8 @@ public:
             std::vector<uint32_t> offsets(strips, 0), counts(strips);
             for (size_t i = 0; i < strips; ++i)
                 counts[i] = uint32_t(std::min(m_stripBytes, m_pixels.size() - i * m_stripBytes));
-            entries.push_back({273, 4, uint32_t(strips), offsets, {}});
-            entries.push_back({279, 4, uint32_t(strips), counts, {}});
+            entries.push_back({273, 4, uint32_t(strips), offsets});
+            entries.push_back({279, 4, uint32_t(strips), counts});
         }
         std::vector<uint8_t> out;
         out.push_back(m_big ? 'M' : 'I');
@@ -60,16 +58,15 @@ public:
         size_t stripOffsetsData = 0;
         for (size_t i = 0; i < entries.size(); ++i) {
             const Item& e = entries[i];
-            std::vector<uint8_t> bytes = e.raw;
-            if (bytes.empty())
-                for (uint32_t v : e.values) {
-                    if (e.type == 3)
-                        Put16(bytes, uint16_t(v));
-                    else if (e.type == 1)
-                        bytes.push_back(uint8_t(v));
-                    else
-                        Put32(bytes, v);
-                }
+            std::vector<uint8_t> bytes;
+            for (uint32_t v : e.values) {
+                if (e.type == 3)
+                    Put16(bytes, uint16_t(v));
+                else if (e.type == 1)
+                    bytes.push_back(uint8_t(v));
+                else
+                    Put32(bytes, v);
+            }
             const size_t at = dirStart + i * 12;
             Set16(out, at, e.tag);
             Set16(out, at + 2, e.type);
@@ -101,11 +98,6 @@ public:
     void Put32(std::vector<uint8_t>& out, uint32_t v) const {
         for (int i = 0; i < 4; ++i) out.push_back(uint8_t(v >> (m_big ? 24 - 8 * i : 8 * i)));
     }
-    void PutFloat(std::vector<uint8_t>& out, float f) const {
-        uint32_t v;
-        std::memcpy(&v, &f, 4);
-        Put32(out, v);
-    }
 
 private:
     struct Item {
@@ -113,7 +105,6 @@ private:
         uint16_t type;
         uint32_t count;
         std::vector<uint32_t> values;
-        std::vector<uint8_t> raw;
     };
     void Set16(std::vector<uint8_t>& out, size_t at, uint16_t v) const {
         std::vector<uint8_t> b;

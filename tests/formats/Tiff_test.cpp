@@ -1,241 +1,60 @@
-// TIFF reader and writer: the sample files (both byte orders, grey, RGB, RGBA,
-// float, several strips; compressed, planar, tiled and BigTIFF refused), the
-// float mapping, malformed and truncated files, the writer's exact layout and
-// the round trip of the attachment.
+// TIFF reader and writer on assembled files: the float mapping, both byte
+// orders, refused layouts, malformed and truncated files, the writer's exact
+// layout and the round trip of the attachment.
 #include "formats/TiffBuilder.h"
 #include "formats/Tiff_Read.h"
 #include "formats/Tiff_Write.h"
 #include "image/Image.h"
-#include "support/Manifest.h"
-#include "support/TestData.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <limits>
+#include <tuple>
 
 namespace {
-
-struct Pixel {
-    int x, y;
-    int64_t r, g, b, a;  // a < 0: no alpha to check
-};
-
-int64_t At(const int64_t* plane, const ImageBuffer* image, int x, int y) {
-    return plane[size_t(y) * size_t(image->stride) + size_t(x)];
-}
-
-void ExpectPixels(const ImageBuffer* image, const std::vector<Pixel>& pixels) {
-    for (const Pixel& p : pixels) {
-        SCOPED_TRACE(testing::Message() << "pixel " << p.x << "," << p.y);
-        EXPECT_EQ(At(image->red, image, p.x, p.y), p.r);
-        EXPECT_EQ(At(image->green, image, p.x, p.y), p.g);
-        EXPECT_EQ(At(image->blue, image, p.x, p.y), p.b);
-        if (p.a >= 0) {
-            ASSERT_NE(image->alpha, nullptr);
-            EXPECT_EQ(At(image->alpha, image, p.x, p.y), p.a);
-        }
-    }
-}
-
-std::vector<uint8_t> ReadBytes(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
-}
 
 ImagePtr ReadMemory(const std::vector<uint8_t>& bytes) {
     return ImagePtr(Tiff_ReadMemory(bytes.data(), bytes.size()));
 }
 
-class TempDir {
-public:
-    TempDir() {
-        m_path = std::filesystem::temp_directory_path() /
-                 ("pellucida_tiff_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-                  "_" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::remove_all(m_path);
-        std::filesystem::create_directories(m_path);
-    }
-    ~TempDir() { std::filesystem::remove_all(m_path); }
-    std::string File(const char* name) const { return (m_path / name).string(); }
-    const std::filesystem::path& Path() const { return m_path; }
-
-private:
-    std::filesystem::path m_path;
-};
-
-// A test image of the given depth whose samples differ in every plane.
-ImagePtr Pattern(int32_t width, int32_t height, int depth) {
-    ImagePtr image(Image_Create(width, height));
-    image->bitDepth = uint16_t(depth);
-    image->maxValue = (int64_t{1} << depth) - 1;
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x) {
-            const size_t i = size_t(y) * size_t(width) + size_t(x);
-            image->red[i] = (int64_t(x) * 7919 + y * 104729) & image->maxValue;
-            image->green[i] = (int64_t(x) * 31 + y * 1000003 + 5) & image->maxValue;
-            image->blue[i] = image->maxValue - image->red[i];
-        }
-    return image;
-}
-
 }  // namespace
-
-// ---------------------------------------------------------------------------
-// Sample files
-
-TEST(TiffSamples, EveryFileIsReadOrRefusedAsTheManifestSays) {
-    PELLUCIDA_REQUIRE_DATA(manifest, "expected.json");
-    Manifest_CheckEveryRead(
-        "TIFF", 30, [](const std::string& path, const ManifestEntry&) { return Tiff_Read(path.c_str()); },
-        [](const ManifestEntry& e, const ImageBuffer& image) {
-            EXPECT_EQ(image.stride, e.width);
-            EXPECT_EQ(image.mono, e.mono ? 1 : 0);
-            ASSERT_GT(e.depth, 0);
-            EXPECT_EQ(image.bitDepth, e.depth);
-            EXPECT_EQ(image.maxValue, int64_t((uint64_t{1} << e.depth) - 1));
-            EXPECT_EQ(image.alpha != nullptr, e.alpha);
-            EXPECT_EQ(image.attachment, nullptr);
-        });
-}
-
-TEST(TiffSamples, KnownPixelsInBothByteOrdersAndAllLayouts) {
-    struct Case {
-        const char* file;
-        std::vector<Pixel> pixels;
-    };
-    const Case cases[] = {
-        // Little-endian 8-bit RGB, one strip, a real astro image.
-        {"tiff/astro/starnet_starless_rgb8_1048x712.tif",
-         {{0, 0, 115, 51, 69, -1}, {523, 300, 151, 43, 65, -1}, {1047, 711, 178, 57, 80, -1}}},
-        // Big-endian 32-bit unsigned grey and RGB, several strips.
-        {"tiff/odd/imagetiff_flower-minisblack-32.tif",
-         {{0, 0, 1455125979, 1455125979, 1455125979, -1}, {72, 42, 1152407765, 1152407765, 1152407765, -1}}},
-        {"tiff/odd/imagetiff_flower-rgb-contig-32.tif",
-         {{0, 0, 1489786731, 1487293910, 1198600246, -1},
-          {36, 20, 1257472937, 1226459270, 485453981, -1},
-          {72, 42, 1152914302, 1179705243, 1010517523, -1}}},
-        // Big-endian 16-bit grey in 6 strips and RGB in 19 strips; 8-bit RGB.
-        {"tiff/odd/imagetiff_minisblack-1c-16b.tiff",
-         {{0, 0, 21909, 21909, 21909, -1},
-          {80, 75, 9292, 9292, 9292, -1},
-          {156, 150, 49003, 49003, 49003, -1}}},
-        {"tiff/odd/imagetiff_rgb-3c-16b.tiff",
-         {{0, 0, 41733, 13385, 13810, -1},
-          {80, 75, 19825, 4949, 4028, -1},
-          {156, 150, 45996, 52028, 41317, -1}}},
-        {"tiff/odd/imagetiff_rgb-3c-8b.tiff",
-         {{0, 0, 162, 52, 53, -1}, {80, 75, 77, 19, 15, -1}, {156, 150, 178, 202, 160, -1}}},
-        // Little-endian 16-bit grey in 4 strips; no SamplesPerPixel tag.
-        {"tiff/odd/imagetiff_seq-1c-16b-multistrip-68f373a0.tiff",
-         {{0, 0, 0, 0, 0, -1}, {5, 9, 149, 149, 149, -1}, {15, 15, 255, 255, 255, -1}}},
-        {"tiff/odd/pillow_16bit.cropped.tif", {{0, 0, 480, 480, 480, -1}, {63, 63, 357, 357, 357, -1}}},
-        // RGBA: the fourth sample is the alpha plane (16-bit and 8-bit).
-        {"tiff/odd/imagetiff_seq-4c-16b-rgba-5181991f.tiff",
-         {{0, 0, 0, 1, 2, 3}, {5, 9, 596, 597, 598, 599}, {15, 15, 1020, 1021, 1022, 1023}}},
-        {"tiff/odd/imagetiff_seq-4c-8b-rgba-unassoc-50969cda.tiff",
-         {{0, 0, 0, 1, 2, 3}, {5, 9, 84, 85, 86, 87}, {15, 15, 252, 253, 254, 255}}},
-        {"tiff/odd/pillow_pil136.tiff", {{0, 0, 0, 0, 0, 0}, {30, 20, 0, 0, 0, 255}}},
-        // Several strips with a short last one; 7 strips of 21 rows.
-        {"tiff/odd/pillow_tiff_strip_raw.tif",
-         {{0, 0, 0, 0, 0, -1}, {139, 200, 228, 236, 247, -1}, {277, 373, 255, 255, 255, -1}}},
-        {"tiff/odd/pillow_hopper.tif",
-         {{0, 0, 20, 21, 67, -1}, {64, 100, 24, 18, 22, -1}, {127, 127, 134, 160, 209, -1}}},
-        // The first of two directories.
-        {"tiff/odd/libtiff_test_two_ifds.tif", {{0, 0, 107, 107, 107, -1}}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.file);
-        const std::string path = TestData_Path(c.file);
-        if (path.empty()) GTEST_SKIP() << "sample data not found: " << c.file;
-        ImagePtr image(Tiff_Read(path.c_str()));
-        ASSERT_NE(image, nullptr);
-        ExpectPixels(image.get(), c.pixels);
-    }
-}
-
-TEST(TiffSamples, FloatFilesMapOntoTheirDepth) {
-    // Largest value 0.998 (below 1): value x maxValue, maxValue = 2^32 - 1.
-    PELLUCIDA_REQUIRE_DATA(gradient, "tiff/odd/imagetiff_gradient-1c-32b-float.tiff");
-    ImagePtr g(Tiff_Read(gradient.c_str()));
-    ASSERT_NE(g, nullptr);
-    EXPECT_EQ(g->maxValue, 4294967295);
-    ExpectPixels(g.get(), {{0, 0, 3837672, 3837672, 3837672, -1},
-                           {128, 0, 2149297663, 2149297663, 2149297663, -1},
-                           {255, 0, 4287516159, 4287516159, 4287516159, -1}});
-
-    // Largest value exactly 1.0: no rescaling.
-    PELLUCIDA_REQUIRE_DATA(rgb, "tiff/odd/imagetiff_seq-3c-32f-9a471c2b.tiff");
-    ImagePtr c(Tiff_Read(rgb.c_str()));
-    ASSERT_NE(c, nullptr);
-    ExpectPixels(c.get(), {{0, 0, 0, 5599696, 11199393, -1},
-                           {5, 9, 2503064319, 2508664063, 2514263807, -1},
-                           {15, 15, 4283767807, 4289367551, 4294967295, -1}});
-
-    // Half floats, every sample 1.0.
-    PELLUCIDA_REQUIRE_DATA(half, "tiff/odd/imagetiff_white-fp16.tiff");
-    ImagePtr h(Tiff_Read(half.c_str()));
-    ASSERT_NE(h, nullptr);
-    EXPECT_EQ(h->bitDepth, 16);
-    ExpectPixels(h.get(), {{0, 0, 65535, 65535, 65535, -1}, {255, 255, 65535, 65535, 65535, -1}});
-}
 
 // ---------------------------------------------------------------------------
 // Float mapping on assembled files
 
-TEST(TiffFloat, LargestValueAboveOneScalesEverything_NanAndNegativesBecomeZero) {
-    for (bool big : {false, true}) {
-        SCOPED_TRACE(big ? "MM" : "II");
-        TiffBuilder t(big);
-        t.Basic(6, 1, 1, 32, 1, 3);
+TEST(TiffFloat, LargestValueAboveOneScales_InfinityIsTheTop_NanNegativesAndSubnormalsAreZero) {
+    auto f = [](float v) { return std::bit_cast<uint32_t>(v); };
+    const float inf = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
+    const int64_t m = 4294967295;
+    const struct {
+        bool big;
+        uint32_t bits;
+        std::vector<uint32_t> samples;  // as stored
+        std::vector<int64_t> expected;
+    } cases[] = {
+        {false, 32, {f(0), f(1), f(2), f(4), f(-3), f(nan)}, {0, 1073741824, 2147483648, m, 0, 0}},
+        {true, 32, {f(0), f(1), f(2), f(4), f(-3), f(nan)}, {0, 1073741824, 2147483648, m, 0, 0}},
+        // Infinity is the maximum but does not set the scale.
+        {false, 32, {f(0.5f), f(inf), f(-inf)}, {2147483648, m, 0}},
+        // Half floats 0.5, 0.25, the smallest subnormal 2^-24 (65535 x 2^-24
+        // rounds to 0) and -1.
+        {true, 16, {0x3800, 0x3400, 0x0001, 0xBC00}, {32768, 16384, 0, 0}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << (c.big ? "MM " : "II ") << c.bits);
+        TiffBuilder t(c.big);
+        t.Basic(uint32_t(c.samples.size()), 1, 1, c.bits, 1, 3);
         std::vector<uint8_t> px;
-        for (float f : {0.0f, 1.0f, 2.0f, 4.0f, -3.0f, std::numeric_limits<float>::quiet_NaN()})
-            t.PutFloat(px, f);
+        for (uint32_t v : c.samples) c.bits == 16 ? t.Put16(px, uint16_t(v)) : t.Put32(px, v);
         t.Pixels(px);
         ImagePtr image = ReadMemory(t.Build());
         ASSERT_NE(image, nullptr);
-        const int64_t m = 4294967295;
-        ExpectPixels(image.get(),
-                     {{0, 0, 0, 0, 0, -1},
-                      {1, 0, std::llround(m / 4.0), std::llround(m / 4.0), std::llround(m / 4.0), -1},
-                      {2, 0, std::llround(m / 2.0), std::llround(m / 2.0), std::llround(m / 2.0), -1},
-                      {3, 0, m, m, m, -1},
-                      {4, 0, 0, 0, 0, -1},
-                      {5, 0, 0, 0, 0, -1}});
+        EXPECT_EQ(image->bitDepth, c.bits);
+        EXPECT_EQ(std::vector<int64_t>(image->red, image->red + c.samples.size()), c.expected);
     }
-}
-
-TEST(TiffFloat, InfinityIsTheMaximumAndDoesNotSetTheScale) {
-    TiffBuilder t(false);
-    t.Basic(3, 1, 1, 32, 1, 3);
-    std::vector<uint8_t> px;
-    for (float f : {0.5f, std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity()})
-        t.PutFloat(px, f);
-    t.Pixels(px);
-    ImagePtr image = ReadMemory(t.Build());
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->red[0], std::llround(0.5 * 4294967295.0));
-    EXPECT_EQ(image->red[1], 4294967295);
-    EXPECT_EQ(image->red[2], 0);
-}
-
-TEST(TiffFloat, HalfFloatsIncludingSubnormals) {
-    TiffBuilder t(true);
-    t.Basic(4, 1, 1, 16, 1, 3);
-    std::vector<uint8_t> px;
-    // 0.5, 0.25, the smallest subnormal 2^-24, and -1.
-    for (uint16_t h : {0x3800, 0x3400, 0x0001, 0xBC00}) t.Put16(px, h);
-    t.Pixels(px);
-    ImagePtr image = ReadMemory(t.Build());
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->bitDepth, 16);
-    EXPECT_EQ(image->red[0], 32768);  // 0.5 x 65535 rounded
-    EXPECT_EQ(image->red[1], 16384);
-    EXPECT_EQ(image->red[2], 0);  // 65535 x 2^-24 rounds to 0
-    EXPECT_EQ(image->red[3], 0);
 }
 
 // ---------------------------------------------------------------------------
@@ -284,101 +103,47 @@ TEST(TiffLayouts, WhiteIsZeroGreyIsTakenAsItIs) {
     EXPECT_EQ(image->mono, 1);
 }
 
+// A header of Basic() with some tags replaced (no values: removed), over 256
+// bytes of pixels in one strip unless the strips are given.
+struct Refused {
+    const char* what;
+    uint32_t width, height, samples, bits, photometric, sampleFormat;
+    std::vector<std::tuple<uint16_t, uint16_t, std::vector<uint32_t>>> entries = {};
+    bool pixels = true;
+};
+
 TEST(TiffLayouts, RefusedHeaders) {
-    struct Case {
-        const char* what;
-        void (*edit)(TiffBuilder&);
+    const Refused cases[] = {
+        Refused("compression 5", 2, 2, 3, 8, 2, 1, {{259, 3, {5}}}),
+        Refused("planar RGB", 2, 2, 3, 8, 2, 1, {{284, 3, {2}}}),
+        Refused("tiled", 2, 2, 3, 8, 2, 1, {{322, 3, {16}}}),
+        Refused("no photometric", 2, 2, 1, 8, 1, 1, {{262, 3, {}}}),
+        Refused("signed samples", 2, 2, 1, 16, 1, 2),
+        Refused("64-bit float", 2, 2, 1, 64, 1, 3),
+        Refused("8-bit float", 2, 2, 1, 8, 1, 3),
+        Refused("float RGBA", 2, 2, 4, 32, 2, 3),
+        Refused("32-bit RGBA", 2, 2, 4, 32, 2, 1),
+        Refused("RGBA without extra sample", 2, 2, 4, 8, 2, 1, {{338, 3, {}}}),
+        Refused("two samples", 2, 2, 2, 8, 1, 1),
+        Refused("palette", 2, 2, 1, 8, 3, 1),
+        Refused("mixed bit depths", 2, 2, 3, 8, 2, 1, {{258, 3, {8, 16, 8}}}),
+        Refused("1-bit grey", 2, 2, 1, 1, 1, 1),
+        // The strips' data must be in the file, and there before anything is
+        // allocated for the size the header announces.
+        Refused("offsets and counts differ in number", 4, 4, 1, 8, 1, 1, {{273, 4, {8, 12}}, {279, 4, {16}}},
+                false),
+        Refused("strip past the end", 4, 4, 1, 8, 1, 1, {{273, 4, {1000}}, {279, 4, {16}}}, false),
+        Refused("60000 x 60000 pixels in a few hundred bytes", 60000, 60000, 1, 8, 1, 1),
+        Refused("strips that all point at the same bytes", 64, 64, 1, 8, 1, 1,
+                {{273, 4, std::vector<uint32_t>(64, 8)}, {279, 4, std::vector<uint32_t>(64, 64)}}, false),
     };
-    const Case cases[] = {
-        {"compression 5",
-         [](TiffBuilder& t) {
-             t.Basic(2, 2, 3, 8, 2);
-             t.Entry(259, 3, {5});
-         }},
-        {"planar RGB",
-         [](TiffBuilder& t) {
-             t.Basic(2, 2, 3, 8, 2);
-             t.Entry(284, 3, {2});
-         }},
-        {"tiled",
-         [](TiffBuilder& t) {
-             t.Basic(2, 2, 3, 8, 2);
-             t.Entry(322, 3, {16});
-         }},
-        {"no photometric",
-         [](TiffBuilder& t) {
-             t.Entry(256, 3, {2});
-             t.Entry(257, 3, {2});
-             t.Entry(258, 3, {8});
-         }},
-        {"signed samples", [](TiffBuilder& t) { t.Basic(2, 2, 1, 16, 1, 2); }},
-        {"64-bit float", [](TiffBuilder& t) { t.Basic(2, 2, 1, 64, 1, 3); }},
-        {"8-bit float", [](TiffBuilder& t) { t.Basic(2, 2, 1, 8, 1, 3); }},
-        {"float RGBA", [](TiffBuilder& t) { t.Basic(2, 2, 4, 32, 2, 3); }},
-        {"32-bit RGBA", [](TiffBuilder& t) { t.Basic(2, 2, 4, 32, 2); }},
-        {"RGBA without extra sample",
-         [](TiffBuilder& t) {
-             t.Entry(256, 3, {2});
-             t.Entry(257, 3, {2});
-             t.Entry(258, 3, {8, 8, 8, 8});
-             t.Entry(262, 3, {2});
-             t.Entry(277, 3, {4});
-         }},
-        {"two samples", [](TiffBuilder& t) { t.Basic(2, 2, 2, 8, 1); }},
-        {"palette", [](TiffBuilder& t) { t.Basic(2, 2, 1, 8, 3); }},
-        {"mixed bit depths",
-         [](TiffBuilder& t) {
-             t.Entry(256, 3, {2});
-             t.Entry(257, 3, {2});
-             t.Entry(258, 3, {8, 16, 8});
-             t.Entry(262, 3, {2});
-             t.Entry(277, 3, {3});
-         }},
-        {"1-bit grey", [](TiffBuilder& t) { t.Basic(2, 2, 1, 1, 1); }},
-    };
-    for (const Case& c : cases) {
+    for (const Refused& c : cases) {
         SCOPED_TRACE(c.what);
         TiffBuilder t(false);
-        c.edit(t);
-        t.Pixels(std::vector<uint8_t>(256, 1));
+        t.Basic(c.width, c.height, c.samples, c.bits, c.photometric, c.sampleFormat);
+        for (const auto& [tag, type, values] : c.entries) t.Entry(tag, type, values);
+        if (c.pixels) t.Pixels(std::vector<uint8_t>(256, 1));
         EXPECT_EQ(ReadMemory(t.Build()), nullptr);
-    }
-}
-
-TEST(TiffLayouts, StripCountsMustMatchAndDataMustBeInTheFile) {
-    {
-        TiffBuilder t(false);
-        t.Basic(4, 4, 1, 8, 1);
-        t.Entry(273, 4, {100, 104});
-        t.Entry(279, 4, {16});
-        auto bytes = t.Build();
-        bytes.resize(200, 0);
-        EXPECT_EQ(ReadMemory(bytes), nullptr) << "offsets and counts differ in number";
-    }
-    {
-        TiffBuilder t(false);
-        t.Basic(4, 4, 1, 8, 1);
-        t.Entry(273, 4, {1000});
-        t.Entry(279, 4, {16});
-        EXPECT_EQ(ReadMemory(t.Build()), nullptr) << "strip past the end";
-    }
-    {
-        // A header announcing 60000 x 60000 pixels backed by 16 bytes is refused
-        // before anything is allocated.
-        TiffBuilder t(false);
-        t.Basic(60000, 60000, 1, 8, 1);
-        t.Pixels(std::vector<uint8_t>(16, 0));
-        EXPECT_EQ(ReadMemory(t.Build()), nullptr);
-    }
-    {
-        // Strips that all point at the same bytes cannot stand for a larger image.
-        TiffBuilder t(false);
-        t.Basic(64, 64, 1, 8, 1);
-        t.Entry(273, 4, std::vector<uint32_t>(64, 8));
-        t.Entry(279, 4, std::vector<uint32_t>(64, 64));
-        auto bytes = t.Build();
-        EXPECT_LT(bytes.size(), 64u * 64u);
-        EXPECT_EQ(ReadMemory(bytes), nullptr);
     }
 }
 
@@ -402,45 +167,28 @@ TEST(TiffLayouts, ScatteredStripsAreReadInOrder) {
     EXPECT_EQ(image->red[3], 40);
 }
 
-TEST(TiffStructure, BadByteOrderMagicOrBigTiffIsRefused) {
-    TiffBuilder t(false);
-    t.Basic(2, 1, 1, 8, 1);
-    t.Pixels({1, 2});
-    const auto good = t.Build();
-    ASSERT_NE(ReadMemory(good), nullptr);
-    auto bad = good;
-    bad[0] = 'I';
-    bad[1] = 'M';
-    EXPECT_EQ(ReadMemory(bad), nullptr);
-    bad = good;
-    bad[2] = 43;  // BigTIFF
-    EXPECT_EQ(ReadMemory(bad), nullptr);
-    EXPECT_EQ(Tiff_ReadMemory(nullptr, 0), nullptr);
-    EXPECT_EQ(Tiff_Read(nullptr), nullptr);
-    EXPECT_EQ(Tiff_Read("/nonexistent/folder/x.tif"), nullptr);
-}
-
-TEST(TiffStructure, EveryTruncationOfAValidFileIsRefusedWithoutHarm) {
+TEST(TiffStructure, BadMagicBigTiffLoopingDirectoriesAndEveryTruncationAreRefused) {
     TiffBuilder t(true);
     t.Basic(5, 3, 3, 16, 2);
     t.Pixels(std::vector<uint8_t>(5 * 3 * 6, 0x5A), 12);
-    const auto bytes = t.Build();
-    ASSERT_NE(ReadMemory(bytes), nullptr);
-    for (size_t n = 0; n < bytes.size(); ++n) {
-        std::vector<uint8_t> cut(bytes.begin(), bytes.begin() + long(n));
-        EXPECT_EQ(ReadMemory(cut), nullptr) << "length " << n;
-    }
-}
+    const auto good = t.Build();
+    ASSERT_NE(ReadMemory(good), nullptr);
+    for (size_t n = 0; n < good.size(); ++n)
+        EXPECT_EQ(ReadMemory(std::vector<uint8_t>(good.begin(), good.begin() + long(n))), nullptr)
+            << "length " << n;
+    auto bad = good;
+    bad[1] = 'I';  // "MI"
+    EXPECT_EQ(ReadMemory(bad), nullptr);
+    bad = good;
+    bad[3] = 43;  // BigTIFF
+    EXPECT_EQ(ReadMemory(bad), nullptr);
 
-TEST(TiffStructure, DirectoryChainThatLoopsEndsTheWalk) {
-    // Directory at 8 with no image whose next offset points back at itself.
-    std::vector<uint8_t> bytes = {'I',  'I',  42, 0, 8, 0, 0, 0, 1, 0,        // one entry
-                                  0x0E, 0x01, 2,  0, 1, 0, 0, 0, 0, 0, 0, 0,  // ImageDescription
-                                  8,    0,    0,  0};
-    EXPECT_EQ(ReadMemory(bytes), nullptr);
-    // Two directories pointing at each other.
-    std::vector<uint8_t> two = {'I', 'I', 42, 0, 8, 0, 0, 0, 0, 0, 14, 0, 0, 0, 0, 0, 8, 0, 0, 0};
-    EXPECT_EQ(ReadMemory(two), nullptr);
+    // A directory at 8 with no image whose next offset points back at itself,
+    // and two directories pointing at each other.
+    EXPECT_EQ(
+        ReadMemory({'I', 'I', 42, 0, 8, 0, 0, 0, 1, 0, 0x0E, 0x01, 2, 0, 1, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0}),
+        nullptr);
+    EXPECT_EQ(ReadMemory({'I', 'I', 42, 0, 8, 0, 0, 0, 0, 0, 14, 0, 0, 0, 0, 0, 8, 0, 0, 0}), nullptr);
 }
 
 TEST(TiffStructure, ALaterDirectoryIsUsedWhenTheFirstHasNoImage) {
@@ -463,6 +211,21 @@ TEST(TiffStructure, ALaterDirectoryIsUsedWhenTheFirstHasNoImage) {
 // Writer
 
 namespace {
+
+// A test image of the given depth whose samples differ in every plane.
+ImagePtr Pattern(int32_t width, int32_t height, int depth) {
+    ImagePtr image(Image_Create(width, height));
+    image->bitDepth = uint16_t(depth);
+    image->maxValue = (int64_t{1} << depth) - 1;
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x) {
+            const size_t i = size_t(y) * size_t(width) + size_t(x);
+            image->red[i] = (int64_t(x) * 7919 + y * 104729) & image->maxValue;
+            image->green[i] = (int64_t(x) * 31 + y * 1000003 + 5) & image->maxValue;
+            image->blue[i] = image->maxValue - image->red[i];
+        }
+    return image;
+}
 
 // The expected file, assembled here field by field from the fixed layout.
 std::vector<uint8_t> ExpectedLayout(const ImageBuffer* image) {
@@ -504,14 +267,8 @@ std::vector<uint8_t> ExpectedLayout(const ImageBuffer* image) {
     entry(283, 5, 1, yres);
     entry(296, 3, 1, 1);
     if (attach) entry(65000, 1, image->attachmentSize, attachmentAt);
-    u32(0);
-    u32(1);
-    u32(1);
-    u32(1);
-    u32(1);
-    u16(16);
-    u16(16);
-    u16(16);
+    for (uint32_t v : {0, 1, 1, 1, 1}) u32(v);  // no next directory; resolutions 1/1
+    for (int i = 0; i < 3; ++i) u16(16);        // bits per sample
     const int s = 16 - image->bitDepth;
     for (size_t i = 0; i < size_t(w) * h; ++i)
         for (const int64_t* plane : {image->red, image->green, image->blue}) {
@@ -530,85 +287,38 @@ void Attach(ImageBuffer* image, const std::vector<uint8_t>& bytes) {
 
 }  // namespace
 
-TEST(TiffWriter, LayoutIsByteForByteTheFixedOne) {
+TEST(TiffWriter, LayoutIsByteForByteTheFixedOneAndReadsBack) {
     TempDir dir;
-    for (int depth : {30, 16, 8}) {
-        for (bool attach : {false, true}) {
-            SCOPED_TRACE(testing::Message() << "depth " << depth << (attach ? " with attachment" : ""));
+    const std::string path = dir.File("out.tif");
+    for (int depth : {30, 16, 8})
+        for (size_t size : {size_t{0}, size_t{1}, size_t{4}, size_t{5}, size_t{4099}}) {
+            SCOPED_TRACE(testing::Message() << "depth " << depth << ", attachment of " << size);
             ImagePtr image = Pattern(7, 5, depth);
-            if (attach) Attach(image.get(), {'P', 'e', 'l', 1, 2, 3, 4, 5, 6, 0});
-            const std::string path = dir.File("layout.tif");
+            if (depth == 30) {
+                image->green[1] = int64_t{1} << 40;  // saturates
+                image->blue[1] = -5;                 // held at 0
+            }
+            Image_AddAlpha(image.get());  // neither alpha nor aux is ever written
+            Image_AddAux(image.get());
+            std::vector<uint8_t> block(size);
+            for (size_t i = 0; i < size; ++i) block[i] = uint8_t(i * 37 + 11);
+            if (size) Attach(image.get(), block);
             ASSERT_EQ(Tiff_Write(image.get(), path.c_str()), 1);
-            EXPECT_EQ(ReadBytes(path), ExpectedLayout(image.get()));
+            EXPECT_EQ(ReadFileBytes(path), ExpectedLayout(image.get()));
+
+            ImagePtr back(Tiff_Read(path.c_str()));
+            ASSERT_NE(back, nullptr);
+            EXPECT_EQ(back->bitDepth, 16);
+            EXPECT_EQ(back->mono, 0);
+            EXPECT_EQ(back->alpha, nullptr);
+            ASSERT_EQ(back->attachmentSize, size);
+            EXPECT_TRUE(std::equal(block.begin(), block.end(), back->attachment));
+            if (depth == 16) {
+                EXPECT_TRUE(std::equal(image->red, image->red + 35, back->red));
+                EXPECT_TRUE(std::equal(image->green, image->green + 35, back->green));
+                EXPECT_TRUE(std::equal(image->blue, image->blue + 35, back->blue));
+            }
         }
-    }
-}
-
-TEST(TiffWriter, ThirtyBitSamplesShiftRightAndSaturate) {
-    TempDir dir;
-    ImagePtr image(Image_Create(3, 1));
-    image->bitDepth = 30;
-    image->maxValue = 1073741823;
-    image->red[0] = 1073741823;
-    image->green[0] = 16383;
-    image->blue[0] = 16384;
-    image->red[1] = 0;
-    image->green[1] = int64_t{1} << 40;
-    image->blue[1] = -5;
-    image->red[2] = 1 << 20;
-    image->green[2] = 1 << 29;
-    image->blue[2] = 3 << 14;
-    const std::string path = dir.File("shift.tif");
-    ASSERT_EQ(Tiff_Write(image.get(), path.c_str()), 1);
-    const auto bytes = ReadBytes(path);
-    ASSERT_EQ(bytes.size(), 180u + 18u);
-    auto sample = [&](int i) { return bytes[180 + 2 * i] | bytes[181 + 2 * i] << 8; };
-    EXPECT_EQ(sample(0), 65535);
-    EXPECT_EQ(sample(1), 0);
-    EXPECT_EQ(sample(2), 1);
-    EXPECT_EQ(sample(3), 0);
-    EXPECT_EQ(sample(4), 65535);
-    EXPECT_EQ(sample(5), 0);
-    EXPECT_EQ(sample(6), 64);
-    EXPECT_EQ(sample(7), 32768);
-    EXPECT_EQ(sample(8), 3);
-}
-
-TEST(TiffWriter, RoundTripKeepsPixelsAndAttachment) {
-    TempDir dir;
-    for (size_t size : {size_t{1}, size_t{4}, size_t{5}, size_t{4099}}) {
-        SCOPED_TRACE(size);
-        ImagePtr image = Pattern(33, 17, 16);
-        std::vector<uint8_t> block(size);
-        for (size_t i = 0; i < size; ++i) block[i] = uint8_t(i * 37 + 11);
-        Attach(image.get(), block);
-        const std::string path = dir.File("round.tif");
-        ASSERT_EQ(Tiff_Write(image.get(), path.c_str()), 1);
-        ImagePtr back(Tiff_Read(path.c_str()));
-        ASSERT_NE(back, nullptr);
-        EXPECT_EQ(back->width, 33);
-        EXPECT_EQ(back->height, 17);
-        EXPECT_EQ(back->bitDepth, 16);
-        EXPECT_EQ(back->mono, 0);
-        EXPECT_EQ(back->alpha, nullptr);
-        ASSERT_EQ(back->attachmentSize, size);
-        EXPECT_TRUE(std::equal(block.begin(), block.end(), back->attachment));
-        for (size_t i = 0; i < 33 * 17; ++i) {
-            ASSERT_EQ(back->red[i], image->red[i]) << i;
-            ASSERT_EQ(back->green[i], image->green[i]) << i;
-            ASSERT_EQ(back->blue[i], image->blue[i]) << i;
-        }
-    }
-}
-
-TEST(TiffWriter, AlphaAndAuxAreNeverWritten) {
-    TempDir dir;
-    ImagePtr image = Pattern(4, 4, 16);
-    Image_AddAlpha(image.get());
-    Image_AddAux(image.get());
-    const std::string path = dir.File("planes.tif");
-    ASSERT_EQ(Tiff_Write(image.get(), path.c_str()), 1);
-    EXPECT_EQ(ReadBytes(path).size(), 180u + 4 * 4 * 6);
 }
 
 TEST(TiffWriter, NullPathOrUncreatableFileFails) {

@@ -67,9 +67,15 @@ public:
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;
 
-    const std::filesystem::path& Path() const { return m_path; }
-    std::string File(const std::string& name) const { return (m_path / name).string(); }
-    size_t Count() const { return size_t(std::distance(std::filesystem::directory_iterator(m_path), {})); }
+    const std::filesystem::path& Path() const {
+        return m_path;
+    }
+    std::string File(const std::string& name) const {
+        return (m_path / name).string();
+    }
+    size_t Count() const {
+        return size_t(std::distance(std::filesystem::directory_iterator(m_path), {}));
+    }
 
 private:
     std::filesystem::path m_path;

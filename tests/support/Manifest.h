@@ -79,9 +79,11 @@ inline std::vector<ManifestEntry> Manifest_Entries(const std::string& reader) {
     return entries;
 }
 
-// Reads every sample of one reader with `read` (path, entry -> image) and
-// holds it to the manifest: a refused file gives no image, any other one of
-// the stated size, which `check` (entry, image) examines further.
+// Reads every sample of one reader (all when `reader` is empty) with `read`
+// (path, entry -> image) and holds it to the manifest: a refused file gives no
+// image, any other one the stated size, grey or colour, alpha and depth (when
+// stated), with the maximum its depth gives; `check` (entry, image) examines
+// it further.
 template <class Read, class Check>
 void Manifest_CheckEveryRead(const std::string& reader, size_t atLeast, Read read, Check check) {
     const std::vector<ManifestEntry> entries = Manifest_Entries(reader);
@@ -98,6 +100,11 @@ void Manifest_CheckEveryRead(const std::string& reader, size_t atLeast, Read rea
         ASSERT_NE(image, nullptr);
         EXPECT_EQ(image->width, e.width);
         EXPECT_EQ(image->height, e.height);
+        EXPECT_EQ(image->stride, e.width);
+        EXPECT_EQ(image->mono, e.mono ? 1 : 0);
+        EXPECT_EQ(image->alpha != nullptr, e.alpha);
+        EXPECT_EQ(image->bitDepth, e.depth > 0 ? e.depth : image->bitDepth);
+        EXPECT_EQ(image->maxValue, int64_t((uint64_t{1} << image->bitDepth) - 1));
         check(e, *image);
     }
 }
