@@ -2,10 +2,10 @@
 // kept there) in every build, the sanitizer build included.
 #include "image/Tracking.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
+#include "support/Files.h"
 
-#include <cstdlib>
+#include <gtest/gtest.h>
+
 #include <filesystem>
 
 namespace fs = std::filesystem;
@@ -13,9 +13,8 @@ namespace fs = std::filesystem;
 TEST(TrackingCorpus, EveryKeptInputIsReadOrRefusedSafely) {
     const fs::path corpus = fs::path(PELLUCIDA_TEST_SOURCE_DIR) / "fuzz" / "corpus" / "TrackingSlot";
     ASSERT_TRUE(fs::is_directory(corpus));
-    const fs::path dir = fs::temp_directory_path() / ("pellucida_slot_corpus_" + std::to_string(getpid()));
-    fs::create_directories(dir);
-    setenv("PELLUCIDA_STATE_DIR", dir.c_str(), 1);
+    TempDir dir;
+    SetEnv("PELLUCIDA_STATE_DIR", dir.Path().string());
     int inputs = 0, images = 0;
     for (const auto& entry : fs::directory_iterator(corpus)) {
         SCOPED_TRACE(entry.path().filename().string());
@@ -30,8 +29,7 @@ TEST(TrackingCorpus, EveryKeptInputIsReadOrRefusedSafely) {
         for (const int64_t* plane : {image->red, image->green, image->blue})
             for (size_t i = 0; i < n; ++i) ASSERT_GE(plane[i], 0);
     }
-    unsetenv("PELLUCIDA_STATE_DIR");
-    fs::remove_all(dir);
+    UnsetEnv("PELLUCIDA_STATE_DIR");
     EXPECT_GE(inputs, 4);
     EXPECT_GE(images, 2);  // the seeds hold real slots
 }
