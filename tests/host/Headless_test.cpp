@@ -1,7 +1,7 @@
 // The headless backend's scripts and screen dumps, and the program end to end
 // on them.
-#include "host/headless/Headless_Script.h"
 #include "HostFixture.h"
+#include "host/headless/Headless_Script.h"
 
 #include <lodepng.h>
 

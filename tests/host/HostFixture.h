@@ -33,6 +33,7 @@ protected:
 
     void TearDown() override {
         Host_Shutdown();
+        Host_Shutdown();  // a second shutdown is harmless
         Host_DestroyMainWindow();
         Headless_SetAutoTicks(true);
         EXPECT_EQ(Host_GetState(), nullptr);
@@ -46,6 +47,12 @@ protected:
                 Host_GetState()->pendingTicks == 0)
                 return;
         }
+    }
+
+    // Start-up's events delivered and forgotten.
+    void Ready() {
+        Settle();
+        events.clear();
     }
 
     std::vector<AppEvent> EventsOfKind(uint32_t kind) const {

@@ -29,61 +29,43 @@ struct ColumnParams {
     uint32_t stopAtRow = UINT32_MAX;
 };
 
-int StopAt(void* context, uint32_t row, uint32_t) {
-    return row >= static_cast<ColumnParams*>(context)->stopAtRow ? 1 : 0;
-}
-
 void PaintColumns(ColumnParams* p) {
     p->calls->fetch_add(1);
     Worker_ForInterleavedColumns(
-        p->workerIndex, p->workerCount, p->width, p->height, StopAt, p,
-        [p](uint32_t x, uint32_t y) { (*p->owner)[y * p->width + x] = int(p->workerIndex); });
+        p->workerIndex, p->workerCount, p->width, p->height,
+        [](void* context, uint32_t row, uint32_t) {
+            return row >= static_cast<ColumnParams*>(context)->stopAtRow ? 1 : 0;
+        },
+        p, [p](uint32_t x, uint32_t y) { (*p->owner)[y * p->width + x] = int(p->workerIndex); });
 }
 
-TEST(Workers, EachWorkerTakesInterleavedColumnsOfEveryRow) {
-    WorkerCount three("3");
-    std::vector<int> owner(10 * 4, -1);
-    std::atomic<int> calls{0};
-    ColumnParams p;
-    p.width = 10;
-    p.height = 4;
-    p.owner = &owner;
-    p.calls = &calls;
-    Host_RunWorkers(p, PaintColumns);
-    EXPECT_EQ(calls.load(), 3);
-    EXPECT_EQ(Host_GetWorkerCount(), 0u);
-    for (uint32_t y = 0; y < 4; ++y)
-        for (uint32_t x = 0; x < 10; ++x) EXPECT_EQ(owner[y * 10 + x], int(x % 3)) << x << "," << y;
-}
-
-TEST(Workers, OneProcessorMeansOneWorker) {
-    WorkerCount one("1");
-    std::vector<int> owner(7 * 3, -1);
-    std::atomic<int> calls{0};
-    ColumnParams p;
-    p.width = 7;
-    p.height = 3;
-    p.owner = &owner;
-    p.calls = &calls;
-    Host_RunWorkers(p, PaintColumns);
-    EXPECT_EQ(calls.load(), 1);
-    for (int o : owner) EXPECT_EQ(o, 0);
-}
-
-TEST(Workers, AProgressAnswerStopsEachWorkerAtItsNextRow) {
-    WorkerCount two("2");
-    std::vector<int> owner(6 * 8, -1);
-    std::atomic<int> calls{0};
-    ColumnParams p;
-    p.width = 6;
-    p.height = 8;
-    p.owner = &owner;
-    p.calls = &calls;
-    p.stopAtRow = 5;
-    Host_RunWorkers(p, PaintColumns);
-    for (uint32_t y = 0; y < 8; ++y)
-        for (uint32_t x = 0; x < 6; ++x)
-            EXPECT_EQ(owner[y * 6 + x], y < 5 ? int(x % 2) : -1) << x << "," << y;
+// One worker per processor, each taking the columns k, k + n, ... of every
+// row; a progress answer stops each worker at its next row.
+TEST(Workers, EachWorkerTakesInterleavedColumnsOfEveryRowUntilStopped) {
+    struct Case {
+        const char* workers;
+        uint32_t width, height, stopAtRow;
+    };
+    for (const Case& c : {Case{"3", 10, 4, UINT32_MAX}, Case{"1", 7, 3, UINT32_MAX}, Case{"2", 6, 8, 5}}) {
+        WorkerCount count(c.workers);
+        const int n = std::atoi(c.workers);
+        std::vector<int> owner(c.width * c.height, -1);
+        std::atomic<int> calls{0};
+        ColumnParams p;
+        p.width = c.width;
+        p.height = c.height;
+        p.owner = &owner;
+        p.calls = &calls;
+        p.stopAtRow = c.stopAtRow;
+        Host_RunWorkers(p, PaintColumns);
+        EXPECT_EQ(calls.load(), n);
+        EXPECT_EQ(Host_GetWorkerCount(), 0u);
+        for (uint32_t y = 0; y < c.height; ++y)
+            for (uint32_t x = 0; x < c.width; ++x)
+                ASSERT_EQ(owner[y * c.width + x], y < c.stopAtRow ? int(x % n) : -1) << x << "," << y;
+    }
+    WorkerCount none("0");  // a nonsense override still leaves one processor
+    EXPECT_GE(Host_GetProcessorCount(), 1u);
 }
 
 TEST(Workers, WaitReturnsWhenTheLastWorkerEnds) {
@@ -112,39 +94,31 @@ void BlockingTask(void* context) {
     while (!task->release.load()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-TEST(BackgroundTask, OnlyOneRunsAtATime) {
+TEST(BackgroundTask, OnlyOneRunsAtATimeAndItsFlagFallsWhenItEnds) {
+    auto waitFinished = [] {
+        for (int i = 0; i < 5000 && !Host_TakeBackgroundFinished(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    };
     Host_TakeBackgroundFinished();
     Task first, second;
     Host_StartBackgroundTask(BlockingTask, &first);
     EXPECT_EQ(Host_IsBackgroundRunning(), 1);
     Host_StartBackgroundTask(BlockingTask, &second);  // refused while the first runs
     first.release = true;
-    for (int i = 0; i < 5000 && !Host_TakeBackgroundFinished(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    waitFinished();
     EXPECT_EQ(first.runs.load(), 1);
     EXPECT_EQ(second.runs.load(), 0);
     EXPECT_EQ(Host_IsBackgroundRunning(), 0);
     EXPECT_EQ(Host_TakeBackgroundFinished(), 0);  // taking clears it
     Host_SetBackgroundFinished();
     EXPECT_EQ(Host_TakeBackgroundFinished(), 1);
-
-    // With the first one finished, a new task starts.
-    second.release = true;
-    Host_StartBackgroundTask(BlockingTask, &second);
-    for (int i = 0; i < 5000 && !Host_TakeBackgroundFinished(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    EXPECT_EQ(second.runs.load(), 1);
     // A task that ends at once still leaves the flag down, so callers that
     // wait for it to fall do not wait forever.
+    second.release = true;
+    Host_StartBackgroundTask(BlockingTask, &second);
+    waitFinished();
+    EXPECT_EQ(second.runs.load(), 1);
     EXPECT_EQ(Host_IsBackgroundRunning(), 0);
-    Task third;
-    third.release = true;
-    Host_StartBackgroundTask(BlockingTask, &third);
-    for (int i = 0; i < 5000 && Host_IsBackgroundRunning(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    EXPECT_EQ(Host_IsBackgroundRunning(), 0);
-    EXPECT_EQ(third.runs.load(), 1);
-    Host_TakeBackgroundFinished();
 }
 
 TEST(HostLock, IsReentrantForItsOwnerAndExcludesOthers) {
@@ -163,19 +137,14 @@ TEST(HostLock, IsReentrantForItsOwnerAndExcludesOthers) {
     EXPECT_TRUE(entered.load());
 }
 
-TEST(HostMessage, ShowsTheTextUnderTheHostCaption) {
+TEST(HostMessage, ShowsTheTextUnderTheHostCaptionAndOnStandardError) {
     ASSERT_TRUE(Host_SelectBackend("headless"));
     Headless_TakeMessages();
+    testing::internal::CaptureStderr();
     Host_ShowMessage("Out of memory\n");
-    auto messages = Headless_TakeMessages();
-    ASSERT_EQ(messages.size(), 1u);
-    EXPECT_EQ(messages[0], "HOST MULTIPLATFORM MESSAGE: Out of memory\n");
-}
-
-TEST(HostProcessors, AtLeastOne) {
-    EXPECT_GE(Host_GetProcessorCount(), 1u);
-    WorkerCount bad("0");
-    EXPECT_GE(Host_GetProcessorCount(), 1u);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "HOST MULTIPLATFORM MESSAGE: Out of memory\n\n");
+    EXPECT_EQ(Headless_TakeMessages(),
+              std::vector<std::string>{"HOST MULTIPLATFORM MESSAGE: Out of memory\n"});
 }
 
 }  // namespace
