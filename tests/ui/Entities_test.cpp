@@ -51,40 +51,41 @@ TEST(SystemEntities, OrientationFollowsTheScreen) {
     EXPECT_EQ(Metric(*WithScreen(600, 600), "&system-orientation;"), "portrait");
 }
 
-TEST(SystemMetrics, FullHdIsCappedAt48) {
+// The minimal object size is 1/18 of the shorter side, capped at 48, and the
+// metric entities derive from it.
+TEST(SystemMetrics, FollowTheScreen) {
+    struct Case {
+        uint32_t w, h;
+        const char* name;
+        const char* value;
+    };
+    const Case cases[] = {
+        {1920, 1080, "&system-minimalobjectsizepixels;", "48"},  // capped
+        {1920, 1080, "&system-buttonSizePixels;", "36"},
+        {1920, 1080, "&system-sliderHeightPixels;", "36"},
+        {1920, 1080, "&system-buttonSizePixelsX2;", "72"},
+        {1920, 1080, "&system-buttonSizePixelsX3;", "108"},
+        {1920, 1080, "&system-labelInsetPixels;", "15"},
+        {1920, 1080, "&system-minimalobjectsizepixelsHalf;", "24"},
+        {1920, 1080, "&system-minimalobjectsizepixelsX2;", "96"},
+        {1920, 1080, "&system-minimalobjectsizepixelsX16;", "768"},
+        {640, 480, "&system-minimalobjectsizepixels;", "26"},
+        {640, 480, "&system-buttonSizePixels;", "19"},
+        {640, 480, "&system-buttonSizePixelsX2;", "39"},
+        {640, 480, "&system-buttonSizePixelsX3;", "58"},
+        {640, 480, "&system-labelInsetPixels;", "8"},
+        {640, 480, "&system-minimalobjectsizepixelsHalf;", "13"},
+        {640, 480, "&system-minimalobjectsizepixelsX3;", "78"},
+        {17, 10, "&system-minimalobjectsizepixels;", "1"},  // never below one
+        {17, 10, "&system-minimalobjectsizepixelsHalf;", "0"},
+        {17, 10, "&system-buttonSizePixels;", "0"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(Metric(*WithScreen(c.w, c.h), c.name), c.value) << c.w << " " << c.name;
     auto tk = WithScreen(1920, 1080);
     EXPECT_EQ(tk->minimalObjectSizeX, 48);
     EXPECT_EQ(tk->minimalObjectSizeY, 48);
-    EXPECT_EQ(Metric(*tk, "&system-buttonSizePixels;"), "36");
-    EXPECT_EQ(Metric(*tk, "&system-sliderHeightPixels;"), "36");
-    EXPECT_EQ(Metric(*tk, "&system-buttonSizePixelsX2;"), "72");
-    EXPECT_EQ(Metric(*tk, "&system-buttonSizePixelsX3;"), "108");
-    EXPECT_EQ(Metric(*tk, "&system-labelInsetPixels;"), "15");
-    EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixelsHalf;"), "24");
-    EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixels;"), "48");
-    EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixelsX2;"), "96");
-    EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixelsX16;"), "768");
     EXPECT_EQ(Toolkit_MetricPixels(tk.get(), "&system-buttonSizePixels;"), 36);
-}
-
-TEST(SystemMetrics, VgaGives26) {
-    auto tk = WithScreen(640, 480);
-    EXPECT_EQ(tk->minimalObjectSizeX, 26);
-    EXPECT_EQ(Metric(*tk, "&system-buttonSizePixels;"), "19");
-    EXPECT_EQ(Metric(*tk, "&system-buttonSizePixelsX2;"), "39");
-    EXPECT_EQ(Metric(*tk, "&system-buttonSizePixelsX3;"), "58");
-    EXPECT_EQ(Metric(*tk, "&system-labelInsetPixels;"), "8");
-    EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixelsHalf;"), "13");
-    EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixelsX3;"), "78");
-}
-
-TEST(SystemMetrics, TinyScreenGivesOneAndHalfZero) {
-    auto tk = WithScreen(17, 10);
-    EXPECT_EQ(tk->minimalObjectSizeX, 1);
-    EXPECT_EQ(tk->minimalObjectSizeY, 1);
-    EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixelsHalf;"), "0");
-    EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixels;"), "1");
-    EXPECT_EQ(Metric(*tk, "&system-buttonSizePixels;"), "0");
 }
 
 TEST(SystemMetrics, LargeInterfaceCapAndRedefinition) {
@@ -102,25 +103,16 @@ TEST(SystemMetrics, LargeInterfaceCapAndRedefinition) {
     EXPECT_EQ(count, 1u);
 }
 
-TEST(CharacterReferences, NamedAndHexadecimal) {
-    std::string s = "&quot;a&amp;b&apos;&gt;&lt;";
-    Entity_DecodeCharacters(&s);
-    EXPECT_EQ(s, "\"a&b'><");
-    s = "&#xc3;&#xB6;!";
-    Entity_DecodeCharacters(&s);
-    EXPECT_EQ(s, "\xc3\xb6!");
-    s = "&unknown; &#12;";
-    Entity_DecodeCharacters(&s);
-    EXPECT_EQ(s, "&unknown; &#12;");
-}
-
-TEST(CharacterReferences, NonHexDigitEndsTheText) {
-    std::string s = "ab&#xZZ;cd";
-    Entity_DecodeCharacters(&s);
-    EXPECT_EQ(s, "ab");
-    s = "ab&#x41";
-    Entity_DecodeCharacters(&s);
-    EXPECT_EQ(s, "ab");
+TEST(CharacterReferences, NamedAndHexadecimalAndANonHexDigitEndsTheText) {
+    for (auto [in, out] : {std::pair<std::string, std::string>{"&quot;a&amp;b&apos;&gt;&lt;", "\"a&b'><"},
+                           {"&#xc3;&#xB6;!", "\xc3\xb6!"},
+                           {"&unknown; &#12;", "&unknown; &#12;"},
+                           {"ab&#xZZ;cd", "ab"},
+                           {"ab&#x41", "ab"}}) {
+        std::string s = in;
+        Entity_DecodeCharacters(&s);
+        EXPECT_EQ(s, out) << in;
+    }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
-// Setting text in the shipped font: measured widths, kerning, UTF-8 and
-// unknown characters, where the ink lands, crisp baselines and stems,
-// clipping, and wrapping to a width.
+// Setting text in the shipped font: the line box, UTF-8 and unknown
+// characters, where the ink lands, clipping, and wrapping to a width. (How
+// the glyphs look, crisp stems and kerning included, is pinned by the specimen
+// picture.)
 #include "DrawCanvas.h"
 #include "ui/font/Font.h"
 #include "ui/font/Utf8.h"
@@ -22,20 +23,14 @@ protected:
     const Font* font = nullptr;
 };
 
-TEST_F(FontText, WidthsFollowTheLetterShapesAndKerning) {
+TEST_F(FontText, TheLineBoxIsTheHeightAndWidthsScaleWithIt) {
     for (int32_t h : {9, 12, 18, 32}) {
-        EXPECT_LT(Width(h, "iii"), Width(h, "WWW")) << h;
-        EXPECT_EQ(Width(h, ""), 0);
         const TextMetrics m = Font_MeasureText(*font, h, "Hg");
         EXPECT_EQ(m.ascent + m.descent, h);
-        EXPECT_GT(m.ascent, m.descent);
         EXPECT_GT(m.descent, 0);
+        EXPECT_EQ(Width(h, ""), 0);
     }
-    for (int32_t h : {12, 18, 24, 32}) {
-        EXPECT_LT(Width(h, "AV"), Width(h, "A") + Width(h, "V")) << h;
-        EXPECT_LT(Width(h, "To"), Width(h, "T") + Width(h, "o")) << h;
-    }
-    // Widths grow with the height: twice the height, twice the width within a pixel per letter.
+    // Twice the height, twice the width within a pixel per letter.
     const std::string_view text = "Denoise 12.5";
     EXPECT_NEAR(Width(24, text), 2 * Width(12, text), double(text.size()));
     EXPECT_NEAR(Width(36, text), 3 * Width(12, text), double(text.size()));
@@ -91,42 +86,6 @@ TEST_F(FontText, InkStaysInTheMeasuredBoxAndDrawingReturnsTheWidth) {
             }
         EXPECT_GT(inked, h * 4);
         EXPECT_TRUE(c.PaddingIs(0));
-    }
-}
-
-TEST_F(FontText, BaselineCapHeightAndStemsAreCrisp) {
-    // An "H" is two stems and a bar. On the pixel grid its rows from the cap
-    // height down to the baseline repeat the stems exactly (no faint first or
-    // last row), and each stem's left edge is a pixel edge: the first inked
-    // pixel of a row is its stem's strongest.
-    for (int32_t h : {9, 12, 14, 18, 24}) {
-        DrawCanvas c(60, 60);
-        const int32_t baseline = 40;
-        Font_DrawText(c.surface, *font, 10, baseline, h, "H", kWhite);
-        auto inkInRow = [&](int32_t y) {
-            int n = 0;
-            for (int32_t x = 0; x < 60; ++x) n += c.At(x, y) != 0;
-            return n;
-        };
-        EXPECT_EQ(inkInRow(baseline), 0) << h << ": nothing below the baseline";
-        int32_t top = baseline - 1;
-        while (inkInRow(top - 1) > 0) --top;
-        const int32_t capHeight = baseline - top;
-        EXPECT_NEAR(capHeight, h * 0.63, 1.0) << h;
-        const int32_t stemRow = top + capHeight / 5;  // above the bar
-        for (int32_t x = 0; x < 60; ++x) {
-            EXPECT_EQ(c.At(x, top), c.At(x, stemRow)) << h << ": top row, column " << x;
-            EXPECT_EQ(c.At(x, baseline - 1), c.At(x, stemRow)) << h << ": bottom row, column " << x;
-        }
-        int32_t stems = 0;
-        for (int32_t x = 1; x < 59; ++x) {
-            const int32_t g = Draw_FieldsOfPixel(c.At(x, stemRow)).g;
-            if (g == 0 || c.At(x - 1, stemRow) != 0) continue;
-            ++stems;
-            EXPECT_GE(g, Draw_FieldsOfPixel(c.At(x + 1, stemRow)).g) << h << ": stem at " << x;
-            EXPECT_GE(g, 44) << h << ": stem at " << x;
-        }
-        EXPECT_EQ(stems, 2) << h;
     }
 }
 

@@ -13,23 +13,16 @@ namespace {
 
 constexpr int32_t kWhole = 32768;
 
-// A layout covering its whole parent, with the given splits.
-Widget MakeLayout(int32_t a, int32_t b, int32_t c, int32_t d) {
+// A layout covering its whole parent, with the given splits and minimum bands.
+Widget MakeLayout(const GeometryRecord& geometry) {
     Widget w;
     w.type = kWidgetLayout;
     w.width = kWhole;
     w.height = kWhole;
     auto record = std::make_unique<LayoutRecord>();
-    record->geometry.topLeftX = a;
-    record->geometry.bottomRightX = b;
-    record->geometry.topLeftY = c;
-    record->geometry.bottomRightY = d;
+    record->geometry = geometry;
     w.data = std::move(record);
     return w;
-}
-
-GeometryRecord& Geometry(Widget& w) {
-    return Widget_Record<LayoutRecord>(&w)->geometry;
 }
 
 CellRect Cell(int32_t pw, int32_t ph, uint32_t q, const Widget* w) {
@@ -38,83 +31,48 @@ CellRect Cell(int32_t pw, int32_t ph, uint32_t q, const Widget* w) {
     return r;
 }
 
-int32_t Pixels(int32_t units, int32_t parent) {
-    return int32_t((int64_t(units) * parent) >> 15);
-}
-
-TEST(LayoutCells, CentreColumnIsHalfOfAThousandPixels) {
-    Widget w = MakeLayout(8192, 24576, 0, kWhole);  // 25%, 75%, 0, 100%
-    const CellRect centre = Cell(1000, 600, kQuadrantCenter, &w);
-    EXPECT_EQ(Pixels(centre.width, 1000), 500);
-    EXPECT_EQ(centre.x, 8192);
-    EXPECT_EQ(centre.y, 0);
-    EXPECT_EQ(centre.height, kWhole);
-    // The top band is empty; the bottom band too.
-    EXPECT_EQ(Cell(1000, 600, kQuadrantNorth, &w).height, 0);
-    EXPECT_EQ(Cell(1000, 600, kQuadrantSouth, &w).height, 0);
-    const CellRect east = Cell(1000, 600, kQuadrantEast, &w);
-    EXPECT_EQ(east.x, 24576);
-    EXPECT_EQ(east.width, 8192);
-}
-
-TEST(LayoutCells, RightMinimumMovesTheSplitToHalf) {
-    Widget w = MakeLayout(0, 24576, 0, kWhole);
-    Geometry(w).minBottomRightPixelsX = 200;
-    const CellRect east = Cell(400, 300, kQuadrantEast, &w);
-    EXPECT_EQ(east.x, 16384);
-    EXPECT_EQ(Pixels(east.width, 400), 200);
-    // Wide enough already: nothing moves.
-    EXPECT_EQ(Cell(1000, 300, kQuadrantEast, &w).x, 24576);
-}
-
-TEST(LayoutCells, BottomAndTopMinimums) {
-    Widget w = MakeLayout(0, kWhole, 0, 24576);
-    Geometry(w).minBottomRightPixelsY = 100;
-    Geometry(w).minTopLeftPixelsY = 50;
-    const CellRect south = Cell(800, 200, kQuadrantSouth, &w);
-    EXPECT_EQ(south.y, 16384);  // 100 of 200 pixels
-    const CellRect north = Cell(800, 200, kQuadrantNorth, &w);
-    EXPECT_EQ(north.y, 0);
-    EXPECT_EQ(north.height, 8192);  // 50 of 200 pixels
-    const CellRect centre = Cell(800, 200, kQuadrantCenter, &w);
-    EXPECT_EQ(centre.y, 8192);
-    EXPECT_EQ(centre.height, 8192);
-}
-
-TEST(LayoutCells, TopBandNeverPassesTheBottomSplit) {
-    Widget w = MakeLayout(0, kWhole, 0, 16384);
-    Geometry(w).minTopLeftPixelsY = 300;  // more than the whole top and centre
-    const CellRect north = Cell(800, 400, kQuadrantNorth, &w);
-    EXPECT_EQ(north.height, 16384);
-    EXPECT_EQ(Cell(800, 400, kQuadrantCenter, &w).height, 0);
-}
-
-TEST(LayoutCells, LeftMinimumLargerThanTheCentreEmptiesIt) {
-    Widget w = MakeLayout(8192, 24576, 0, kWhole);
-    Geometry(w).minTopLeftPixelsX = 800;  // of 1000: beyond the right split at 750
-    const CellRect centre = Cell(1000, 500, kQuadrantCenter, &w);
-    EXPECT_EQ(centre.width, 0);
-    EXPECT_EQ(centre.x, 24576);
-    EXPECT_EQ(Cell(1000, 500, kQuadrantWest, &w).width, 24576);
-    EXPECT_EQ(Cell(1000, 500, kQuadrantEast, &w).x, 24576);
-}
-
-TEST(LayoutCells, LeftMinimumGrowsTheLeftBandWhenItFits) {
-    Widget w = MakeLayout(8192, 24576, 0, kWhole);
-    Geometry(w).minTopLeftPixelsX = 500;
-    const CellRect west = Cell(1000, 500, kQuadrantWest, &w);
-    EXPECT_EQ(west.width, 16384);
-    const CellRect centre = Cell(1000, 500, kQuadrantCenter, &w);
-    EXPECT_EQ(centre.x, 16384);
-    EXPECT_EQ(centre.width, 8192);
-}
-
-TEST(LayoutCells, LeftSplitBeyondTheRightOne) {
-    // a > b and the left band already wide enough: the right split follows a.
-    Widget w = MakeLayout(24576, 8192, 0, kWhole);
-    Geometry(w).minTopLeftPixelsX = 10;
-    EXPECT_EQ(Cell(1000, 500, kQuadrantEast, &w).x, 24576);
-    EXPECT_EQ(Cell(1000, 500, kQuadrantCenter, &w).width, 0);
+// Splits and minimum bands in their fixed order: a minimum moves a split
+// when its band is too narrow, the top band never passes the bottom split,
+// a left band wider than the centre empties it, a left split beyond the
+// right one takes the right split along.
+TEST(LayoutCells, SplitsAndMinimumBands) {
+    struct Case {
+        GeometryRecord g;  // left, top, right, bottom splits; then the four minimums in pixels
+        int32_t pw, ph;
+        uint32_t quadrant;
+        CellRect expected;
+    };
+    const GeometryRecord half{8192, 0, 24576, kWhole};  // 25% and 75% across, the whole height
+    const Case cases[] = {
+        {half, 1000, 600, kQuadrantCenter, {8192, 0, 16384, kWhole}},  // 500 of 1000 pixels
+        {half, 1000, 600, kQuadrantNorth, {8192, 0, 16384, 0}},
+        {half, 1000, 600, kQuadrantSouth, {8192, kWhole, 16384, 0}},
+        {half, 1000, 600, kQuadrantEast, {24576, 0, 8192, kWhole}},
+        {{0, 0, 24576, kWhole, 0, 0, 200, 0}, 400, 300, kQuadrantEast, {16384, 0, 16384, kWhole}},
+        {{0, 0, 24576, kWhole, 0, 0, 200, 0}, 1000, 300, kQuadrantEast, {24576, 0, 8192, kWhole}},
+        {{0, 0, kWhole, 24576, 0, 50, 0, 100}, 800, 200, kQuadrantSouth, {0, 16384, kWhole, 16384}},
+        {{0, 0, kWhole, 24576, 0, 50, 0, 100}, 800, 200, kQuadrantNorth, {0, 0, kWhole, 8192}},
+        {{0, 0, kWhole, 24576, 0, 50, 0, 100}, 800, 200, kQuadrantCenter, {0, 8192, kWhole, 8192}},
+        {{0, 0, kWhole, 16384, 0, 300, 0, 0}, 800, 400, kQuadrantNorth, {0, 0, kWhole, 16384}},
+        {{0, 0, kWhole, 16384, 0, 300, 0, 0}, 800, 400, kQuadrantCenter, {0, 16384, kWhole, 0}},
+        {{8192, 0, 24576, kWhole, 800, 0, 0, 0}, 1000, 500, kQuadrantCenter, {24576, 0, 0, kWhole}},
+        {{8192, 0, 24576, kWhole, 800, 0, 0, 0}, 1000, 500, kQuadrantWest, {0, 0, 24576, kWhole}},
+        {{8192, 0, 24576, kWhole, 800, 0, 0, 0}, 1000, 500, kQuadrantEast, {24576, 0, 8192, kWhole}},
+        {{8192, 0, 24576, kWhole, 500, 0, 0, 0}, 1000, 500, kQuadrantWest, {0, 0, 16384, kWhole}},
+        {{8192, 0, 24576, kWhole, 500, 0, 0, 0}, 1000, 500, kQuadrantCenter, {16384, 0, 8192, kWhole}},
+        {{24576, 0, 8192, kWhole, 10, 0, 0, 0}, 1000, 500, kQuadrantEast, {24576, 0, 8192, kWhole}},
+        {{24576, 0, 8192, kWhole, 10, 0, 0, 0}, 1000, 500, kQuadrantCenter, {24576, 0, 0, kWhole}},
+        {{8192, 8192, 24576, 24576}, 800, 600, 9, {0, 0, 0, 0}},  // no such quadrant
+    };
+    for (const Case& c : cases) {
+        const Widget w = MakeLayout(c.g);
+        const CellRect r = Cell(c.pw, c.ph, c.quadrant, &w);
+        EXPECT_EQ(std::vector<int32_t>({r.x, r.y, r.width, r.height}),
+                  std::vector<int32_t>({c.expected.x, c.expected.y, c.expected.width, c.expected.height}))
+            << "quadrant " << c.quadrant << " of " << c.pw << "x" << c.ph << " minimums "
+            << c.g.minTopLeftPixelsX << "," << c.g.minTopLeftPixelsY << "," << c.g.minBottomRightPixelsX
+            << "," << c.g.minBottomRightPixelsY;
+    }
 }
 
 TEST(LayoutCells, NonLayoutsAndOddInput) {
@@ -133,18 +91,14 @@ TEST(LayoutCells, NonLayoutsAndOddInput) {
     const CellRect none = Cell(800, 600, kQuadrantCenter, nullptr);
     EXPECT_EQ(none.width, kWhole);
     EXPECT_EQ(none.height, kWhole);
-    Widget w = MakeLayout(8192, 24576, 8192, 24576);
-    const CellRect beyond = Cell(800, 600, 9, &w);
-    EXPECT_EQ(beyond.x, 0);
-    EXPECT_EQ(beyond.width, 0);
-    EXPECT_EQ(beyond.height, 0);
     // A layout record on a widget of zero width behaves as one cell.
+    Widget w = MakeLayout({8192, 8192, 24576, 24576});
     w.width = 0;
     EXPECT_EQ(Cell(800, 600, kQuadrantCenter, &w).height, kWhole);
 }
 
 TEST(LayoutCells, OffsetLayoutUsesItsOwnRectangle) {
-    Widget w = MakeLayout(16384, 16384, 16384, 16384);
+    Widget w = MakeLayout({16384, 16384, 16384, 16384});
     w.x = 16384;
     w.width = 16384;
     const CellRect se = Cell(1000, 1000, kQuadrantSouthEast, &w);

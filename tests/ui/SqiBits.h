@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 #include <vector>
 
 namespace sqi_test {
@@ -29,6 +30,19 @@ struct BitWriter {
         Bit(1);
     }
 };
+
+// Nodes written as words, "S21" a node of value 21 that splits, "L7" a leaf.
+inline BitWriter Nodes(const char* words, int width) {
+    BitWriter w;
+    for (const char* p = words; *p;) {
+        const bool split = *p == 'S';
+        char* end = nullptr;
+        const uint32_t v = uint32_t(std::strtoul(p + 1, &end, 10));
+        split ? w.Split(v, width) : w.Leaf(v, width);
+        p = *end ? end + 1 : end;
+    }
+    return w;
+}
 
 inline void PutLe(std::vector<uint8_t>& out, uint32_t v, int bytes) {
     for (int i = 0; i < bytes; ++i) out.push_back(uint8_t(v >> (8 * i)));

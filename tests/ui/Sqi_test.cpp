@@ -36,58 +36,73 @@ struct Canvas {
     uint32_t At(uint32_t x, uint32_t y) const { return pixels[size_t(y) * width + x]; }
 };
 
-TEST(SqiPlacement, StretchAt100x60DecodesIn128x64WhateverTheHeader) {
-    for (auto [w, h] : {std::pair{16u, 16u}, std::pair{500u, 20u}, std::pair{1u, 1u}}) {
+// Placement by fill mode: the destination, its offset in the widget and the
+// power-of-two buffer it is decoded in; nothing below one pixel.
+TEST(SqiPlacement, FillModesScaleCentreAndRoundTheBufferUp) {
+    struct Case {
+        uint32_t w, h;
+        int32_t widgetW, widgetH;
+        uint32_t mode;
+        bool placed;
+        int32_t destW, destH, offsetX, offsetY;
+        uint32_t bufferW, bufferH;
+    };
+    const Case cases[] = {
+        {16, 16, 100, 60, kFillStretch, true, 100, 60, 0, 0, 128, 64},  // whatever the header says
+        {500, 20, 100, 60, kFillStretch, true, 100, 60, 0, 0, 128, 64},
+        {1, 1, 100, 60, kFillStretch, true, 100, 60, 0, 0, 128, 64},
+        {10, 10, 100, 50, kFillAutoFit, true, 50, 50, 25, 0, 64, 64},
+        {10, 10, 100, 50, kFillAutoFillOut, true, 100, 100, 0, -25, 128, 128},
+        {10, 10, 100, 50, kFillNative, true, 10, 10, 45, 20, 16, 16},
+        {1, 1, 1, 1, kFillAutoFit, true, 1, 1, 0, 0, 1, 1},
+        {10, 10, 0, 50, kFillStretch, false, 0, 0, 0, 0, 0, 0},
+        {10, 10, 50, 0, kFillAutoFit, false, 0, 0, 0, 0, 0, 0},
+        {1000, 1, 10, 10, kFillAutoFit, false, 0, 0, 0, 0, 0, 0},  // 10 x 0.01 pixels
+        {0, 10, 10, 10, kFillAutoFit, false, 0, 0, 0, 0, 0, 0},
+    };
+    for (const Case& c : cases) {
         SqiPlacement p;
-        ASSERT_TRUE(Sqi_Place(w, h, 100, 60, kFillStretch, &p));
-        EXPECT_EQ(p.destWidth, 100);
-        EXPECT_EQ(p.destHeight, 60);
-        EXPECT_EQ(p.offsetX, 0);
-        EXPECT_EQ(p.offsetY, 0);
-        EXPECT_EQ(p.bufferWidth, 128u);
-        EXPECT_EQ(p.bufferHeight, 64u);
+        ASSERT_EQ(Sqi_Place(c.w, c.h, c.widgetW, c.widgetH, c.mode, &p), c.placed) << c.w << "x" << c.h;
+        if (!c.placed) continue;
+        EXPECT_EQ(std::vector<int64_t>(
+                      {p.destWidth, p.destHeight, p.offsetX, p.offsetY, p.bufferWidth, p.bufferHeight}),
+                  std::vector<int64_t>({c.destW, c.destH, c.offsetX, c.offsetY, c.bufferW, c.bufferH}))
+            << c.w << "x" << c.h << " mode " << c.mode;
     }
 }
 
-TEST(SqiPlacement, FillModesScaleAndCentre) {
-    SqiPlacement p;
-    ASSERT_TRUE(Sqi_Place(10, 10, 100, 50, kFillAutoFit, &p));
-    EXPECT_EQ(p.destWidth, 50);
-    EXPECT_EQ(p.destHeight, 50);
-    EXPECT_EQ(p.offsetX, 25);
-    EXPECT_EQ(p.offsetY, 0);
-    EXPECT_EQ(p.bufferWidth, 64u);
-    ASSERT_TRUE(Sqi_Place(10, 10, 100, 50, kFillAutoFillOut, &p));
-    EXPECT_EQ(p.destWidth, 100);
-    EXPECT_EQ(p.destHeight, 100);
-    EXPECT_EQ(p.offsetY, -25);
-    ASSERT_TRUE(Sqi_Place(10, 10, 100, 50, kFillNative, &p));
-    EXPECT_EQ(p.destWidth, 10);
-    EXPECT_EQ(p.offsetX, 45);
-    EXPECT_EQ(p.offsetY, 20);
-    ASSERT_TRUE(Sqi_Place(1, 1, 1, 1, kFillAutoFit, &p));
-    EXPECT_EQ(p.bufferWidth, 1u);
-    EXPECT_EQ(p.bufferHeight, 1u);
-}
-
-TEST(SqiPlacement, NothingBelowOnePixel) {
-    SqiPlacement p;
-    EXPECT_FALSE(Sqi_Place(10, 10, 0, 50, kFillStretch, &p));
-    EXPECT_FALSE(Sqi_Place(10, 10, 50, 0, kFillAutoFit, &p));
-    EXPECT_FALSE(Sqi_Place(1000, 1, 10, 10, kFillAutoFit, &p));  // 10 x 0.01 pixels
-    EXPECT_FALSE(Sqi_Place(0, 10, 10, 10, kFillAutoFit, &p));
-}
-
-TEST(SqiTree, OnePixelWhoseRootSplitsFillsItAndReadsThroughTheChildren) {
-    BitWriter s;
-    s.Split(21, 5);
-    s.Split(3, 5);  // inert child that splits again: its subtree is read too
-    for (int i = 0; i < 4; ++i) s.Leaf(7, 5);
-    for (int i = 0; i < 3; ++i) s.Leaf(9, 5);
-    s.Leaf(30, 5);  // the node after the tree: must not have been consumed
-    uint8_t buffer = 0;
-    EXPECT_EQ(Sqi_DecodePlane(s.bytes.data(), s.bytes.size(), 5, 1, 1, &buffer), 9u * 6u);
-    EXPECT_EQ(buffer, 21);
+// The quadtree rules, one plane decoded into a small buffer: the bits used
+// and the values. A one-pixel node that splits keeps its own value and its
+// children are read but inert; zero-sized children draw nothing; a stream
+// that ends early reads as zeros.
+TEST(SqiTree, NodesSplitFillAndStopByTheRules) {
+    struct Case {
+        const char* nodes;
+        uint32_t w, h;
+        uint64_t bitsUsed;
+        std::vector<uint8_t> expected;
+    };
+    const Case cases[] = {
+        // The root of one pixel splits; an inert child splits again; L30 lies after the tree.
+        {"S21 S3 L7 L7 L7 L7 L9 L9 L9 L30", 1, 1, 9 * 6, {21}},
+        {"S0 L5 L6 L7 L8", 2, 1, 5 * 6, {7, 8}},  // the upper children have height 0
+        {"S0 S17 S29 L30 L30 L30 L30 L31 L31 L31 L2 L3 L4", 2, 2, 13 * 6, {17, 2, 3, 4}},
+        {"S9", 2, 2, 30, {0, 0, 0, 0}},
+    };
+    for (const Case& c : cases) {
+        const sqi_test::BitWriter s = sqi_test::Nodes(c.nodes, 5);
+        std::vector<uint8_t> buffer(c.w * c.h, 0xEE);
+        EXPECT_EQ(Sqi_DecodePlane(s.bytes.data(), s.bytes.size(), 5, c.w, c.h, buffer.data()), c.bitsUsed)
+            << c.nodes;
+        EXPECT_EQ(buffer, c.expected) << c.nodes;
+    }
+    // The root's quadrants land in the quarters of a stretched 128 x 64 buffer.
+    const sqi_test::BitWriter s = sqi_test::Nodes("S0 L1 L2 L3 L4", 5);
+    std::vector<uint8_t> buffer(128 * 64, 0xEE);
+    Sqi_DecodePlane(s.bytes.data(), s.bytes.size(), 5, 128, 64, buffer.data());
+    for (auto [at, value] :
+         {std::pair{0, 1}, {63, 1}, {64, 2}, {31 * 128 + 127, 2}, {32 * 128, 3}, {63 * 128 + 127, 4}})
+        EXPECT_EQ(buffer[size_t(at)], value) << at;
 }
 
 TEST(SqiTree, OnePixelIconDrawsTheRootValues) {
@@ -104,66 +119,6 @@ TEST(SqiTree, OnePixelIconDrawsTheRootValues) {
     EXPECT_EQ(canvas.At(1, 1), Sqi_PixelFrom565(Covered(21), Covered(40), Covered(11)));
     EXPECT_EQ(canvas.At(0, 0), 0u);
     EXPECT_EQ(canvas.At(2, 2), 0u);
-}
-
-TEST(SqiTree, QuadrantsOfTheRootLandInTheStretchedBuffer) {
-    BitWriter s;
-    s.Split(0, 5);
-    s.Leaf(1, 5);
-    s.Leaf(2, 5);
-    s.Leaf(3, 5);
-    s.Leaf(4, 5);
-    std::vector<uint8_t> buffer(128 * 64, 0xEE);
-    Sqi_DecodePlane(s.bytes.data(), s.bytes.size(), 5, 128, 64, buffer.data());
-    EXPECT_EQ(buffer[0], 1);
-    EXPECT_EQ(buffer[63], 1);
-    EXPECT_EQ(buffer[64], 2);
-    EXPECT_EQ(buffer[31 * 128 + 127], 2);
-    EXPECT_EQ(buffer[32 * 128], 3);
-    EXPECT_EQ(buffer[63 * 128 + 127], 4);
-}
-
-TEST(SqiTree, ZeroHeightChildrenDrawNothing) {
-    // A 2 x 1 buffer: the root's upper children have height 0.
-    BitWriter s;
-    s.Split(0, 5);
-    s.Leaf(5, 5);
-    s.Leaf(6, 5);
-    s.Leaf(7, 5);
-    s.Leaf(8, 5);
-    uint8_t buffer[2] = {0xEE, 0xEE};
-    Sqi_DecodePlane(s.bytes.data(), s.bytes.size(), 5, 2, 1, buffer);
-    EXPECT_EQ(buffer[0], 7);
-    EXPECT_EQ(buffer[1], 8);
-}
-
-TEST(SqiTree, SinglePixelNodeThatSplitsKeepsItsOwnValue) {
-    // 2 x 2: the first child is one pixel and splits; its children are inert,
-    // even the one that would split again.
-    BitWriter s;
-    s.Split(0, 5);
-    s.Split(17, 5);
-    s.Split(29, 5);
-    for (int i = 0; i < 4; ++i) s.Leaf(30, 5);
-    for (int i = 0; i < 3; ++i) s.Leaf(31, 5);
-    s.Leaf(2, 5);
-    s.Leaf(3, 5);
-    s.Leaf(4, 5);
-    uint8_t buffer[4] = {};
-    const uint64_t used = Sqi_DecodePlane(s.bytes.data(), s.bytes.size(), 5, 2, 2, buffer);
-    EXPECT_EQ(used, 13u * 6u);
-    EXPECT_EQ(buffer[0], 17);
-    EXPECT_EQ(buffer[1], 2);
-    EXPECT_EQ(buffer[2], 3);
-    EXPECT_EQ(buffer[3], 4);
-}
-
-TEST(SqiTree, StreamThatEndsEarlyReadsZeros) {
-    BitWriter s;
-    s.Split(9, 5);  // children missing: they read as value 0, leaf
-    std::vector<uint8_t> buffer(4, 0xEE);
-    EXPECT_EQ(Sqi_DecodePlane(s.bytes.data(), s.bytes.size(), 5, 2, 2, buffer.data()), 30u);
-    EXPECT_EQ(buffer, std::vector<uint8_t>(4, 0));
 }
 
 TEST(SqiResample, AveragesSixteenSamples) {
