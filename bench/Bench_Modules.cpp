@@ -78,7 +78,7 @@ void BM_AutoDev_Defaults(benchmark::State& state) {
     state.counters["peak_MiB"] = PeakResidentMiB();
     state.counters["peak_over_input_x"] = (PeakResidentMiB() - residentBefore) / ImageMiB(sky);
 }
-BENCHMARKBM_AutoDev_Defaults->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(BM_AutoDev_Defaults)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void BM_AutoDev_InPlace(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
@@ -97,7 +97,7 @@ void BM_AutoDev_InPlace(benchmark::State& state) {
     }
     ReportCpu(state, cpuStart);
 }
-BENCHMARKBM_AutoDev_InPlace->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(BM_AutoDev_InPlace)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void BM_Bin(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
@@ -110,7 +110,7 @@ void BM_Bin(benchmark::State& state) {
     }
     ReportCpu(state, cpuStart);
 }
-BENCHMARKBM_Bin->Arg(5000)->Arg(7071)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(BM_Bin)->Arg(5000)->Arg(7071)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void BM_Rotate(benchmark::State& state) {
     const ImageBuffer& sky = Bench_SkyImage();
@@ -123,7 +123,7 @@ void BM_Rotate(benchmark::State& state) {
     }
     ReportCpu(state, cpuStart);
 }
-BENCHMARKBM_Rotate->Arg(100)->Arg(900)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(BM_Rotate)->Arg(100)->Arg(900)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 // The three planes into an existing image, as Bin's prefilter does.
 void BM_GaussianBlur_R2(benchmark::State& state) {
@@ -138,6 +138,6 @@ void BM_GaussianBlur_R2(benchmark::State& state) {
     }
     ReportCpu(state, cpuStart);
 }
-BENCHMARKBM_GaussianBlur_R2->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(BM_GaussianBlur_R2)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 }  // namespace
