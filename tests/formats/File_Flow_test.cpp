@@ -12,18 +12,12 @@
 
 namespace {
 
-TEST(FileNames, ExtensionsOpenableAndSaveableNamesAndTheDefaultSaveName) {
-    EXPECT_TRUE(File_HasExtension("m42.FITS", "fits"));
-    EXPECT_TRUE(File_HasExtension("a.b.tif", "TIF"));
-    EXPECT_FALSE(File_HasExtension("m42.fits.bak", "fits"));
-    EXPECT_FALSE(File_HasExtension("fits", "fits"));
-    EXPECT_FALSE(File_HasExtension("m42.", "fits"));
-    EXPECT_TRUE(File_HasExtension("m42.", ""));
-
+TEST(FileNames, OpenableAndSaveableNamesAndTheDefaultSaveName) {
     for (const char* ok :
          {"a.jpg", "a.JPEG", "a.png", "a.fits", "a.tiff", "a.tif", "a.crw", "a.bmp", "a.fts", "a.fit"})
         EXPECT_TRUE(File_IsOpenableName(ok)) << ok;
-    for (const char* no : {"a.gif", "a.npy", "a", "a.fits.gz"}) EXPECT_FALSE(File_IsOpenableName(no)) << no;
+    for (const char* no : {"a.gif", "a.npy", "a", "fits", "a.", "a.fits.gz"})
+        EXPECT_FALSE(File_IsOpenableName(no)) << no;
     for (const char* ok : {"a.jpg", "a.jpeg", "a.JPS", "a.tiff", "a.png", "a.tif"})
         EXPECT_TRUE(File_IsSaveableName(ok)) << ok;
     for (const char* no : {"a.fits", "a.bmp", "a"}) EXPECT_FALSE(File_IsSaveableName(no)) << no;

@@ -58,18 +58,12 @@ int WithFileSizeLimit(rlim_t limit, Fn write) {
 
 }  // namespace
 
-TEST_F(SafeWriteTest, SuccessfulWriteReplacesTheFileAndLeavesAStaleTemporaryAlone) {
-    const std::string target = Path("out.bin");
-    Put(target, "old contents");
-    Put(target + ".tmp0", "someone else's");
+TEST_F(SafeWriteTest, AWriteReplacesTheFileOnlyWhenItIsCommitted) {
     const uint8_t data[] = {1, 2, 3};
-    EXPECT_EQ(File_SafeWrite(target.c_str(), data, 3), 1);
-    EXPECT_EQ(Contents(target), std::string("\x01\x02\x03", 3));
-    EXPECT_EQ(Contents(target + ".tmp0"), "someone else's") << "neither reused nor destroyed";
-    EXPECT_EQ(FilesInFolder(), 2u) << "a temporary file left behind";
-}
+    EXPECT_EQ(File_SafeWrite(Path("no/such/folder/out.bin").c_str(), data, 1), 0);
+    EXPECT_EQ(File_SafeWrite(nullptr, data, 1), 0);
+    EXPECT_EQ(FilesInFolder(), 0u) << "nothing created when nothing can be written";
 
-TEST_F(SafeWriteTest, AbandonedWriteLeavesTheOldFile) {
     const std::string target = Path("out.bin");
     Put(target, "old contents");
     {
@@ -79,13 +73,13 @@ TEST_F(SafeWriteTest, AbandonedWriteLeavesTheOldFile) {
     }  // destroyed without Commit
     EXPECT_EQ(Contents(target), "old contents");
     EXPECT_EQ(FilesInFolder(), 1u);
-}
 
-TEST_F(SafeWriteTest, UnwritableFolderFailsAndCreatesNothing) {
-    const uint8_t data[] = {1};
-    EXPECT_EQ(File_SafeWrite(Path("no/such/folder/out.bin").c_str(), data, 1), 0);
-    EXPECT_EQ(File_SafeWrite(nullptr, data, 1), 0);
-    EXPECT_EQ(FilesInFolder(), 0u);
+    Put(target + ".tmp0", "someone else's");
+    EXPECT_EQ(File_SafeWrite(target.c_str(), data, 3), 1);
+    EXPECT_EQ(Contents(target), std::string("\x01\x02\x03", 3));
+    EXPECT_EQ(Contents(target + ".tmp0"), "someone else's")
+        << "a stale temporary is neither reused nor destroyed";
+    EXPECT_EQ(FilesInFolder(), 2u) << "a temporary file left behind";
 }
 
 #ifdef PELLUCIDA_HAVE_FSIZE_LIMIT
@@ -98,12 +92,9 @@ TEST_F(SafeWriteTest, EveryWriterThatFailsMidWayKeepsTheOldFile) {
     // Noise compresses badly, so every encoded file is far above the limit.
     ImagePtr image(Image_Create(256, 256));
     uint32_t seed = 12345;
-    for (int32_t i = 0; i < 256 * 256; ++i) {
-        for (int64_t* plane : {image->red, image->green, image->blue}) {
-            seed = seed * 1664525u + 1013904223u;
-            plane[i] = seed >> 16;
-        }
-    }
+    for (int32_t i = 0; i < 256 * 256; ++i)
+        for (int64_t* plane : {image->red, image->green, image->blue})
+            plane[i] = (seed = seed * 1664525u + 1013904223u) >> 16;
     for (const Writer& w : writers) {
         SCOPED_TRACE(w.name);
         const std::string target = Path(w.name);

@@ -98,9 +98,8 @@ TEST(TiffLayouts, WhiteIsZeroGreyIsTakenAsItIs) {
     t.Pixels({10, 200});
     ImagePtr image = ReadMemory(t.Build());
     ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->red[0], 10);
-    EXPECT_EQ(image->blue[1], 200);
-    EXPECT_EQ(image->mono, 1);
+    EXPECT_EQ((std::vector<int64_t>{image->red[0], image->blue[1], image->mono}),
+              (std::vector<int64_t>{10, 200, 1}));
 }
 
 // A header of Basic() with some tags replaced (no values: removed), over 256

@@ -15,7 +15,7 @@ protected:
     void TearDown() override { ImagePlanes_SetBudget(size_t(1) << 30); }
 };
 
-TEST_F(ImagePlanes, ALargePlaneIsReusedForTheSameSizeAndZeroedWhenAsked) {
+TEST_F(ImagePlanes, ALargePlaneIsReusedForTheSameSizeAndZeroedWhenAskedSmallOnesAreNot) {
     int64_t* first = ImagePlanes_Allocate(kLarge, false);
     ASSERT_NE(first, nullptr);
     first[0] = 42;
@@ -35,6 +35,13 @@ TEST_F(ImagePlanes, ALargePlaneIsReusedForTheSameSizeAndZeroedWhenAsked) {
     ImagePlanes_Release(again);
     ImagePlanes_Trim();
     EXPECT_EQ(ImagePlanes_CachedBytes(), 0u);
+
+    // Small planes and a zero bound keep nothing.
+    ImagePlanes_Release(ImagePlanes_Allocate(1000, true));
+    EXPECT_EQ(ImagePlanes_CachedBytes(), 0u);
+    ImagePlanes_SetBudget(0);
+    ImagePlanes_Release(ImagePlanes_Allocate(kLarge, false));
+    EXPECT_EQ(ImagePlanes_CachedBytes(), 0u);
 }
 
 TEST_F(ImagePlanes, TheCacheKeepsWithinItsBoundOldestOut) {
@@ -51,15 +58,6 @@ TEST_F(ImagePlanes, TheCacheKeepsWithinItsBoundOldestOut) {
     EXPECT_EQ(ImagePlanes_Allocate(kLarge, false), c);  // the newest of that size
     ImagePlanes_Release(c);
     ImagePlanes_Trim();
-}
-
-TEST_F(ImagePlanes, SmallPlanesAndAZeroBoundKeepNothing) {
-    int64_t* small = ImagePlanes_Allocate(1000, true);
-    ImagePlanes_Release(small);
-    EXPECT_EQ(ImagePlanes_CachedBytes(), 0u);
-    ImagePlanes_SetBudget(0);
-    ImagePlanes_Release(ImagePlanes_Allocate(kLarge, false));
-    EXPECT_EQ(ImagePlanes_CachedBytes(), 0u);
 }
 
 TEST_F(ImagePlanes, ImagesGiveTheirPlanesBackAndClearedImagesStartAtZero) {

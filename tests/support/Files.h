@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -44,18 +45,17 @@ inline void UnsetEnv(const char* name) {
 
 // An empty folder of the running test's own, removed with everything in it at
 // the end: test programs run in parallel under ctest, so the name carries the
-// process and the test.
+// test and the process.
 class TempDir {
 public:
     TempDir() {
         const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
-        std::string name = std::string("pellucida_") + (info ? info->test_suite_name() : "") + "_" +
-                           (info ? info->name() : "");
+        std::string name = "pellucida";
+        if (info) name += std::string("_") + info->test_suite_name() + "_" + info->name();
 #ifndef _WIN32
         name += "_" + std::to_string(getpid());
 #endif
-        for (char& c : name)
-            if (c == '/') c = '_';  // parameterised names
+        std::replace(name.begin(), name.end(), '/', '_');  // parameterised names
         m_path = std::filesystem::temp_directory_path() / name;
         std::filesystem::remove_all(m_path);
         std::filesystem::create_directories(m_path);

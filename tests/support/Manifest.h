@@ -5,11 +5,11 @@
 #pragma once
 
 #include "image/Image.h"
+#include "support/Files.h"
 #include "support/TestData.h"
 
 #include <cstdio>
-#include <fstream>
-#include <sstream>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -17,63 +17,38 @@ struct ManifestEntry {
     std::string file;
     std::string reader;
     std::string result;
+    std::string notes;  // the fourth text: for a FITS file, the first 16 hex digits of its samples' SHA-256
     bool refused = false;
     int width = 0;
     int height = 0;
     bool mono = false;
     int depth = -1;  // -1 when the result does not state it
     bool alpha = false;
-    bool isFloat = false;
-    std::string notes;  // the fourth text: for a FITS file, the first 16 hex digits of its samples' SHA-256
 };
-
-inline bool Manifest_HasWord(const std::string& text, const std::string& word) {
-    size_t at = text.find(word);
-    while (at != std::string::npos) {
-        const size_t end = at + word.size();
-        const bool startOk = at == 0 || text[at - 1] == ' ';
-        const bool endOk = end == text.size() || text[end] == ' ' || text[end] == ',';
-        if (startOk && endOk) return true;
-        at = text.find(word, at + 1);
-    }
-    return false;
-}
 
 // Entries of one reader ("TIFF", "PNG", ...), or all when `reader` is empty.
 // Empty when the sample folder is absent.
 inline std::vector<ManifestEntry> Manifest_Entries(const std::string& reader) {
     std::vector<ManifestEntry> entries;
     const std::string path = TestData_Path("expected.json");
-    if (path.empty()) return entries;
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    const std::string json = text.str();
-    std::vector<std::string> strings;
-    for (size_t i = 0; i < json.size(); ++i) {
-        if (json[i] != '"') continue;
-        std::string s;
-        for (++i; i < json.size() && json[i] != '"'; ++i) {
-            if (json[i] == '\\' && i + 1 < json.size()) ++i;
-            s += json[i];
-        }
-        strings.push_back(s);
-    }
+    const std::vector<uint8_t> bytes = path.empty() ? std::vector<uint8_t>() : ReadFileBytes(path);
+    const std::string json(bytes.begin(), bytes.end());
+    std::vector<std::string> strings;  // every string of the file, in order; none holds a quote
+    const std::regex text("\"([^\"]*)\"");
+    for (auto it = std::sregex_iterator(json.begin(), json.end(), text); it != std::sregex_iterator(); ++it)
+        strings.push_back((*it)[1]);
+    auto has = [](const std::string& result, const char* word) {
+        return std::regex_search(result, std::regex(std::string("(^| )") + word + "($| |,)"));
+    };
     for (size_t i = 0; i + 3 < strings.size(); i += 4) {
-        ManifestEntry e;
-        e.file = strings[i];
-        e.reader = strings[i + 1];
-        e.result = strings[i + 2];
-        e.notes = strings[i + 3];
+        ManifestEntry e{strings[i], strings[i + 1], strings[i + 2], strings[i + 3]};
         if (!reader.empty() && e.reader != reader) continue;
         e.refused = e.result.rfind("refused", 0) == 0;
         if (!e.refused) std::sscanf(e.result.c_str(), "%dx%d", &e.width, &e.height);
-        e.mono = Manifest_HasWord(e.result, "mono") || Manifest_HasWord(e.result, "mode L") ||
-                 Manifest_HasWord(e.result, "mode I");
+        e.mono = has(e.result, "mono") || has(e.result, "mode L") || has(e.result, "mode I");
         if (const size_t at = e.result.find("depth "); at != std::string::npos)
             e.depth = std::atoi(e.result.c_str() + at + 6);
-        e.alpha = e.result.find("+alpha") != std::string::npos || Manifest_HasWord(e.result, "mode RGBA");
-        e.isFloat = Manifest_HasWord(e.result, "float");
+        e.alpha = e.result.find("+alpha") != std::string::npos || has(e.result, "mode RGBA");
         entries.push_back(e);
     }
     return entries;
