@@ -158,18 +158,6 @@ TEST(ResourceLoadWhole, EmptyAndMissingEntriesGiveNothing) {
     EXPECT_TRUE(a->archive.entries.empty());
 }
 
-TEST(ResourceOpen, StartUpMessageKeepsItsWording) {
-    EXPECT_STREQ(
-        kResourcesMissingMessage,
-        "The application could not start because it could not find the 'resources' file, or the "
-        "'resources' file is write protected. Please make sure it is available in the same folder as the "
-        "application executable and that it the folder and the 'resources' file has read/write "
-        "permissions set.");
-    int code = -1;
-    EXPECT_EQ(Resources_OpenPath("/nonexistent/resources", &code), nullptr);
-    EXPECT_EQ(code, kResourceCannotOpen);
-}
-
 TEST(ResourceOpenDeathTest, MissingArchiveEndsWithStatusZero) {
     // The program folder of the test binary holds no archive of that name
     // unless the build put one there; the test is meaningful only without it.

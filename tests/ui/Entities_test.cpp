@@ -1,10 +1,6 @@
 // Entity tables, the built-in entities, the metrics derived from the screen
 // and character references.
-#include "ui/Entities.h"
-#include "ui/Toolkit.h"
-#include "ui/Toolkit_Create.h"
-
-#include <gtest/gtest.h>
+#include "ToolkitFixture.h"
 
 namespace {
 
@@ -13,12 +9,7 @@ std::string Metric(const Toolkit& tk, const char* name) {
     return v ? v : "(undefined)";
 }
 
-std::unique_ptr<Toolkit> WithScreen(uint32_t w, uint32_t h) {
-    auto tk = Toolkit_CreateBare();
-    Toolkit_SetScreen(tk.get(), w, h, w, nullptr);
-    Toolkit_SetMetricsFromScreen(tk.get());
-    return tk;
-}
+auto WithScreen = ToolkitTest_Screen;
 
 TEST(EntityTable, DefineReplacesAndIgnoresEmpty) {
     EntityTable t;
@@ -32,17 +23,6 @@ TEST(EntityTable, DefineReplacesAndIgnoresEmpty) {
     Entity_Define(&t, "&a;", nullptr);
     EXPECT_EQ(t.pairs.size(), 1u);
     EXPECT_EQ(Entity_Lookup(&t, "&System-language;"), nullptr);
-}
-
-TEST(SystemEntities, BuiltInsOfANewContext) {
-    auto tk = Toolkit_CreateBare();
-    EXPECT_EQ(Metric(*tk, "&ouml;"), "&#xc3;&#xb6;");
-    EXPECT_EQ(Metric(*tk, "&lf;"), "\n");
-    EXPECT_EQ(Metric(*tk, "&system-language;"), "english");
-    EXPECT_EQ(Metric(*tk, "&system-onscreenkeyboard;"), "false");
-    EXPECT_EQ(Metric(*tk, "&system-quickkey;"), "false");
-    EXPECT_EQ(Metric(*tk, "&system-userhandedness;"), "right");
-    EXPECT_EQ(Metric(*tk, "&system-osname;"), "unknown");
 }
 
 TEST(SystemEntities, OrientationFollowsTheScreen) {

@@ -1,15 +1,9 @@
 // Replays the fuzzers' kept inputs (seeds and every crasher found) for the
 // archive reader, the .sqi decoder and the markup reader in every normal
 // build, so a fixed fault stays fixed under the sanitizer build too.
-#include "ui/Entities.h"
-#include "ui/Layout.h"
-#include "ui/Toolkit.h"
-#include "ui/Toolkit_Create.h"
+#include "ToolkitFixture.h"
 #include "ui/archive/Resources_Archive.h"
 #include "ui/archive/Sqi_Decode.h"
-#include "ui/markup/Markup_Form.h"
-
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
@@ -83,9 +77,7 @@ TEST(FuzzCorpus, MarkupInputs) {
     for (const fs::path& file : files) {
         SCOPED_TRACE(file.filename().string());
         const std::vector<uint8_t> data = Bytes(file);
-        auto toolkit = Toolkit_CreateBare();
-        Toolkit_SetScreen(toolkit.get(), 800, 480, 800, nullptr);
-        Toolkit_SetMetricsFromScreen(toolkit.get());
+        auto toolkit = ToolkitTest_Screen();
         testing::internal::CaptureStdout();
         Widget* first = Form_LoadText(toolkit.get(), "fuzz.xml", data.data(), data.size(), nullptr);
         Form_LoadText(toolkit.get(), "fuzz.xml", data.data(), data.size(), first);

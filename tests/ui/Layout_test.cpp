@@ -1,13 +1,6 @@
 // The 3 x 3 layout: cell rectangles, minimum bands in their fixed order, and
 // the placement of widgets from markup.
-#include "ui/Layout.h"
-#include "ui/Entities.h"
-#include "ui/Toolkit.h"
-#include "ui/Toolkit_Create.h"
-#include "ui/WidgetKinds.h"
-#include "ui/markup/Markup_Form.h"
-
-#include <gtest/gtest.h>
+#include "ToolkitFixture.h"
 
 namespace {
 
@@ -108,15 +101,13 @@ TEST(LayoutCells, OffsetLayoutUsesItsOwnRectangle) {
 }
 
 TEST(LayoutPlacement, FormWidgetsLandInTheirCells) {
-    auto tk = Toolkit_CreateBare();
-    Toolkit_SetScreen(tk.get(), 1000, 500, 1000, nullptr);
-    Toolkit_SetMetricsFromScreen(tk.get());
+    auto tk = ToolkitTest_Screen(1000, 500);
     const std::string markup = R"(<FORM ID="Frm_">
         <LAYOUT ID="Main" TopLeftX="25%" BottomRightX="75%" TopLeftY="0" BottomRightY="100%">
           <LAYOUT ID="East" Quadrant="East" MinBottomRightPixelsX="0"><BUTTON ID="BtKp"></BUTTON></LAYOUT>
           <LAYOUT ID="Cent" Quadrant="Center"><LABEL ID="Text"></LABEL></LAYOUT>
         </LAYOUT></FORM>)";
-    Form_LoadText(tk.get(), "t.xml", reinterpret_cast<const uint8_t*>(markup.data()), markup.size(), nullptr);
+    ToolkitTest_Load(tk.get(), markup);
     Widget* east = Widget_FindById(tk->root.get(), Widget_PackId("East"));
     Widget* button = Widget_FindById(tk->root.get(), Widget_PackId("BtKp"));
     Widget* centre = Widget_FindById(tk->root.get(), Widget_PackId("Cent"));
@@ -140,13 +131,11 @@ TEST(LayoutPlacement, FormWidgetsLandInTheirCells) {
 }
 
 TEST(LayoutPlacement, MinimumBandsUseTheMetricEntities) {
-    auto tk = Toolkit_CreateBare();
-    Toolkit_SetScreen(tk.get(), 640, 480, 640, nullptr);
-    Toolkit_SetMetricsFromScreen(tk.get());  // button size 19
+    auto tk = ToolkitTest_Screen(640, 480);  // button size 19
     const std::string markup = R"(<LAYOUT TopLeftX="0" BottomRightX="100%" TopLeftY="0" BottomRightY="100%")"
                                R"( MinBottomRightPixelsY="&system-buttonSizePixelsX2;">)"
                                R"(<LAYOUT ID="Bar_" Quadrant="South"></LAYOUT></LAYOUT>)";
-    Form_LoadText(tk.get(), "t.xml", reinterpret_cast<const uint8_t*>(markup.data()), markup.size(), nullptr);
+    ToolkitTest_Load(tk.get(), markup);
     const PixelRect bar = Widget_PixelRect(tk.get(), Widget_FindById(tk->root.get(), Widget_PackId("Bar_")));
     // The split is found in units, so the band may come out a pixel taller.
     EXPECT_GE(bar.height, 39);

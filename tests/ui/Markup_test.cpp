@@ -1,31 +1,11 @@
 // The form markup reader: identifiers, attributes, entity expansion as the
 // text is read, conditional sections, skipped subtrees, the balance message
 // and the widget tree it builds.
-#include "ui/Entities.h"
-#include "ui/Toolkit.h"
-#include "ui/Toolkit_Create.h"
-#include "ui/Toolkit_Dispatch.h"
-#include "ui/Toolkit_Events.h"
+#include "ToolkitFixture.h"
 #include "ui/ValueLabel.h"
-#include "ui/WidgetKinds.h"
 #include "ui/markup/Markup_Attributes.h"
-#include "ui/markup/Markup_Form.h"
-
-#include <gtest/gtest.h>
 
 namespace {
-
-std::unique_ptr<Toolkit> Screen(uint32_t w = 800, uint32_t h = 480) {
-    auto tk = Toolkit_CreateBare();
-    Toolkit_SetScreen(tk.get(), w, h, w, nullptr);
-    Toolkit_SetMetricsFromScreen(tk.get());
-    return tk;
-}
-
-Widget* Load(Toolkit* tk, const std::string& markup, Widget* parent = nullptr,
-             const char* name = "test.xml") {
-    return Form_LoadText(tk, name, reinterpret_cast<const uint8_t*>(markup.data()), markup.size(), parent);
-}
 
 Widget* Find(Toolkit* tk, const char* id) {
     return Widget_FindById(tk->root.get(), Widget_PackId(id));
@@ -46,10 +26,10 @@ std::string LabelText(Toolkit* tk, const char* id) {
 TEST(MarkupIdentifiers, PackedFirstCharacterMostSignificantAndNotCapturedByNavIds) {
     EXPECT_EQ(Widget_PackId("MFrm"), 0x4D46726Du);
     EXPECT_EQ(Widget_PackId("LONGER"), Widget_PackId("LONG"));
-    auto tk = Screen();
-    Load(tk.get(), R"(<FORM ID="BTOK"></FORM><FORM ID="AB"></FORM>)"
-                   R"(<FORM><BUTTON NavLeftID="Left" NavRightID="Rght" ID="BtOk"></BUTTON>)"
-                   R"(<BUTTON NavLeftID="Only"></BUTTON></FORM>)");
+    auto tk = ToolkitTest_Screen();
+    ToolkitTest_Load(tk.get(), R"(<FORM ID="BTOK"></FORM><FORM ID="AB"></FORM>)"
+                               R"(<FORM><BUTTON NavLeftID="Left" NavRightID="Rght" ID="BtOk"></BUTTON>)"
+                               R"(<BUTTON NavLeftID="Only"></BUTTON></FORM>)");
     ASSERT_EQ(tk->root->children.size(), 3u);
     EXPECT_EQ(tk->root->children[0]->id, 0x42544F4Bu);
     EXPECT_EQ(tk->root->children[1]->id, 0x41420000u);
@@ -64,12 +44,13 @@ TEST(MarkupIdentifiers, PackedFirstCharacterMostSignificantAndNotCapturedByNavId
 }
 
 TEST(MarkupTree, FindByIdIsDepthFirstPreOrder) {
-    auto tk = Screen();
-    Load(tk.get(),
-         R"(<FORM ID="Root">)"
-         R"(<LAYOUT ID="L1__"><LAYOUT ID="Deep"><LABEL ID="Same" Text="first"></LABEL></LAYOUT></LAYOUT>)"
-         R"(<LABEL ID="Same" Text="second"></LABEL>)"
-         R"(</FORM>)");
+    auto tk = ToolkitTest_Screen();
+    ToolkitTest_Load(
+        tk.get(),
+        R"(<FORM ID="Root">)"
+        R"(<LAYOUT ID="L1__"><LAYOUT ID="Deep"><LABEL ID="Same" Text="first"></LABEL></LAYOUT></LAYOUT>)"
+        R"(<LABEL ID="Same" Text="second"></LABEL>)"
+        R"(</FORM>)");
     Widget* form = Find(tk.get(), "Root");
     ASSERT_NE(form, nullptr);
     EXPECT_EQ(Widget_FindById(form, Widget_PackId("Root")), form);
@@ -80,8 +61,8 @@ TEST(MarkupTree, FindByIdIsDepthFirstPreOrder) {
 }
 
 TEST(MarkupTree, EveryElementMakesItsKindWithItsAttributes) {
-    auto tk = Screen();
-    Load(tk.get(), R"(<FORM ID="Form">
+    auto tk = ToolkitTest_Screen();
+    ToolkitTest_Load(tk.get(), R"(<FORM ID="Form">
       <PELLUCIDAVIEW ID="View" TopLeftX="10%"></PELLUCIDAVIEW>
       <PELLUCIDAHISTOGRAM ID="Hist" NumBins="256"></PELLUCIDAHISTOGRAM>
       <VIRTUALKEYBOARD ID="Keys" NumbersOnly></VIRTUALKEYBOARD>
@@ -141,8 +122,8 @@ TEST(MarkupTree, EveryElementMakesItsKindWithItsAttributes) {
 }
 
 TEST(MarkupAttributes, WordsMatchExactlyAndUnknownWordsChangeNothing) {
-    auto tk = Screen();
-    Load(
+    auto tk = ToolkitTest_Screen();
+    ToolkitTest_Load(
         tk.get(),
         R"(<FORM><BUTTON ID="B1" Rounded="Full"></BUTTON><BUTTON ID="B2" Rounded="Round"></BUTTON>)"
         R"(<BUTTON ID="B3" Rounded="full"></BUTTON><BITMAP ID="B4" FillMode="stretch"></BITMAP>)"
@@ -156,7 +137,7 @@ TEST(MarkupAttributes, WordsMatchExactlyAndUnknownWordsChangeNothing) {
 }
 
 TEST(MarkupAttributes, GeometryValues) {
-    auto tk = Screen(1920, 1080);
+    auto tk = ToolkitTest_Screen(1920, 1080);
     for (auto [text, value] : {std::pair{"50%", 16384},
                                {"100%", 32768},
                                {"33%", (33 << 15) / 100},
@@ -165,7 +146,7 @@ TEST(MarkupAttributes, GeometryValues) {
                                {"1234", 1234},
                                {"smallestobjectsizex", 0}})
         EXPECT_EQ(Markup_GeometryValue(tk.get(), text), value) << text;
-    Load(
+    ToolkitTest_Load(
         tk.get(),
         R"(<LAYOUT ID="Geo_" TopLeftX="25%" BottomRightX="75%" TopLeftY="10" BottomRightY="&system-buttonSizePixels;")"
         R"( MinTopLeftPixelsX="SmallestObjectSizeX" MinBottomRightPixelsY="&system-buttonSizePixelsX2;"></LAYOUT>)");
@@ -176,34 +157,35 @@ TEST(MarkupAttributes, GeometryValues) {
 }
 
 TEST(MarkupExpansion, ReferencesExpandAsTheyCompleteAndValuesAreRescanned) {
-    auto tk = Screen();
-    Load(tk.get(),
-         "<LABEL ID=\"Oum_\" Text=\"Sch&ouml;n\"></LABEL>"
-         "<LABEL ID=\"Lang\" Text=\"&language-buttonlast;!\"></LABEL>"
-         "<LABEL ID=\"Ctrl\" Text=\"a\tb\r\nc&lf;d\"></LABEL>"
-         "<LABEL ID=\"Amp_\" Text=\"&quot;x&quot; &amp; y\"></LABEL>");
+    auto tk = ToolkitTest_Screen();
+    ToolkitTest_Load(tk.get(),
+                     "<LABEL ID=\"Oum_\" Text=\"Sch&ouml;n\"></LABEL>"
+                     "<LABEL ID=\"Lang\" Text=\"&language-buttonlast;!\"></LABEL>"
+                     "<LABEL ID=\"Ctrl\" Text=\"a\tb\r\nc&lf;d\"></LABEL>"
+                     "<LABEL ID=\"Amp_\" Text=\"&quot;x&quot; &amp; y\"></LABEL>");
     EXPECT_EQ(LabelText(tk.get(), "Oum_"), "Sch\xc3\xb6n");
     EXPECT_EQ(LabelText(tk.get(), "Lang"), "&language-buttonlast;!");
     EXPECT_EQ(LabelText(tk.get(), "Ctrl"), "abc\nd");
     EXPECT_EQ(LabelText(tk.get(), "Amp_"), "\"x\" & y");
     // A reference that expands to itself stops.
     Entity_Define(&tk->markupEntities, "&loop;", "x&loop;");
-    Load(tk.get(), R"(<LABEL ID="Loop" Text="&loop;"></LABEL>)");
+    ToolkitTest_Load(tk.get(), R"(<LABEL ID="Loop" Text="&loop;"></LABEL>)");
     const std::string text = LabelText(tk.get(), "Loop");
     EXPECT_EQ(text.substr(text.size() - 6), "&loop;");
     EXPECT_GT(text.size(), 100u);
 }
 
 TEST(MarkupExpansion, EntityDefinedInOneFormExpandsInALaterOneBeforeTheBuiltIns) {
-    auto tk = Screen();
-    Load(tk.get(), R"(<ENTITY STRING="Last" REFERENCE="&language-buttonlast;"></ENTITY>)"
-                   R"(<ENTITY STRING="only string"></ENTITY><ENTITY REFERENCE="&language-alone;"></ENTITY>)"
-                   R"(<ENTITY STRING="deutsch" REFERENCE="&system-os;"></ENTITY>)");
+    auto tk = ToolkitTest_Screen();
+    ToolkitTest_Load(tk.get(),
+                     R"(<ENTITY STRING="Last" REFERENCE="&language-buttonlast;"></ENTITY>)"
+                     R"(<ENTITY STRING="only string"></ENTITY><ENTITY REFERENCE="&language-alone;"></ENTITY>)"
+                     R"(<ENTITY STRING="deutsch" REFERENCE="&system-os;"></ENTITY>)");
     EXPECT_EQ(Entity_Lookup(&tk->markupEntities, "&language-alone;"), nullptr);
     EXPECT_EQ(tk->root->children.size(), 0u);
     Entity_Define(&tk->markupEntities, "&system-language;", "francais");
-    Load(tk.get(), R"(<LABEL ID="Btn_" Text="&language-buttonlast; &amp; more"></LABEL>)"
-                   R"(<LABEL ID="Lng_" Text="&system-language;/&system-os;"></LABEL>)");
+    ToolkitTest_Load(tk.get(), R"(<LABEL ID="Btn_" Text="&language-buttonlast; &amp; more"></LABEL>)"
+                               R"(<LABEL ID="Lng_" Text="&system-language;/&system-os;"></LABEL>)");
     EXPECT_EQ(LabelText(tk.get(), "Btn_"), "Last & more");
     EXPECT_EQ(LabelText(tk.get(), "Lng_"), "francais/deutsch");
 }
@@ -220,51 +202,55 @@ TEST(MarkupConditionals, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacter) 
         {"", false},
     };
     for (auto [condition, shown] : cases) {
-        auto tk = Screen();
-        Load(tk.get(), std::string("<CONDITIONAL ") + condition +
-                           R"(><LABEL ID="In__"></LABEL></CONDITIONAL><LABEL ID="Aftr"></LABEL>)");
+        auto tk = ToolkitTest_Screen();
+        ToolkitTest_Load(tk.get(),
+                         std::string("<CONDITIONAL ") + condition +
+                             R"(><LABEL ID="In__"></LABEL></CONDITIONAL><LABEL ID="Aftr"></LABEL>)");
         EXPECT_EQ(Find(tk.get(), "In__") != nullptr, shown) << condition;
         EXPECT_NE(Find(tk.get(), "Aftr"), nullptr) << condition;
     }
 }
 
 TEST(MarkupConditionals, EntitiesSelectTheSection) {
-    auto tk = Screen(480, 800);
-    Load(tk.get(),
-         R"(<CONDITIONAL Condition="&system-orientation;=landscape"><LABEL ID="Land"></LABEL></CONDITIONAL>)"
-         R"(<CONDITIONAL Condition="&system-orientation;=portrait"><LABEL ID="Port"></LABEL></CONDITIONAL>)"
-         R"(<CONDITIONAL Condition="&system-language;!=english">)"
-         R"(<ENTITY STRING="Zurueck" REFERENCE="&language-back;"></ENTITY></CONDITIONAL>)");
+    auto tk = ToolkitTest_Screen(480, 800);
+    ToolkitTest_Load(
+        tk.get(),
+        R"(<CONDITIONAL Condition="&system-orientation;=landscape"><LABEL ID="Land"></LABEL></CONDITIONAL>)"
+        R"(<CONDITIONAL Condition="&system-orientation;=portrait"><LABEL ID="Port"></LABEL></CONDITIONAL>)"
+        R"(<CONDITIONAL Condition="&system-language;!=english">)"
+        R"(<ENTITY STRING="Zurueck" REFERENCE="&language-back;"></ENTITY></CONDITIONAL>)");
     EXPECT_EQ(Find(tk.get(), "Land"), nullptr);
     EXPECT_NE(Find(tk.get(), "Port"), nullptr);
     EXPECT_EQ(Entity_Lookup(&tk->markupEntities, "&language-back;"), nullptr);
 }
 
 TEST(MarkupConditionals, SectionsDoNotNest) {
-    auto tk = Screen();
+    auto tk = ToolkitTest_Screen();
     testing::internal::CaptureStdout();
     // An inner "/CONDITIONAL" re-activates the rest of the outer section.
-    Load(tk.get(), R"(<CONDITIONAL Condition="a=b"><LABEL ID="Out1"></LABEL>)"
-                   R"(<CONDITIONAL Condition="c=d"><LABEL ID="In__"></LABEL></CONDITIONAL>)"
-                   R"(<LABEL ID="Out2"></LABEL></CONDITIONAL>)");
+    ToolkitTest_Load(tk.get(), R"(<CONDITIONAL Condition="a=b"><LABEL ID="Out1"></LABEL>)"
+                               R"(<CONDITIONAL Condition="c=d"><LABEL ID="In__"></LABEL></CONDITIONAL>)"
+                               R"(<LABEL ID="Out2"></LABEL></CONDITIONAL>)");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(Find(tk.get(), "Out1"), nullptr);
     EXPECT_EQ(Find(tk.get(), "In__"), nullptr);
     EXPECT_NE(Find(tk.get(), "Out2"), nullptr);
     // An inner condition is evaluated inside an inactive section.
-    Load(tk.get(), R"(<CONDITIONAL Condition="a=b"><CONDITIONAL Condition="x"><LABEL ID="In2_"></LABEL>)"
-                   R"(</CONDITIONAL></CONDITIONAL>)");
+    ToolkitTest_Load(tk.get(),
+                     R"(<CONDITIONAL Condition="a=b"><CONDITIONAL Condition="x"><LABEL ID="In2_"></LABEL>)"
+                     R"(</CONDITIONAL></CONDITIONAL>)");
     EXPECT_NE(Find(tk.get(), "In2_"), nullptr);
 }
 
 TEST(MarkupStructure, ChildrenOfControlsAndUnknownElementsAreSkipped) {
-    auto tk = Screen();
+    auto tk = ToolkitTest_Screen();
     testing::internal::CaptureStdout();
-    Load(tk.get(),
-         R"(<?xml version="1.0"?><!-- a comment --><FORM ID="Frm_">)"
-         R"(<BUTTON ID="Btn_"><LABEL ID="Skp1"><LAYOUT ID="Skp2"></LAYOUT></LABEL></BUTTON>)"
-         R"(<UNKNOWN ID="Unk_"><LABEL ID="Kept"></LABEL></UNKNOWN>)"
-         R"(<LABEL ID="Last" Bogus="1"></LABEL><LABEL ID="One_" Text="a/b"/><LAYOUT ID="Two_"/></FORM>)");
+    ToolkitTest_Load(
+        tk.get(),
+        R"(<?xml version="1.0"?><!-- a comment --><FORM ID="Frm_">)"
+        R"(<BUTTON ID="Btn_"><LABEL ID="Skp1"><LAYOUT ID="Skp2"></LAYOUT></LABEL></BUTTON>)"
+        R"(<UNKNOWN ID="Unk_"><LABEL ID="Kept"></LABEL></UNKNOWN>)"
+        R"(<LABEL ID="Last" Bogus="1"></LABEL><LABEL ID="One_" Text="a/b"/><LAYOUT ID="Two_"/></FORM>)");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     Widget* form = Find(tk.get(), "Frm_");
     ASSERT_NE(form, nullptr);
@@ -278,21 +264,22 @@ TEST(MarkupStructure, ChildrenOfControlsAndUnknownElementsAreSkipped) {
 }
 
 TEST(MarkupStructure, UnbalancedMarkupSaysSoAndKeepsTheWidgets) {
-    auto tk = Screen();
+    auto tk = ToolkitTest_Screen();
     testing::internal::CaptureStdout();
-    Load(tk.get(), R"(<FORM ID="Frm_"><LABEL ID="Lbl_"></LABEL>)", nullptr, "Pellucida_Broken.xml");
+    ToolkitTest_Load(tk.get(), R"(<FORM ID="Frm_"><LABEL ID="Lbl_"></LABEL>)", nullptr,
+                     "Pellucida_Broken.xml");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <Pellucida_Broken.xml>\n");
     EXPECT_NE(Find(tk.get(), "Lbl_"), nullptr);
     testing::internal::CaptureStdout();
-    Load(tk.get(), R"(</FORM></LABEL>)");
+    ToolkitTest_Load(tk.get(), R"(</FORM></LABEL>)");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <test.xml>\n");
 }
 
 TEST(MarkupStructure, LoadsUnderTheGivenParent) {
-    auto tk = Screen();
-    Widget* form = Load(tk.get(), R"(<FORM ID="Main"></FORM>)");
+    auto tk = ToolkitTest_Screen();
+    Widget* form = ToolkitTest_Load(tk.get(), R"(<FORM ID="Main"></FORM>)");
     ASSERT_NE(form, nullptr);
-    Widget* inner = Load(tk.get(), R"(<FORM ID="Sub_"></FORM>)", form);
+    Widget* inner = ToolkitTest_Load(tk.get(), R"(<FORM ID="Sub_"></FORM>)", form);
     ASSERT_NE(inner, nullptr);
     EXPECT_EQ(inner->parent, form);
     EXPECT_EQ(tk->root->children.size(), 1u);
@@ -301,8 +288,8 @@ TEST(MarkupStructure, LoadsUnderTheGivenParent) {
 int g_draws = 0;
 
 TEST(LevelSetterLabel, UpdateFormatsAndRunsOnlyThePlainDrawsAtOnce) {
-    auto tk = Screen();
-    Load(tk.get(), R"(<FORM><LEVELSETTER ID="LvS0"></LEVELSETTER></FORM>)");
+    auto tk = ToolkitTest_Screen();
+    ToolkitTest_Load(tk.get(), R"(<FORM><LEVELSETTER ID="LvS0"></LEVELSETTER></FORM>)");
     Widget* setter = Find(tk.get(), "LvS0");
     auto* record = Widget_Record<LevelSetterRecord>(setter);
     record->format = [](void*, const LevelSetterRecord&, uint32_t v) { return "at " + std::to_string(v); };
@@ -329,7 +316,7 @@ TEST(LevelSetterLabel, UpdateFormatsAndRunsOnlyThePlainDrawsAtOnce) {
 }
 
 TEST(ToolkitEventsDeathTest, FullRingEndsTheProcessWithStatusZero) {
-    auto tk = Screen();
+    auto tk = ToolkitTest_Screen();
     for (uint32_t i = 0; i < kToolkitEventRingSize - 1; ++i) Toolkit_PostEvent(tk.get(), nullptr, kEventTick);
     EXPECT_EQ(Toolkit_PendingEvents(tk.get()), kToolkitEventRingSize - 1);
     EXPECT_EXIT(Toolkit_PostEvent(tk.get(), nullptr, kEventTick), ::testing::ExitedWithCode(0), "");

@@ -17,40 +17,26 @@ void Remember(Toolkit*, uint32_t index, void* user) {
 }
 
 TEST(MessageBoxIcons, ByType) {
-    EXPECT_STREQ(MessageBox_IconName(0), "icon_warning.sqi");
-    EXPECT_STREQ(MessageBox_IconName(1), "icon_information.sqi");
-    EXPECT_STREQ(MessageBox_IconName(2), "icon_error.sqi");
-    EXPECT_STREQ(MessageBox_IconName(3), "icon_success.sqi");
-    EXPECT_EQ(MessageBox_IconName(4), nullptr);
-    EXPECT_STREQ(MessageBox_IconName(5), "icon_information.sqi");
-    EXPECT_STREQ(MessageBox_IconName(0xFFFFFFFF), "icon_information.sqi");
+    const char* const expected[] = {kIconWarning, kIconInformation, kIconError,
+                                    kIconSuccess, nullptr,          kIconInformation};
+    for (uint32_t type = 0; type < 6; ++type) EXPECT_STREQ(MessageBox_IconName(type), expected[type]) << type;
+    EXPECT_STREQ(MessageBox_IconName(0xFFFFFFFF), kIconInformation);
 }
 
 TEST_F(ToolkitTest, TheButtonsShareTheRowEqually) {
-    Widget* one = MessageBox_Show(tk.get(), "Information", "One button.", 1, Remember, &g_pressed, 1, "OK");
-    std::vector<Widget*> b = MessageBox_Buttons(one);
-    ASSERT_EQ(b.size(), 1u);
-    EXPECT_EQ(b[0]->x, 0u);
-    EXPECT_EQ(b[0]->width, kUnitsWhole);
-    Widget* two = MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, &g_pressed, 2, kCloseButton,
-                                  kCancelButton);
-    b = MessageBox_Buttons(two);
-    ASSERT_EQ(b.size(), 2u);
-    EXPECT_EQ(b[0]->width, 16384u);
-    EXPECT_EQ(b[1]->x, 16384u);
-    EXPECT_EQ(b[1]->width, 16384u);
-    Widget* three = MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, &g_pressed, 3, "Yes",
-                                    "No", "Cancel");
-    b = MessageBox_Buttons(three);
-    ASSERT_EQ(b.size(), 3u);
-    // 32768 / 3, then 21846 / 2, then the rest: the cells fill the row exactly.
-    EXPECT_EQ(b[0]->width, 10922u);
-    EXPECT_EQ(b[1]->x, 10922u);
-    EXPECT_EQ(b[1]->width, 10923u);
-    EXPECT_EQ(b[2]->x, 21845u);
-    EXPECT_EQ(b[2]->width, 10923u);
-    EXPECT_EQ(b[2]->x + b[2]->width, kUnitsWhole);
-    EXPECT_EQ(Widget_Record<ButtonRecord>(b[2])->text, "Cancel");
+    // n cells of 32768 / (buttons still to place) fill the row exactly: 32768 / 3, then 21846 / 2, then the
+    // rest.
+    const std::vector<std::vector<uint32_t>> widths = {{kUnitsWhole}, {16384, 16384}, {10922, 10923, 10923}};
+    for (const std::vector<uint32_t>& expected : widths) {
+        Widget* box = MessageBox_ShowLabels(tk.get(), "Save", "Buttons.", kIconAlert, Remember, &g_pressed,
+                                            std::vector<std::string>(expected.size(), "B"));
+        uint32_t x = 0;
+        for (size_t i = 0; i < expected.size(); ++i) {
+            EXPECT_EQ(MessageBox_Buttons(box)[i]->x, x) << i;
+            EXPECT_EQ(MessageBox_Buttons(box)[i]->width, expected[i]) << i;
+            x += expected[i];
+        }
+    }
 }
 
 TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitle) {

@@ -13,6 +13,7 @@
 #include "ui/Toolkit_Events.h"
 #include "ui/WidgetKinds.h"
 #include "ui/archive/Resources_Open.h"
+#include "ui/markup/Markup_Form.h"
 
 #include <gtest/gtest.h>
 
@@ -30,6 +31,20 @@ inline std::string ToolkitTest_ArchivePath() {
          {fs::path(Host_GetProgramDir()) / "resources", fs::path(Host_GetProgramDir()) / ".." / "resources"})
         if (fs::is_regular_file(candidate)) return candidate.string();
     return {};
+}
+
+// A context without archive or framebuffer, measured for a screen of w x h.
+inline std::unique_ptr<Toolkit> ToolkitTest_Screen(uint32_t w = 800, uint32_t h = 480) {
+    auto tk = Toolkit_CreateBare();
+    Toolkit_SetScreen(tk.get(), w, h, w, nullptr);
+    Toolkit_SetMetricsFromScreen(tk.get());
+    return tk;
+}
+
+// Builds markup text under `parent` (the root when null).
+inline Widget* ToolkitTest_Load(Toolkit* tk, const std::string& markup, Widget* parent = nullptr,
+                                const char* name = "test.xml") {
+    return Form_LoadText(tk, name, reinterpret_cast<const uint8_t*>(markup.data()), markup.size(), parent);
 }
 
 class ToolkitTest : public testing::Test {

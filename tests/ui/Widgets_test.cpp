@@ -156,19 +156,14 @@ TEST_F(ToolkitTest, ListChoosesTheRowUnderThePointer) {
 }
 
 TEST(ImageViewZoom, LevelsUpAndDownAsTheViewButtonsStepThem) {
-    EXPECT_EQ(ImageView_ZoomInLevel(3200), 3200);
-    EXPECT_EQ(ImageView_ZoomInLevel(5000), 5000);
-    EXPECT_EQ(ImageView_ZoomOutLevel(5), 5);
-    EXPECT_EQ(ImageView_ZoomInLevel(37), 50);
-    EXPECT_EQ(ImageView_ZoomOutLevel(37), 33);
-    EXPECT_EQ(ImageView_ZoomInLevel(5), 10);
-    EXPECT_EQ(ImageView_ZoomInLevel(9), 10);
-    EXPECT_EQ(ImageView_ZoomOutLevel(10), 5);
-    EXPECT_EQ(ImageView_ZoomOutLevel(11), 10);
-    EXPECT_EQ(ImageView_ZoomInLevel(66), 100);
-    EXPECT_EQ(ImageView_ZoomOutLevel(100), 66);
-    EXPECT_EQ(ImageView_ZoomOutLevel(3200), 1600);
-    EXPECT_EQ(ImageView_ZoomOutLevel(3201), 3201);
+    // {from, in, out}: the next level up and down; beyond the ends nothing changes.
+    const int32_t steps[][3] = {{3200, 3200, 1600}, {5000, 5000, 5000}, {5, 10, 5},   {37, 50, 33},
+                                {9, 10, 5},         {10, 25, 5},        {11, 25, 10}, {66, 100, 50},
+                                {100, 150, 66},     {3201, 3201, 3201}};
+    for (auto [from, in, out] : steps) {
+        EXPECT_EQ(ImageView_ZoomInLevel(from), in) << from;
+        EXPECT_EQ(ImageView_ZoomOutLevel(from), out) << from;
+    }
 }
 
 TEST_F(ToolkitTest, ImageViewFitsZoomsPansAndReportsRegions) {
