@@ -105,22 +105,6 @@ TEST(SqiTree, NodesSplitFillAndStopByTheRules) {
         EXPECT_EQ(buffer[size_t(at)], value) << at;
 }
 
-TEST(SqiTree, OnePixelIconDrawsTheRootValues) {
-    BitWriter planes[4];
-    const uint32_t values[4] = {21, 40, 11, 255};
-    const int widths[4] = {5, 6, 5, 8};
-    for (int p = 0; p < 4; ++p) {
-        planes[p].Split(values[p], widths[p]);
-        for (int i = 0; i < 4; ++i) planes[p].Leaf(1, widths[p]);
-    }
-    Canvas canvas(3, 3);
-    const auto file = sqi_test::File(64, 64, 0, planes);
-    ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), canvas.Target(1, 1, 1, 1)));
-    EXPECT_EQ(canvas.At(1, 1), Sqi_PixelFrom565(Covered(21), Covered(40), Covered(11)));
-    EXPECT_EQ(canvas.At(0, 0), 0u);
-    EXPECT_EQ(canvas.At(2, 2), 0u);
-}
-
 TEST(SqiResample, AveragesSixteenSamples) {
     // A 2 x 1 image with 0 and 31 in red, shown 1 x 1: half the samples of
     // each axis fall on each side.
