@@ -10,7 +10,6 @@
 #include <lodepng.h>
 
 #include <array>
-#include <cstdlib>
 #include <vector>
 
 namespace {
@@ -19,36 +18,26 @@ ImagePtr ReadMemory(const std::vector<uint8_t>& bytes) {
     return ImagePtr(Png_ReadMemory(bytes.data(), bytes.size()));
 }
 
-struct Key {
-    bool defined = false;
-    unsigned r = 0, g = 0, b = 0;
-};
-
-// Encodes raw pixels exactly in the given mode (no automatic conversion).
+// Encodes raw pixels exactly in the given mode (no automatic conversion),
+// with the palette given and, when `keyed`, the colour key (1, 2, 3).
 std::vector<uint8_t> Encode(const std::vector<uint8_t>& raw, unsigned w, unsigned h, LodePNGColorType type,
                             unsigned depth, const std::vector<std::array<uint8_t, 4>>& palette = {},
-                            Key key = {}) {
-    LodePNGState state;
-    lodepng_state_init(&state);
+                            bool keyed = false) {
+    lodepng::State state;
     for (LodePNGColorMode* mode : {&state.info_raw, &state.info_png.color}) {
         mode->colortype = type;
         mode->bitdepth = depth;
         for (const auto& c : palette) lodepng_palette_add(mode, c[0], c[1], c[2], c[3]);
-        mode->key_defined = key.defined;
-        mode->key_r = key.r;
-        mode->key_g = key.g;
-        mode->key_b = key.b;
+        mode->key_defined = keyed;
+        mode->key_r = 1;
+        mode->key_g = 2;
+        mode->key_b = 3;
     }
     state.encoder.auto_convert = 0;
-    unsigned char* out = nullptr;
-    size_t size = 0;
-    const unsigned error = lodepng_encode(&out, &size, raw.data(), w, h, &state);
-    std::vector<uint8_t> bytes;
-    if (!error) bytes.assign(out, out + size);
-    std::free(out);
-    lodepng_state_cleanup(&state);
+    std::vector<uint8_t> out;
+    const unsigned error = lodepng::encode(out, raw, w, h, state);
     EXPECT_EQ(error, 0u) << lodepng_error_text(error);
-    return bytes;
+    return out;
 }
 
 using V = std::vector<int64_t>;
@@ -77,8 +66,8 @@ TEST(PngColourTypes, PalettesLowGreyDepthsGreyAlphaKeysAndSixteenBitRgb) {
         Decoded("16-bit grey and alpha",
                 Encode({0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0}, 2, 1, LCT_GREY_ALPHA, 16), 1, 16,
                 {0x1234, 0x9ABC}, {}, {}, {0x5678, 0xDEF0}),
-        Decoded("colour key", Encode({1, 2, 3, 4, 5, 6}, 2, 1, LCT_RGB, 8, {}, Key{true, 1, 2, 3}), 0, 8,
-                {1, 4}, {2, 5}, {3, 6}, {0, 255}),
+        Decoded("colour key", Encode({1, 2, 3, 4, 5, 6}, 2, 1, LCT_RGB, 8, {}, true), 0, 8, {1, 4}, {2, 5},
+                {3, 6}, {0, 255}),
         Decoded("16-bit RGB", Encode({0xFF, 0xFE, 0, 1, 0x80, 0}, 1, 1, LCT_RGB, 16), 0, 16, {0xFFFE}, {1},
                 {0x8000}),
     };

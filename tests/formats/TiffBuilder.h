@@ -3,8 +3,8 @@
 // after the directory as the format requires, pixel data split into strips.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 class TiffBuilder {
@@ -14,7 +14,7 @@ public:
     // Adds the entry, or replaces the one of the same tag; no values remove it.
     void Entry(uint16_t tag, uint16_t type, std::vector<uint32_t> values) {
         std::erase_if(m_entries, [&](const Item& e) { return e.tag == tag; });
-        if (!values.empty()) m_entries.push_back({tag, type, uint32_t(values.size()), std::move(values)});
+        if (!values.empty()) m_entries.push_back({tag, type, std::move(values)});
     }
     // Pixel bytes in strips of `stripBytes` (0: one strip); adds tags 273 and 279.
     void Pixels(std::vector<uint8_t> pixels, size_t stripBytes = 0) {
@@ -37,56 +37,41 @@ public:
 
     std::vector<uint8_t> Build() const {
         std::vector<Item> entries = m_entries;
-        size_t strips = 0;
-        if (!m_pixels.empty()) {
-            strips = (m_pixels.size() + m_stripBytes - 1) / m_stripBytes;
-            std::vector<uint32_t> offsets(strips, 0), counts(strips);
+        const size_t strips = m_pixels.empty() ? 0 : (m_pixels.size() + m_stripBytes - 1) / m_stripBytes;
+        if (strips) {
+            std::vector<uint32_t> offsets(strips), counts(strips);
             for (size_t i = 0; i < strips; ++i)
                 counts[i] = uint32_t(std::min(m_stripBytes, m_pixels.size() - i * m_stripBytes));
-            entries.push_back({273, 4, uint32_t(strips), offsets});
-            entries.push_back({279, 4, uint32_t(strips), counts});
+            entries.push_back({273, 4, offsets});
+            entries.push_back({279, 4, counts});
         }
-        std::vector<uint8_t> out;
-        out.push_back(m_big ? 'M' : 'I');
-        out.push_back(m_big ? 'M' : 'I');
+        // The header, the directory, the values too long for their entry, then the pixels.
+        const size_t longStart = 8 + 2 + entries.size() * 12 + 4;
+        size_t pixelStart = longStart;
+        for (const Item& e : entries) pixelStart += Bytes(e).size() > 4 ? Bytes(e).size() : 0;
+        for (Item& e : entries)
+            if (e.tag == 273 && strips)
+                for (size_t s = 0; s < strips; ++s) e.values[s] = uint32_t(pixelStart + s * m_stripBytes);
+        std::vector<uint8_t> out = {uint8_t(m_big ? 'M' : 'I'), uint8_t(m_big ? 'M' : 'I')}, longValues;
         Put16(out, 42);
         Put32(out, 8);
         Put16(out, uint16_t(entries.size()));
-        const size_t dirStart = out.size();
-        out.resize(dirStart + entries.size() * 12 + 4, 0);  // next offset 0
-        size_t stripOffsetsEntry = SIZE_MAX;
-        size_t stripOffsetsData = 0;
-        for (size_t i = 0; i < entries.size(); ++i) {
-            const Item& e = entries[i];
-            std::vector<uint8_t> bytes;
-            for (uint32_t v : e.values) {
-                if (e.type == 3)
-                    Put16(bytes, uint16_t(v));
-                else if (e.type == 1)
-                    bytes.push_back(uint8_t(v));
-                else
-                    Put32(bytes, v);
-            }
-            const size_t at = dirStart + i * 12;
-            Set16(out, at, e.tag);
-            Set16(out, at + 2, e.type);
-            Set32(out, at + 4, e.count);
-            if (bytes.size() <= 4) {
-                std::memcpy(out.data() + at + 8, bytes.data(), bytes.size());
-                if (e.tag == 273) stripOffsetsData = at + 8;
+        for (const Item& e : entries) {
+            std::vector<uint8_t> bytes = Bytes(e);
+            Put16(out, e.tag);
+            Put16(out, e.type);
+            Put32(out, uint32_t(e.values.size()));
+            if (bytes.size() > 4) {
+                Put32(out, uint32_t(longStart + longValues.size()));
+                longValues.insert(longValues.end(), bytes.begin(), bytes.end());
             } else {
-                Set32(out, at + 8, uint32_t(out.size()));
-                if (e.tag == 273) stripOffsetsData = out.size();
+                bytes.resize(4, 0);
                 out.insert(out.end(), bytes.begin(), bytes.end());
             }
-            if (e.tag == 273) stripOffsetsEntry = i;
         }
-        if (stripOffsetsEntry != SIZE_MAX) {
-            const size_t pixelStart = out.size();
-            out.insert(out.end(), m_pixels.begin(), m_pixels.end());
-            for (size_t s = 0; s < strips; ++s)
-                Set32(out, stripOffsetsData + s * 4, uint32_t(pixelStart + s * m_stripBytes));
-        }
+        Put32(out, 0);  // no next directory
+        out.insert(out.end(), longValues.begin(), longValues.end());
+        out.insert(out.end(), m_pixels.begin(), m_pixels.end());
         return out;
     }
 
@@ -102,19 +87,16 @@ public:
 private:
     struct Item {
         uint16_t tag;
-        uint16_t type;
-        uint32_t count;
+        uint16_t type;  // 1 byte, 3 short, 4 long
         std::vector<uint32_t> values;
     };
-    void Set16(std::vector<uint8_t>& out, size_t at, uint16_t v) const {
-        std::vector<uint8_t> b;
-        Put16(b, v);
-        std::memcpy(out.data() + at, b.data(), 2);
-    }
-    void Set32(std::vector<uint8_t>& out, size_t at, uint32_t v) const {
-        std::vector<uint8_t> b;
-        Put32(b, v);
-        std::memcpy(out.data() + at, b.data(), 4);
+    std::vector<uint8_t> Bytes(const Item& e) const {
+        std::vector<uint8_t> bytes;
+        for (uint32_t v : e.values)
+            e.type == 3   ? Put16(bytes, uint16_t(v))
+            : e.type == 1 ? bytes.push_back(uint8_t(v))
+                          : Put32(bytes, v);
+        return bytes;
     }
 
     bool m_big;
