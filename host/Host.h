@@ -40,6 +40,8 @@ enum AppEventKind : uint32_t {
     kAppEventTick = 3,
     kAppEventStart = 6,
     kAppEventCloseRequested = 7,
+    // A file was dropped on the window; "Event_TakeDroppedFile" hands out its path.
+    kAppEventFileDropped = 8,
 };
 
 enum InputDevice : uint32_t { kInputKeyboard = 0, kInputPointer = 1 };
@@ -60,6 +62,7 @@ enum SysEventKind : int64_t {
     kSysEventResized = 2,
     kSysEventClose = 3,
     kSysEventInput = 4,
+    kSysEventDrop = 5,  // a file dropped on the window (its path waits in the window state)
 };
 
 struct SysInput {

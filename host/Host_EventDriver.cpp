@@ -37,6 +37,12 @@ void AppEventEnqueue(HostDriver*, HostMethod*, void* argument) {
     ++host->pendingCount;
 }
 
+// The path of the oldest file dropped on the window (argument: std::string*);
+// the string is left as it was when none waits.
+void TakeDroppedFile(HostDriver*, HostMethod*, void* argument) {
+    HostWindow_TakeDrop(static_cast<std::string*>(argument));
+}
+
 void Destruct(HostDriver* driver, HostMethod*, void*) {
     if (driver->useCount != 1 || !g_timerRunning) return;
     HostBackend_Current()->TimerStop();
@@ -55,6 +61,7 @@ HostDriver* HostDrivers_RegisterEvent() {
     Host_DriverAddMethod(driver, "Event_SysEventGetNumPending", SysEventGetNumPending);
     Host_DriverAddMethod(driver, "Event_AppEventSetHandler", AppEventSetHandler);
     Host_DriverAddMethod(driver, "Event_AppEventEnqueue", AppEventEnqueue);
+    Host_DriverAddMethod(driver, "Event_TakeDroppedFile", TakeDroppedFile);
     Host_DriverAddMethod(driver, "DESTRUCT", Destruct);
     Host_DriverAddMethod(driver, "RESUME", Resume);
     // The tick timer is set up with the driver; RESUME restarts it if a

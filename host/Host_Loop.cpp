@@ -26,6 +26,7 @@ void PumpSystemEvents() {
     Host_Call("event", "Event_SysEventGetNumPending", &pending);
 
     bool resized = false, close = false;
+    uint32_t drops = 0;
     VideoResizeArgs lastSize;
     VideoBlitArgs* blit = nullptr;
     bool blitRequested = false;
@@ -44,6 +45,9 @@ void PumpSystemEvents() {
             case kSysEventClose:
                 close = true;
                 break;
+            case kSysEventDrop:
+                ++drops;
+                break;
             case kSysEventInput:
                 Host_Call("*", "Input_ProcessInputSysEvent", &event.input);
                 break;
@@ -53,6 +57,7 @@ void PumpSystemEvents() {
     }
     if (resized) Host_Call("video", "Video_Resize", &lastSize);
     if (blitRequested) Host_Call("video", "Video_Blit", blit);
+    for (; drops != 0; --drops) EnqueueKind(kAppEventFileDropped);
     if (close) EnqueueKind(kAppEventCloseRequested);
 }
 

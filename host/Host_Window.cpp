@@ -78,3 +78,17 @@ void HostWindow_TakePending(SysEvent* out) {
     *out = g_window.pending;
     g_window.pending = SysEvent{};
 }
+
+void HostWindow_OnDrop(const char* path) {
+    if (!path || !*path) return;
+    g_window.drops.emplace_back(path);
+    g_window.pending = SysEvent{};
+    g_window.pending.kind = kSysEventDrop;
+}
+
+bool HostWindow_TakeDrop(std::string* path) {
+    if (g_window.drops.empty()) return false;
+    *path = std::move(g_window.drops.front());
+    g_window.drops.pop_front();
+    return true;
+}

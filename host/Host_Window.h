@@ -3,6 +3,9 @@
 // same way on every platform. Backends call these from their message dispatch.
 #pragma once
 
+#include <deque>
+#include <string>
+
 #include "host/Host.h"
 
 #include <cstdint>
@@ -14,6 +17,7 @@ struct HostWindowState {
     uint32_t clientHeight = 480;
     uint32_t buttonState = 0;  // left button: 0 up, 1 down
     SysEvent pending;          // the one pending system event slot
+    std::deque<std::string> drops;  // dropped paths not yet taken, oldest first
 };
 
 HostWindowState& HostWindow_State();
@@ -32,6 +36,10 @@ void HostWindow_OnPointerMove(uint32_t x, uint32_t y);
 void HostWindow_OnTimer();
 // The window needs repainting: the framebuffer is blitted again.
 void HostWindow_OnPaint();
+// A file was dropped on the window.
+void HostWindow_OnDrop(const char* path);
+// The oldest dropped path not yet taken; false when none waits.
+bool HostWindow_TakeDrop(std::string* path);
 
 // Hands out the pending system event and clears the slot (Event_SysEventGetNext).
 void HostWindow_TakePending(SysEvent* out);

@@ -33,6 +33,12 @@ ImageBuffer* Tracking_ReadSlot(int a, int b, bool compose);
 // full record or an empty or missing file.
 uint32_t Tracking_ReadLink(int a, int b);
 
+// Preparing the store at start-up: removes the files (a, 0) to (a, 9) an
+// earlier run left, then creates (a, 0) empty; a folder that refuses it is
+// reported to the user (false).
+void Tracking_ClearSlots(int a);
+bool Tracking_CreateSlot(int a);
+
 // Makes slot (a, b) a link to slot (target, b): a 4-byte file holding
 // `target`. Target 0 cannot be named (0 marks a full record) and is refused.
 // Failures are shown to the user; returns false after showing one.

@@ -117,3 +117,24 @@ bool Tracking_WriteLink(int a, int b, uint32_t target) {
     }
     return true;
 }
+
+void Tracking_ClearSlots(int a) {
+    // A slot left by an earlier run holds another image's data: undoing into
+    // it would bring back a stranger's picture.
+    for (int b = 0; b < 10; ++b) {
+        std::error_code ec;
+        std::filesystem::remove(Tracking_SlotPath(a, b), ec);
+    }
+}
+
+bool Tracking_CreateSlot(int a) {
+    // An empty record: reads as no image, and proves the folder takes our files
+    // before the user has work to lose.
+    const std::string path = Tracking_SlotPath(a, 0);
+    TrackingFile file(std::fopen(path.c_str(), "wb"));
+    if (!file || std::fclose(file.release()) != 0) {
+        Tracking_ShowWriteRefused(path);
+        return false;
+    }
+    return true;
+}

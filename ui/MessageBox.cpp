@@ -275,3 +275,8 @@ std::vector<Widget*> MessageBox_Buttons(Widget* box) {
         for (const MessageBoxButton& b : record->buttons) out.push_back(b.widget);
     return out;
 }
+
+const char* MessageBox_Title(const Widget* box) {
+    const auto* record = Widget_Record<MessageBoxRecord>(box);
+    return record ? record->title.c_str() : nullptr;
+}

@@ -47,6 +47,8 @@ Widget* MessageBox_ShowLabels(Toolkit* toolkit, const char* title, const char* t
 
 // The box's button widgets, left to right (tests, keyboard handling).
 std::vector<Widget*> MessageBox_Buttons(Widget* box);
+// The box's title; null for a widget that is not a message box.
+const char* MessageBox_Title(const Widget* box);
 
 // Expands entity references in a text as markup does (the markup table, then
 // the built-in one, a value read again from where the reference began), then

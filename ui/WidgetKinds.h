@@ -129,6 +129,7 @@ struct ImageViewRecord : WidgetRecord {
     GeometryRecord geometry;
     const ImageBuffer* image = nullptr;  // owned by the caller
     const uint8_t* lut = nullptr;
+    bool lutPerChannel = false;  // lut holds three tables: red, green, blue
     int32_t zoom = 100;
     bool fit = true;
     int64_t centreX = 0;

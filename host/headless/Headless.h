@@ -8,6 +8,7 @@
 #pragma once
 
 #include "host/Host_Backend.h"
+#include "host/headless/Headless_Script.h"
 
 #include <cstdint>
 #include <optional>
@@ -21,6 +22,8 @@ void Headless_PostPointerMove(uint32_t x, uint32_t y);
 void Headless_PostResize(uint32_t width, uint32_t height);
 void Headless_PostClose();
 void Headless_PostPaint();
+// A file dropped on the window.
+void Headless_PostDrop(const char* path);
 // `count` timer messages waiting at once, as after a busy handler.
 void Headless_PostTimer(uint32_t count = 1);
 size_t Headless_PendingMessages();
@@ -56,10 +59,19 @@ std::vector<std::string> Headless_TakeDialogProposals();
 //   wait [N]            N idle passes of virtual time (default 1)
 //   screenshot FILE     writes the window's contents as PNG
 //   dialog PATH | dialog cancel
+//   drop PATH           a file dropped on the window
+//   idle                virtual time runs until no background task runs and nothing is queued
+// and the program's own lines, carried out by the handler it installs
+// (Headless_SetAppCommandHandler): press ID, answer TEXT | answer #N,
+// expect-box TITLE, set ID VALUE, drag ID X0 Y0 X1 Y1. A line that fails
+// ends the program with status 3, naming the line on standard error.
 // '#' starts a comment. When the script is used up the window is closed, as if
 // by the user; a program that still runs 10 virtual minutes later is ended.
 // Returns false, saying why on standard error, for an unreadable file or line.
 bool Headless_LoadScript(const char* path);
+
+// Installs the program's carrier of its own script lines.
+void Headless_SetAppCommandHandler(HeadlessAppCommandFn handler);
 
 // Client size of the window the next CreateMainWindow makes (default 800 x 480;
 // PELLUCIDA_HEADLESS_SIZE=WxH sets it too).

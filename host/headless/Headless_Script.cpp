@@ -1,6 +1,7 @@
 // Parsing and running the headless backend's input scripts.
 #include "host/headless/Headless_Script.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -45,6 +46,9 @@ bool ParseLine(const std::string& line, HeadlessCommand* command, std::string* e
         command->kind = verb == "tick" ? HeadlessCommand::kTick : HeadlessCommand::kWait;
         command->a = 1;
         if (numbers(1, 1) && command->a > 0) return true;
+    } else if (verb == "press" && args.size() == 1) {
+        // "press ID" presses a widget; "press X Y" the pointer button.
+        command->kind = HeadlessCommand::kApp;
     } else if (auto p = kPointer.find(verb); p != kPointer.end()) {
         command->kind = p->second;
         if (numbers(2, 0)) return true;
@@ -67,8 +71,16 @@ bool ParseLine(const std::string& line, HeadlessCommand* command, std::string* e
     } else if (verb == "paint" || verb == "close") {
         command->kind = verb == "paint" ? HeadlessCommand::kPaint : HeadlessCommand::kClose;
         if (args.empty()) return true;
-    } else if (verb == "screenshot" || verb == "dialog") {
-        command->kind = verb == "screenshot" ? HeadlessCommand::kScreenshot : HeadlessCommand::kDialog;
+    } else if (verb == "idle") {
+        command->kind = HeadlessCommand::kIdle;
+        if (args.empty()) return true;
+    } else if (std::find(std::begin(kHeadlessAppVerbs), std::end(kHeadlessAppVerbs), verb) !=
+               std::end(kHeadlessAppVerbs)) {
+        command->kind = HeadlessCommand::kApp;
+    } else if (verb == "screenshot" || verb == "dialog" || verb == "drop") {
+        command->kind = verb == "screenshot" ? HeadlessCommand::kScreenshot
+                        : verb == "dialog"   ? HeadlessCommand::kDialog
+                                             : HeadlessCommand::kDrop;
         // The rest of the line, so paths may hold spaces.
         size_t start = line.find(verb) + verb.size();
         std::string rest = line.substr(start);
@@ -77,6 +89,23 @@ bool ParseLine(const std::string& line, HeadlessCommand* command, std::string* e
         command->text = rest;
         command->cancel = verb == "dialog" && rest == "cancel";
         if (!rest.empty()) return true;
+    }
+    if (command->kind == HeadlessCommand::kApp) {
+        command->args = {verb};
+        if (verb == "answer" || verb == "expect-box") {
+            // Captions and titles hold spaces: the rest of the line is one word.
+            std::string rest = line.substr(line.find(verb) + verb.size());
+            rest.erase(0, rest.find_first_not_of(" \t"));
+            rest.erase(rest.find_last_not_of(" \t\r") + 1);
+            if (rest.empty()) {
+                *error = verb + " needs a text";
+                return false;
+            }
+            command->args.push_back(rest);
+        } else {
+            command->args.insert(command->args.end(), args.begin(), args.end());
+        }
+        return true;
     }
     *error = "cannot understand \"" + line + "\"";
     return false;
@@ -93,6 +122,7 @@ bool HeadlessScript_Parse(const std::string& text, HeadlessScript* script, std::
         if (size_t hash = line.find('#'); hash != std::string::npos) line.erase(hash);
         if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
         HeadlessCommand command{};
+        command.line = number;
         std::string why;
         if (!ParseLine(line, &command, &why)) {
             *error = "line " + std::to_string(number) + ": " + why;
@@ -124,6 +154,13 @@ bool HeadlessScript_Load(const char* path, HeadlessScript* script) {
 bool HeadlessScript_Step(HeadlessScript& script, const HeadlessScriptActions& actions,
                          const std::function<bool()>& posted) {
     while (true) {
+        if (script.idling) {
+            if (actions.busy && actions.busy()) {
+                actions.idle();
+                return true;
+            }
+            script.idling = false;
+        }
         if (script.waitLeft > 0) {
             --script.waitLeft;
             script.settled = true;
@@ -180,6 +217,24 @@ bool HeadlessScript_Step(HeadlessScript& script, const HeadlessScriptActions& ac
             case HeadlessCommand::kDialog:
                 actions.queueDialogAnswer(c.cancel ? std::nullopt : std::optional<std::string>(c.text));
                 break;
+            case HeadlessCommand::kDrop:
+                actions.postDrop(c.text);
+                break;
+            case HeadlessCommand::kIdle:
+                // At least one idle pass, so that what was posted last is handled.
+                script.idling = true;
+                script.settled = true;
+                actions.idle();
+                return true;
+            case HeadlessCommand::kApp: {
+                std::string why = "the program carries out no such line";
+                if (!actions.appCommand || !actions.appCommand(c.args, &why)) {
+                    std::fprintf(stderr, "headless script: line %d (%s): %s\n", c.line, c.args[0].c_str(),
+                                 why.c_str());
+                    std::exit(kHeadlessScriptFailedStatus);
+                }
+                break;
+            }
         }
         if (posted()) return true;
     }

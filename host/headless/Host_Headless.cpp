@@ -4,6 +4,7 @@
 // except the cursor shape, which is only recorded.
 #include "host/headless/Headless.h"
 
+#include "host/Host_Threads.h"
 #include "host/Host_Window.h"
 #include "host/headless/Headless_Script.h"
 
@@ -17,9 +18,10 @@
 namespace {
 
 struct Message {
-    enum Type { kChar, kButton, kMove, kSize, kClose, kTimer, kPaint } type;
+    enum Type { kChar, kButton, kMove, kSize, kClose, kTimer, kPaint, kDrop } type;
     uint32_t a = 0, b = 0;
     bool down = false;
+    std::string path;  // kDrop
 };
 
 constexpr uint64_t kTickMs = 100;
@@ -41,6 +43,7 @@ struct HeadlessState {
     HeadlessScript script;
     bool scriptEnded = false;
     uint64_t scriptEndMs = 0;
+    HeadlessAppCommandFn appCommand = nullptr;
 };
 
 HeadlessState& State() {
@@ -147,6 +150,9 @@ bool DispatchOneMessage() {
         case Message::kPaint:
             HostWindow_OnPaint();
             break;
+        case Message::kDrop:
+            HostWindow_OnDrop(m.path.c_str());
+            break;
         case Message::kTimer:
             // Timer messages already waiting collapse into this one.
             std::erase_if(s.queue, [](const Message& other) { return other.type == Message::kTimer; });
@@ -169,6 +175,12 @@ void RunScriptStep() {
     actions.idle = AdvanceIdle;
     actions.saveScreen = Headless_SaveScreen;
     actions.queueDialogAnswer = Headless_QueueDialogAnswer;
+    actions.postDrop = [](const std::string& path) { Headless_PostDrop(path.c_str()); };
+    actions.busy = [] {
+        const HostState* host = Host_GetState();
+        return !State().queue.empty() || (host && host->pendingCount != 0) || Host_IsBackgroundRunning() != 0;
+    };
+    actions.appCommand = s.appCommand;
     if (!HeadlessScript_Step(s.script, actions, [] { return !State().queue.empty(); })) {
         s.scriptEnded = true;
         s.scriptEndMs = s.timeMs;
@@ -313,4 +325,14 @@ void Headless_Reset() {
     s.initialWidth = w;
     s.initialHeight = h;
     s.timerRunning = timer;
+}
+
+void Headless_PostDrop(const char* path) {
+    Message m{Message::kDrop};
+    m.path = path;
+    Post(m);
+}
+
+void Headless_SetAppCommandHandler(HeadlessAppCommandFn handler) {
+    State().appCommand = handler;
 }

@@ -118,8 +118,10 @@ bool Sdl2_DispatchOneMessage() {
             HostWindow_OnPointerMove(x, y);
             break;
         case SDL_DROPFILE:
+            HostWindow_OnDrop(e.drop.file);
+            SDL_free(e.drop.file);  // ours to free; the window state kept a copy
+            break;
         case SDL_DROPTEXT:
-            // Dropped files are not opened yet; the name is ours to free either way.
             SDL_free(e.drop.file);
             break;
         default:

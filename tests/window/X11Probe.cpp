@@ -1,16 +1,12 @@
-// A small X11 client for the desktop-window test: finds the program's window
+// A small X11 client for the desktop-window tests: finds the program's window
 // by title, reads its pixels back, moves the pointer over it and asks it to
 // close the way a window manager does (WM_DELETE_WINDOW).
 //
 //   x11probe wait TITLE SECONDS        wait until the window is mapped
-//   x11probe picture TITLE             the window shows the test picture
-//   x11probe marker TITLE X Y          the pointer marker is drawn at (X, Y)
 //   x11probe move TITLE X Y            move the pointer to (X, Y) in the window
 //   x11probe close TITLE               send WM_DELETE_WINDOW
 //   x11probe size TITLE                print the window's size
 //   x11probe compare TITLE PNG TOL     the window matches the picture, each channel within TOL
-#include "app/TestPicture.h"
-
 #include <lodepng.h>
 
 #include <X11/Xatom.h>
@@ -53,44 +49,6 @@ uint32_t PixelAt(XImage* image, int x, int y) {
     uint32_t g = uint32_t((p & image->green_mask) >> __builtin_ctzl(image->green_mask));
     uint32_t b = uint32_t((p & image->blue_mask) >> __builtin_ctzl(image->blue_mask));
     return r << 16 | g << 8 | b;
-}
-
-int CheckPicture(Display* display, Window window) {
-    XWindowAttributes a;
-    XGetWindowAttributes(display, window, &a);
-    XImage* image = XGetImage(display, window, 0, 0, a.width, a.height, AllPlanes, ZPixmap);
-    if (!image) {
-        std::fprintf(stderr, "x11probe: cannot read the window back\n");
-        return 1;
-    }
-    long wrong = 0;
-    int firstX = -1, firstY = -1;
-    for (int y = 0; y < a.height; ++y) {
-        for (int x = 0; x < a.width; ++x) {
-            if (PixelAt(image, x, y) != TestPicture_Pixel(x, y, a.width, a.height)) {
-                if (wrong++ == 0) firstX = x, firstY = y;
-            }
-        }
-    }
-    // The marker, if the pointer is over the window, may cover a few pixels.
-    const long allowed = 13 * 13;
-    std::printf("window %dx%d: %ld pixels differ from the test picture", a.width, a.height, wrong);
-    if (wrong) {
-        std::printf(" (first at %d,%d: %06x, expected %06x)", firstX, firstY, PixelAt(image, firstX, firstY),
-                    TestPicture_Pixel(firstX, firstY, a.width, a.height));
-    }
-    std::printf("\n");
-    XDestroyImage(image);
-    return wrong <= allowed ? 0 : 1;
-}
-
-int CheckMarker(Display* display, Window window, int x, int y) {
-    XImage* image = XGetImage(display, window, x - 6, y, 1, 1, AllPlanes, ZPixmap);
-    if (!image) return 1;
-    uint32_t colour = PixelAt(image, 0, 0);
-    XDestroyImage(image);
-    std::printf("marker edge at %d,%d: %06x\n", x - 6, y, colour);
-    return colour == kTestPictureMarkerColour ? 0 : 1;
 }
 
 // The window against a picture of the same size (the headless rendering of
@@ -153,7 +111,7 @@ int Close(Display* display, Window window) {
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::fprintf(stderr, "usage: x11probe wait|picture|marker|move|close|size|compare TITLE [args]\n");
+        std::fprintf(stderr, "usage: x11probe wait|move|close|size|compare TITLE [args]\n");
         return 2;
     }
     Display* display = XOpenDisplay(nullptr);
@@ -187,11 +145,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     int rc = 2;
-    if (command == "picture") {
-        rc = CheckPicture(display, window);
-    } else if (command == "marker" && argc == 5) {
-        rc = CheckMarker(display, window, std::atoi(argv[3]), std::atoi(argv[4]));
-    } else if (command == "move" && argc == 5) {
+    if (command == "move" && argc == 5) {
         XWarpPointer(display, None, window, 0, 0, 0, 0, std::atoi(argv[3]), std::atoi(argv[4]));
         XFlush(display);
         rc = 0;

@@ -47,7 +47,7 @@ constexpr uint8_t kBayer[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, 
 
 // One image row through the table: the 8-bit screen values of every column,
 // worked out once however many screen rows show that image row.
-void ConvertRow(const ImageBuffer& image, int64_t iy, const uint8_t* lut, uint8_t* rgb) {
+void ConvertRow(const ImageBuffer& image, int64_t iy, const uint8_t* lut, bool perChannel, uint8_t* rgb) {
     const int shift = image.bitDepth - 16;
     const size_t row = static_cast<size_t>(iy) * static_cast<size_t>(image.stride);
     const bool colour = image.green && image.blue;
@@ -56,9 +56,10 @@ void ConvertRow(const ImageBuffer& image, int64_t iy, const uint8_t* lut, uint8_
     for (int c = 0; c < 3; ++c) {
         const int64_t* src = planes[c];
         uint8_t* out = rgb + size_t(c) * size_t(image.width);
+        const uint8_t* table = lut && perChannel ? lut + size_t(c) * kImageViewLutSize : lut;
         for (int32_t x = 0; x < image.width; ++x) {
             const int32_t v16 = ToScreenValue(src[x], shift);
-            out[x] = lut ? lut[v16] : static_cast<uint8_t>(v16 >> 8);
+            out[x] = table ? table[v16] : static_cast<uint8_t>(v16 >> 8);
         }
     }
 }
@@ -82,7 +83,7 @@ void DrawImage(const Surface& s, const DrawRect& rect, const ImageViewRecord& re
         const int64_t iy = ImageAt(record.centreY, visible.y + y - midY, record.zoom) >> 8;
         if (iy < 0 || iy >= image.height) continue;
         if (iy != converted) {
-            ConvertRow(image, iy, record.lut, rgb.data());
+            ConvertRow(image, iy, record.lut, record.lutPerChannel, rgb.data());
             converted = iy;
         }
         uint32_t* out = s.pixels + size_t(visible.y + y) * static_cast<size_t>(s.pixelsPerRow) + visible.x;
@@ -192,6 +193,7 @@ void ImageView_SetImage(Toolkit* toolkit, Widget* view, const ImageBuffer* image
     if (!record) return;
     record->image = image;
     record->lut = lut;
+    record->lutPerChannel = false;
     record->fit = true;
     record->dragging = false;
     Settle(toolkit, view, record);
@@ -259,4 +261,12 @@ bool ImageView_ImagePoint(const Toolkit* toolkit, Widget* view, int32_t x, int32
     *imageX = static_cast<int32_t>(ix);
     *imageY = static_cast<int32_t>(iy);
     return ix >= 0 && iy >= 0 && ix < record->image->width && iy < record->image->height;
+}
+
+void ImageView_SetTables(Toolkit* toolkit, Widget* view, const uint8_t* lut, bool perChannel) {
+    auto* record = Widget_Record<ImageViewRecord>(view);
+    if (!record) return;
+    record->lut = lut;
+    record->lutPerChannel = perChannel && lut;
+    Toolkit_Invalidate(toolkit, view);
 }

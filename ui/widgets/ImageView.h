@@ -16,6 +16,9 @@ int ImageView_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event)
 // Shows `image` (the caller keeps it alive) through `lut` (null for linear)
 // fitted to the view.
 void ImageView_SetImage(Toolkit* toolkit, Widget* view, const ImageBuffer* image, const uint8_t* lut);
+// Replaces the lookup table without touching zoom or position; with
+// `perChannel`, `lut` holds three tables of 65536 entries (red, green, blue).
+void ImageView_SetTables(Toolkit* toolkit, Widget* view, const uint8_t* lut, bool perChannel);
 // A fixed zoom in percent (clears fit) or fitting again.
 void ImageView_SetZoom(Toolkit* toolkit, Widget* view, int32_t zoom);
 void ImageView_Fit(Toolkit* toolkit, Widget* view);

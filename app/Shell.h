@@ -1,0 +1,140 @@
+// The application shell: the state the desktop program keeps from start to
+// end (the toolkit, the working image and its mask, the file name, what the
+// load decided about the data, the undo step) and the operations of the main
+// form. The host's handler has no user pointer, so the one shell of the
+// process is reached through Shell_Get; everything else takes it as a
+// parameter.
+#pragma once
+
+#include "formats/File_Load.h"
+#include "formats/File_LoadQuestions.h"
+#include "image/Image.h"
+#include "ui/Toolkit.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+struct AppEvent;
+
+// The splash stays up for more than twice this many ticks of 100 ms.
+inline constexpr uint32_t kSplashPeriodTicks = 8;
+
+// The state of an open in progress: the image read, what the load found, and
+// the answers given so far; the questions are asked one box at a time.
+struct ShellPendingLoad {
+    ImagePtr image;
+    LoadInfo info;
+    LoadAnswers answers;
+    std::string path;
+};
+
+// The undo step: the state before the last kept change, in the tracking
+// store, with what was recorded of it so a damaged slot is noticed.
+struct ShellUndo {
+    bool available = false;
+    bool redo = false;  // the last press undid: the next one redoes
+    int32_t width = 0;
+    int32_t height = 0;
+    bool hadMask = false;
+    bool mono = false;
+};
+
+struct Shell {
+    std::unique_ptr<Toolkit> ui;  // the UI root; null before start and after teardown
+    int quit = 0;                 // set once the close question was answered "Close"
+
+    // Forms loaded but not on screen hang here, outside the root.
+    Widget shelf;
+    uint32_t splashTicks = 0;
+    ImagePtr splashPicture;
+    std::vector<uint8_t> identityLut;
+
+    // The working data.
+    ImagePtr image;
+    ImagePtr mask;
+    std::string currentName;  // the file loaded or last saved; shown in the title
+    LoadOutcome outcome;      // linear, tracking on or off
+    bool artefacts = false;   // the load found a stacking-artefact border...
+    ArtefactBox artefactBox;  // ...and this is the box inside it (Crop starts from it)
+    ShellUndo undo;
+
+    // The main view's screen stretch for linear data (display only).
+    bool screenStretch = true;
+    std::vector<uint8_t> screenLuts;  // three tables of 65536 entries
+
+    std::unique_ptr<ShellPendingLoad> pendingLoad;
+    std::string pendingSave;  // the name waiting for the overwrite answer
+    std::string openOnStart;  // `pellucida IMAGE`: opened once the main form is up
+    bool mainFormUp = false;
+    std::string programDir;
+};
+
+// The one shell of the process, installed by the program's main routine.
+void Shell_Install(Shell* shell);
+Shell* Shell_Get();
+
+// The application handler (Event_AppEventSetHandler): application events
+// become toolkit events; returns the quit flag.
+int Shell_OnAppEvent(AppEvent* event);
+
+// Start-up on the start event: the toolkit, the splash and its tick handler.
+void Shell_StartUi(Shell* shell);
+// Once the splash has been up long enough: the forms, the buttons, the
+// tracking slots and the main form on screen.
+void Shell_StartMainForm(Shell* shell);
+// Frees the toolkit and everything drawn with it.
+void Shell_TearDownUi(Shell* shell);
+
+// Forms: a loaded form waits on the shelf until it is shown.
+Widget* Shell_LoadForm(Shell* shell, const char* entry);
+void Shell_ShowForm(Shell* shell, uint32_t formId);
+void Shell_HideForm(Shell* shell, uint32_t formId);
+Widget* Shell_Find(Shell* shell, uint32_t id);  // on screen or on the shelf
+
+// The main form's buttons: one handler for all, dispatching on the identifier.
+void Shell_BindMainButtons(Shell* shell);
+void Shell_OnMainButton(Shell* shell, uint32_t buttonId);
+// After the working image changed: the title, the buttons that need an image,
+// the view and its screen stretch.
+void Shell_RefreshMain(Shell* shell);
+// The zoom label of the form that holds `view`: "%d%%" or "%d%% (fit)".
+void Shell_RefreshZoomLabel(Shell* shell, Widget* view);
+std::string Shell_ZoomText(int32_t zoom, bool fit);
+std::string Shell_TitleText(const std::string& path, const ImageBuffer* image);
+
+// Open: the dialog (or a dropped or given path), the load, the questions.
+void Shell_Open(Shell* shell);
+void Shell_OpenPath(Shell* shell, const std::string& path);
+// Save: the dialog, the name check, the overwrite question, the write.
+void Shell_Save(Shell* shell);
+
+// Makes `result` (and `resultMask`, when the step changed the mask) the
+// working data and records the state before as the undo step, under the wait
+// cursor.
+void Shell_CommitResult(Shell* shell, ImagePtr result, ImagePtr resultMask);
+// "BtUn": swaps the working data with the undo step.
+void Shell_Undo(Shell* shell);
+// "BtMH", "BtMV": the mirrors, one undoable step each.
+void Shell_RunMainFormModule(Shell* shell, uint32_t buttonId);
+
+// The boxes of the main form.
+void Shell_ShowSupport(Shell* shell);
+void Shell_ShowAbout(Shell* shell);
+
+// The headless script's lines that the program carries out (press, answer,
+// expect-box, set, drag).
+bool Shell_ScriptCommand(const std::vector<std::string>& words, std::string* error);
+
+// The screen lookup tables for linear data, red, green and blue one after the
+// other: each channel's sky median and spread set its black point and a
+// midtone curve, so a linear stack shows its object on a neutral sky.
+void Shell_ComputeScreenStretch(const ImageBuffer* image, std::vector<uint8_t>* luts);
+
+inline constexpr const char* kMainFormEntry = "Pellucida_MainForm.xml";
+inline constexpr const char* kSplashEntry = "Pellucida_Splash2.xml";
+inline constexpr const char* kSplashPicture = "splash.png";
+inline constexpr const char* kSupportLinksEntry = "support_links.txt";
+inline constexpr const char* kNoImageTitle = "No Image";
+inline constexpr const char* kScreenStretchActive = "Screen stretch active";
