@@ -168,9 +168,14 @@ bool HeadlessScript_Step(HeadlessScript& script, const HeadlessScriptActions& ac
             return true;
         }
         if (script.next >= script.commands.size()) return false;
-        // A screenshot shows what the program made of all earlier input: one
-        // idle pass first lets it handle the events still queued.
-        if (script.commands[script.next].kind == HeadlessCommand::kScreenshot && !script.settled) {
+        // A screenshot shows what the program made of all earlier input, and a
+        // program's line, a dialog answer or a drop acts on the state that input
+        // left (an answer queued too early would go to a dialog opened by an
+        // earlier press): one idle pass first lets it handle what is queued.
+        const HeadlessCommand::Kind upcoming = script.commands[script.next].kind;
+        const bool needsSettled = upcoming == HeadlessCommand::kScreenshot || upcoming == HeadlessCommand::kApp ||
+                                  upcoming == HeadlessCommand::kDialog || upcoming == HeadlessCommand::kDrop;
+        if (needsSettled && !script.settled) {
             script.settled = true;
             actions.idle();
             return true;
