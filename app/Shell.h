@@ -104,6 +104,9 @@ void Shell_RefreshZoomLabel(Shell* shell, Widget* view);
 std::string Shell_ZoomText(int32_t zoom, bool fit);
 std::string Shell_TitleText(const std::string& path, const ImageBuffer* image);
 
+// Runs the "filedialog" driver's open or save dialog (`method`); false when
+// it was cancelled, else the chosen path.
+bool Shell_FileDialog(const char* method, std::string* chosen);
 // Open: the dialog (or a dropped or given path), the load, the questions.
 void Shell_Open(Shell* shell);
 void Shell_OpenPath(Shell* shell, const std::string& path);

@@ -71,15 +71,21 @@ void OnUnknownType(Toolkit*, uint32_t, void* user) {
 
 }  // namespace
 
-void Shell_Open(Shell* shell) {
-    Host_Call("filedialog", "FileDialog_FileOpen", nullptr);
-    uint8_t canceled = 1;
+bool Shell_FileDialog(const char* method, std::string* chosen) {
+    Host_Call("filedialog", method, nullptr);
+    uint8_t canceled = 1;  // stays 1 when no dialog driver answers
     Host_Call("filedialog", "FileDialog_FileGetDialogCanceled", &canceled);
-    if (canceled) return;
     const char* name = nullptr;
-    Host_Call("filedialog", "FileDialog_FileGetName", &name);
-    if (!name) return;
-    if (!File_IsOpenableName(name)) {
+    if (!canceled) Host_Call("filedialog", "FileDialog_FileGetName", &name);
+    if (!name) return false;
+    *chosen = name;
+    return true;
+}
+
+void Shell_Open(Shell* shell) {
+    std::string name;
+    if (!Shell_FileDialog("FileDialog_FileOpen", &name)) return;
+    if (!File_IsOpenableName(name.c_str())) {
         MessageBox_Show(shell->ui.get(), kUnknownFileTypeTitle, kUnknownFileTypeText, kMessageBoxWarning,
                         OnUnknownType, shell, 1, kOkButton);
         return;

@@ -58,14 +58,8 @@ void Shell_Save(Shell* shell) {
     if (!shell->image) return;
     const std::string proposed = File_DefaultSaveName(shell->currentName.empty() ? nullptr : shell->currentName.c_str());
     Host_Call("filedialog", "FileDialog_FileSetName", const_cast<char*>(proposed.c_str()));
-    Host_Call("filedialog", "FileDialog_FileSave", nullptr);
-    uint8_t canceled = 1;
-    Host_Call("filedialog", "FileDialog_FileGetDialogCanceled", &canceled);
-    if (canceled) return;
-    const char* chosen = nullptr;
-    Host_Call("filedialog", "FileDialog_FileGetName", &chosen);
-    if (!chosen) return;
-    const std::string name = chosen;
+    std::string name;
+    if (!Shell_FileDialog("FileDialog_FileSave", &name)) return;
     if (!File_IsSaveableName(name.c_str())) {
         MessageBox_Show(shell->ui.get(), kUnsupportedFileTypeTitle, kUnsupportedFileTypeText, kMessageBoxWarning,
                         OnUnsupportedType, shell, 1, kOkButton);
