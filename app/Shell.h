@@ -62,6 +62,8 @@ struct Shell {
 
     // The main view's screen stretch for linear data (display only).
     bool screenStretch = true;
+    int32_t shownWidth = 0;  // the size of the image the main view shows
+    int32_t shownHeight = 0;
     std::vector<uint8_t> screenLuts;  // three tables of 65536 entries
 
     std::unique_ptr<ShellPendingLoad> pendingLoad;

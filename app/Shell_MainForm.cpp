@@ -179,12 +179,16 @@ void Shell_RefreshMain(Shell* shell) {
     if (Widget* toggle = Widget_FindById(form, Id("BtST")))
         Button_SetEnabled(ui, toggle, image && shell->outcome.linear);
     if (Widget* view = Widget_FindById(form, Id("View"))) {
-        // An image of the same size (a mirror, an undo) keeps the zoom and place the user chose.
+        // An image of the same size (a mirror, an undo) keeps the zoom and place
+        // the user chose. The view's own pointer may already be freed: the size
+        // it showed is kept here.
         auto* record = Widget_Record<ImageViewRecord>(view);
-        const bool sameSize = record && record->image && image && record->image->width == image->width &&
-                              record->image->height == image->height;
+        const bool sameSize = record && image && image->width == shell->shownWidth &&
+                              image->height == shell->shownHeight;
         if (sameSize) record->image = image;
         else ImageView_SetImage(ui, view, image, nullptr);
+        shell->shownWidth = image ? image->width : 0;
+        shell->shownHeight = image ? image->height : 0;
         ImageView_SetTables(ui, view, stretch ? shell->screenLuts.data() : nullptr, stretch);
         Shell_RefreshZoomLabel(shell, view);
     }
