@@ -1,6 +1,7 @@
 // AutoDev: the derived parameters and RoI sizes, the monochrome test, the clamp
-// to max - 1, the segment and curve rules, the tone blend, determinism over
-// worker counts, and the stretch of a real linear stack.
+// to max - 1, the segment and curve rules, grey output for monochrome data, the
+// preview shading and the stretch of a real linear stack. The exact output on
+// synthetic skies, the tone blend included, is pinned in KernelDigest_test.
 #include "modules/autodev/AutoDev_Internal.h"
 #include "modules/autodev/AutoDev_Params.h"
 
@@ -11,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <vector>
 
 namespace {
@@ -28,18 +28,6 @@ std::vector<int64_t> Luminance(const ImageBuffer* image) {
         for (int32_t x = 0; x < image->width; ++x)
             l.push_back((Pixel(image, 0, x, y) + Pixel(image, 1, x, y) + Pixel(image, 2, x, y)) / 3);
     return l;
-}
-
-// A linear sky: faint background, noise, a few stars and a colour cast.
-ImagePtr SyntheticSky(int32_t w, int32_t h) {
-    return MakeImage(w, h, 30, [&](int32_t x, int32_t y, int c) {
-        const int64_t base = 20000000 + 3000000 * c;
-        const int64_t noise =
-            static_cast<int64_t>(TestHash(uint64_t(y) * 7919 + uint64_t(x) * 3 + uint64_t(c)) % 2000000);
-        const int64_t dx = x % 37 - 18, dy = y % 29 - 14;
-        const int64_t star = dx * dx + dy * dy < 6 ? 600000000 / (1 + dx * dx + dy * dy) : 0;
-        return std::min<int64_t>(base + noise + star, (int64_t{1} << 30) - 1);
-    });
 }
 
 }  // namespace
@@ -91,29 +79,30 @@ TEST(AutoDevMonochrome, ThresholdIsTwoToTheDepthMinusEight) {
     EXPECT_FALSE(AutoDev_IsMonochrome(eight.get()));
 }
 
-TEST(AutoDevRun, InputsAtMaxEndAtMaxMinusOne) {
-    // A flat 24-bit image at its maximum: no structure, so the curve is the
-    // identity, and with no tone blend the clamp to max - 1 shows directly.
-    ImagePtr flat = MakeImage(16, 12, 24, [](int32_t, int32_t, int) { return (1 << 24) - 1; });
+// A flat image has no structure, so the curve is the identity; with no tone
+// blend what is left shows directly: the clamp to max - 1 at the top, and the
+// way back from 24 bits with the new low bits set, as Image_SetBitDepth does.
+TEST(AutoDevRun, FlatImagesThroughTheIdentityCurve) {
+    struct Case {
+        int bitDepth;
+        int64_t value;
+        bool mono;
+        int64_t expected;
+    } cases[] = {
+        {24, (1 << 24) - 1, true, (1 << 24) - 2},
+        {24, (1 << 24) - 1, false, (1 << 24) - 2},
+        {30, int64_t{123456} << 6, true, (int64_t{123456} << 6) | 63},
+    };
     AutoDevParams p;
     p.tone = 0;
-    for (bool mono : {true, false}) {
-        ImagePtr out(AutoDev_Run(flat.get(), AutoDev_Settings(p, flat->width, flat->height, mono), nullptr));
+    for (const Case& c : cases) {
+        ImagePtr flat = MakeImage(16, 12, c.bitDepth, [&](int32_t, int32_t, int) { return c.value; });
+        ImagePtr out(AutoDev_Run(flat.get(), AutoDev_Settings(p, 16, 12, c.mono), nullptr));
         ASSERT_TRUE(out);
-        for (int c = 0; c < 3; ++c) EXPECT_EQ(Pixel(out.get(), c, 5, 5), (1 << 24) - 2);
+        for (int ch = 0; ch < 3; ++ch) EXPECT_EQ(Pixel(out.get(), ch, 5, 5), c.expected) << c.bitDepth;
+        EXPECT_EQ(out->bitDepth, c.bitDepth);
+        EXPECT_EQ(out->maxValue, (int64_t{1} << c.bitDepth) - 1);
     }
-}
-
-TEST(AutoDevRun, FlatImageKeepsItsValueThroughTheIdentityCurve) {
-    ImagePtr flat = MakeImage(20, 10, 30, [](int32_t, int32_t, int) { return int64_t{123456} << 6; });
-    AutoDevParams p;
-    p.tone = 0;
-    ImagePtr out(AutoDev_Run(flat.get(), AutoDev_Settings(p, flat->width, flat->height, true), nullptr));
-    ASSERT_TRUE(out);
-    // Back from 24 bits with the new low bits set, as Image_SetBitDepth does.
-    EXPECT_EQ(Pixel(out.get(), 0, 3, 3), (int64_t{123456} << 6) | 63);
-    EXPECT_EQ(out->bitDepth, 30);
-    EXPECT_EQ(out->maxValue, (int64_t{1} << 30) - 1);
 }
 
 TEST(AutoDevCurve, SegmentsCloseWhenTheCountExceedsNAndTheLastEndsAtTheTop) {
@@ -166,42 +155,10 @@ TEST(AutoDevCurve, SegmentClosedOnTheTopValueLeavesNoEmptySegmentAndNoWeightMean
     EXPECT_EQ(AutoDev_CurveValue(AutoDevSegment{7, 7, 1, 1234, 5678}, 7), 1234);
 }
 
-TEST(AutoDevCurve, ToneBlendEnds) {
-    const int64_t m = (int64_t{1} << 30) - 1;
-    // Full blend: black stays black, white stays (nearly) white, mid-grey is
-    // the sRGB-decoded value re-encoded with a pure 2.2 power, a little darker.
-    EXPECT_EQ(AutoDev_ToneBlend(0, m, 1.0), 0);
-    EXPECT_GE(AutoDev_ToneBlend(m, m, 1.0), m - 1);
-    const int64_t mid = AutoDev_ToneBlend(m / 2, m, 1.0);
-    EXPECT_LT(mid, m / 2);
-    EXPECT_GT(mid, m / 2 - m / 20);
-    // Half blend lies between.
-    const int64_t half = AutoDev_ToneBlend(m / 2, m, 0.5);
-    EXPECT_GT(half, mid);
-    EXPECT_LT(half, m / 2);
-}
-
-TEST(AutoDevRun, StretchesALinearSkyAndKeepsItsColour) {
-    ImagePtr sky = SyntheticSky(300, 200);
-    ASSERT_FALSE(AutoDev_IsMonochrome(sky.get()));
-    ImagePtr out(
-        AutoDev_Run(sky.get(), AutoDev_Settings(AutoDevParams{}, sky->width, sky->height, false), nullptr));
-    ASSERT_TRUE(out);
-    const int64_t before = Median(Luminance(sky.get())), after = Median(Luminance(out.get()));
-    EXPECT_LT(before, sky->maxValue / 20);
-    EXPECT_GT(after, sky->maxValue / 8);
-    // The colour of each pixel is the source's: blue above red in the background.
-    EXPECT_GT(Pixel(out.get(), 2, 3, 3), Pixel(out.get(), 0, 3, 3));
-    for (int32_t y = 0; y < out->height; ++y)
-        for (int32_t x = 0; x < out->width; ++x)
-            for (int c = 0; c < 3; ++c) {
-                ASSERT_GE(Pixel(out.get(), c, x, y), 0);
-                ASSERT_LE(Pixel(out.get(), c, x, y), out->maxValue);
-            }
-}
-
+// Data taken for monochrome may still differ a little between channels; the
+// result is the grey value in every channel all the same.
 TEST(AutoDevRun, MonochromeStaysGreyAndTheSourceIsNotTouched) {
-    ImagePtr sky = SyntheticSky(120, 90);
+    ImagePtr sky = TestSky(120, 90, 30);
     ImagePtr copy(Image_Clone(sky.get()));
     ImagePtr out(
         AutoDev_Run(sky.get(), AutoDev_Settings(AutoDevParams{}, sky->width, sky->height, true), nullptr));
@@ -212,21 +169,6 @@ TEST(AutoDevRun, MonochromeStaysGreyAndTheSourceIsNotTouched) {
             EXPECT_EQ(Pixel(out.get(), 0, x, y), Pixel(out.get(), 1, x, y));
             EXPECT_EQ(Pixel(out.get(), 0, x, y), Pixel(out.get(), 2, x, y));
         }
-}
-
-TEST(AutoDevRun, CancelledRunGivesNothingAndLeavesTheDestination) {
-    ImagePtr sky = SyntheticSky(64, 48);
-    std::atomic<bool> cancel{true};
-    KernelControl control;
-    control.cancel = &cancel;
-    EXPECT_EQ(
-        AutoDev_Run(sky.get(), AutoDev_Settings(AutoDevParams{}, sky->width, sky->height, false), &control),
-        nullptr);
-    ImagePtr copy(Image_Clone(sky.get()));
-    EXPECT_FALSE(AutoDev_RunInto(copy.get(), copy.get(),
-                                 AutoDev_Settings(AutoDevParams{}, copy->width, copy->height, false),
-                                 &control));
-    EXPECT_EQ(ImageDifference(sky.get(), copy.get()), "");
 }
 
 TEST(AutoDevPreview, OutsideTheRoiIsLightened) {
@@ -260,17 +202,10 @@ TEST(AutoDevRealData, StretchesTheM94StackWithItsColour) {
     EXPECT_GT(after, out->maxValue / 10);
     EXPECT_LT(after, out->maxValue * 7 / 10);
     // Brighter stays brighter on the whole: the curve is monotonic.
-    const std::vector<int64_t> sortedIdx = [&] {
-        std::vector<int64_t> v;
-        for (size_t i = 0; i < lin.size(); i += 997) v.push_back(int64_t(i));
-        return v;
-    }();
-    int64_t inversions = 0;
-    for (size_t k = 1; k < sortedIdx.size(); ++k) {
-        const size_t a = size_t(sortedIdx[k - 1]), b = size_t(sortedIdx[k]);
+    int64_t pairs = 0, inversions = 0;
+    for (size_t a = 0, b = 997; b < lin.size(); a = b, b += 997, ++pairs)
         if ((lin[a] < lin[b]) != (str[a] < str[b]) && lin[a] != lin[b] && str[a] != str[b]) ++inversions;
-    }
-    EXPECT_LT(inversions, int64_t(sortedIdx.size() / 20));
+    EXPECT_LT(inversions, pairs / 20);
     EXPECT_FALSE(AutoDev_IsMonochrome(out.get()));
     // Colour ratios of bright, unsaturated pixels are those of the source.
     int checked = 0;

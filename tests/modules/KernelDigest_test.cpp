@@ -13,35 +13,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <string>
 #include <vector>
 
 namespace {
-
-// A linear sky at `bitDepth`: a faint per-channel gradient, a nebula lobe,
-// stars of several sizes (a few clipped at the maximum) and noise in every
-// sample, so that the blur, the weight map and the segments all have work.
-ImagePtr DigestSky(int32_t w, int32_t h, int bitDepth) {
-    const double max = std::ldexp(1.0, bitDepth) - 1;
-    return MakeImage(w, h, bitDepth, [&](int32_t x, int32_t y, int c) {
-        double v = 0.02 + 0.004 * c + 0.01 * x / w + 0.006 * y / h;
-        const double nx = (x - 0.4 * w) / (0.25 * w), ny = (y - 0.55 * h) / (0.2 * h);
-        v += 0.03 * std::exp(-(nx * nx + ny * ny));
-        for (int s = 0; s < 23; ++s) {
-            const double sx = double(TestHash(uint64_t(s) * 2 + 1) % uint64_t(w));
-            const double sy = double(TestHash(uint64_t(s) * 2 + 2) % uint64_t(h));
-            const double sigma = 0.8 + 0.15 * (s % 7);
-            const double peak = s < 3 ? 4.0 : 0.9 / (1 + s);
-            const double d2 = (x - sx) * (x - sx) + (y - sy) * (y - sy);
-            v += peak * (1.0 - 0.1 * c * (s & 1)) * std::exp(-d2 / (2 * sigma * sigma));
-        }
-        const uint64_t noise = TestHash(uint64_t(y) * 100003 + uint64_t(x) * 7 + uint64_t(c));
-        v += (double(noise % 10000) / 10000.0 - 0.5) * 0.004;
-        return static_cast<int64_t>(std::clamp(v, 0.0, 1.0) * max);
-    });
-}
 
 std::string Digest(const ImageBuffer* image) {
     if (!image) return "none";
@@ -63,16 +38,25 @@ std::string AutoDevDigest(const ImageBuffer* sky, const AutoDevParams& params) {
 template <class Body>
 void ExpectDigest(const char* what, const std::string& expected, Body body) {
     for (int workers : {1, 2}) {
-        WorkerCountScope scope(workers);
+        EnvScope scope("PELLUCIDA_WORKERS", std::to_string(workers));
         EXPECT_EQ(body(), expected) << what << " with " << workers << " worker(s)";
     }
+}
+
+// Each channel through the shared Gaussian of half-width `r`.
+ImageBuffer* BlurChannels(const ImageBuffer* sky, double r, const KernelControl* control) {
+    ImageBuffer* out = Image_Clone(sky);
+    const int64_t* in[3] = {sky->red, sky->green, sky->blue};
+    int64_t* to[3] = {out->red, out->green, out->blue};
+    for (int c = 0; c < 3; ++c) GaussianBlur(in[c], to[c], sky->width, sky->height, sky->stride, r, control);
+    return out;
 }
 
 }  // namespace
 
 TEST(KernelDigest, AutoDev) {
-    const ImagePtr sky30 = DigestSky(211, 157, 30);
-    const ImagePtr sky16 = DigestSky(211, 157, 16);
+    const ImagePtr sky30 = TestSky(211, 157, 30);
+    const ImagePtr sky16 = TestSky(211, 157, 16);
     const ImagePtr grey =
         MakeImage(97, 61, 30, [&](int32_t x, int32_t y, int) { return Pixel(sky30.get(), 1, x, y); });
     ExpectDigest("defaults, 30 bits", "1f906aac06856a5d261be99dfe1d6b0d06ec4404fcfa9fef95b91e22c8a3a3a2",
@@ -109,52 +93,34 @@ TEST(KernelDigest, AutoDev) {
         });
 }
 
-TEST(KernelDigest, Bin) {
-    const ImagePtr sky = DigestSky(211, 157, 30);
-    for (const auto& [scale, expected] : std::vector<std::pair<double, std::string>>{
-             {0.5, "35ba04b17632579024e7c771e5f67678ab46d61b084a7acc0a28f7aea45d1629"},
-             {0.7071, "8329227ddde5054c0ef97e30ee4d9490d89dda8210a8077e98a1b3dad9665089"},
-             {0.3538, "bc69a90a4310cb1949361d0de1d47aa18dd53e6b894f1f8894250a54ba5ed308"},
-             {0.25, "4aaaf729af0f3ab0afe52bf9139dcc30192eceb9e822e319a2f12caac51bcc8f"},
-             {0.1, "40721678e8dd1ecddaf8f1a67fb5c54acb22767347a9f38ead0afa1b5dc027e6"}}) {
-        ExpectDigest(("scale " + std::to_string(scale)).c_str(), expected, [&] {
-            ImagePtr out(BinImage(sky.get(), scale, nullptr));
+TEST(KernelDigest, BinRotateAndGaussianBlur) {
+    const ImagePtr sky = TestSky(211, 157, 30);
+    const struct {
+        const char* kernel;
+        ImageBuffer* (*run)(const ImageBuffer*, double, const KernelControl*);
+        double value;
+        const char* digest;
+    } cases[] = {
+        {"bin", BinImage, 0.5, "35ba04b17632579024e7c771e5f67678ab46d61b084a7acc0a28f7aea45d1629"},
+        {"bin", BinImage, 0.7071, "8329227ddde5054c0ef97e30ee4d9490d89dda8210a8077e98a1b3dad9665089"},
+        {"bin", BinImage, 0.3538, "bc69a90a4310cb1949361d0de1d47aa18dd53e6b894f1f8894250a54ba5ed308"},
+        {"bin", BinImage, 0.25, "4aaaf729af0f3ab0afe52bf9139dcc30192eceb9e822e319a2f12caac51bcc8f"},
+        {"bin", BinImage, 0.1, "40721678e8dd1ecddaf8f1a67fb5c54acb22767347a9f38ead0afa1b5dc027e6"},
+        {"rotate", RotateImage, 10.0, "63f9bb1fd10a38fa087f61eac34a3e6fed6058b714c959c7cc37d5bc148c7309"},
+        {"rotate", RotateImage, 0.1, "b749aa6d0499a7bc0a2e69be2394da30ca8e1c4c3cbc6cd59a69c604d601b769"},
+        {"rotate", RotateImage, 90.0, "84bede0ea38986c95893ddffb1914a592ebd3fb8a06c670e69f13cfa6a1e4449"},
+        {"rotate", RotateImage, 233.7, "eab67b34108a362d6a60da5b953b5a597c880de77c77c935be6196fc1d841789"},
+        {"rotate", RotateImage, 270.0, "ffa13902fa1140ebe62851aa30d94ed3920d9cc5eed0a11ca1abd251d4b4299f"},
+        {"blur", BlurChannels, 2.0, "2e7a17961ea194e887bb96c8084e8258ae49f8c7d8ddb4dc62f83f38491210e4"},
+        {"blur", BlurChannels, 0.5, "ff30810ff2674587733258a4e461910ebae2dffc46d576cbc74f88d85d0b7718"},
+        {"blur", BlurChannels, 0.5145, "2c660336a70c3d0470eccb64a43c1182e6218c5fe15a49c4456a0c2dc2b2d650"},
+        {"blur", BlurChannels, 7.3, "f44fb3b654ace644a8b1ca14f9f255f174b3c3682e5116fad145bf24a4977202"},
+    };
+    for (const auto& c : cases)
+        ExpectDigest((std::string(c.kernel) + " " + std::to_string(c.value)).c_str(), c.digest, [&] {
+            ImagePtr out(c.run(sky.get(), c.value, nullptr));
             return Digest(out.get());
         });
-    }
-}
-
-TEST(KernelDigest, Rotate) {
-    const ImagePtr sky = DigestSky(211, 157, 30);
-    for (const auto& [degrees, expected] : std::vector<std::pair<double, std::string>>{
-             {10.0, "63f9bb1fd10a38fa087f61eac34a3e6fed6058b714c959c7cc37d5bc148c7309"},
-             {0.1, "b749aa6d0499a7bc0a2e69be2394da30ca8e1c4c3cbc6cd59a69c604d601b769"},
-             {90.0, "84bede0ea38986c95893ddffb1914a592ebd3fb8a06c670e69f13cfa6a1e4449"},
-             {233.7, "eab67b34108a362d6a60da5b953b5a597c880de77c77c935be6196fc1d841789"},
-             {270.0, "ffa13902fa1140ebe62851aa30d94ed3920d9cc5eed0a11ca1abd251d4b4299f"}}) {
-        ExpectDigest(("angle " + std::to_string(degrees)).c_str(), expected, [&] {
-            ImagePtr out(RotateImage(sky.get(), degrees, nullptr));
-            return Digest(out.get());
-        });
-    }
-}
-
-TEST(KernelDigest, GaussianBlur) {
-    const ImagePtr sky = DigestSky(211, 157, 30);
-    for (const auto& [r, expected] : std::vector<std::pair<double, std::string>>{
-             {2.0, "2e7a17961ea194e887bb96c8084e8258ae49f8c7d8ddb4dc62f83f38491210e4"},
-             {0.5, "ff30810ff2674587733258a4e461910ebae2dffc46d576cbc74f88d85d0b7718"},
-             {0.5145, "2c660336a70c3d0470eccb64a43c1182e6218c5fe15a49c4456a0c2dc2b2d650"},
-             {7.3, "f44fb3b654ace644a8b1ca14f9f255f174b3c3682e5116fad145bf24a4977202"}}) {
-        ExpectDigest(("r " + std::to_string(r)).c_str(), expected, [&] {
-            ImagePtr out(Image_Clone(sky.get()));
-            const int64_t* in[3] = {sky->red, sky->green, sky->blue};
-            int64_t* to[3] = {out->red, out->green, out->blue};
-            for (int c = 0; c < 3; ++c)
-                GaussianBlur(in[c], to[c], sky->width, sky->height, sky->stride, r, nullptr);
-            return Digest(out.get());
-        });
-    }
     // The 24-bit form AutoDev uses, with its single-precision intermediate.
     for (const auto& [r, expected] : std::vector<std::pair<double, std::string>>{
              {0.5, "fee4fdbae15ba974296e5963a95a1b3805631d246abeeae9bb4a182af73f989f"},

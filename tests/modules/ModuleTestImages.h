@@ -1,13 +1,15 @@
 // Small images for the module tests: made from a function of (x, y, channel),
-// compared plane by plane.
+// compared plane by plane, and a synthetic sky.
 #pragma once
 
 #include "image/Image.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 template <class F>
@@ -42,15 +44,6 @@ inline std::string ImageDifference(const ImageBuffer* a, const ImageBuffer* b) {
     return "";
 }
 
-// Sets PELLUCIDA_WORKERS for the life of the object.
-class WorkerCountScope {
-public:
-    explicit WorkerCountScope(int n) { setenv("PELLUCIDA_WORKERS", std::to_string(n).c_str(), 1); }
-    ~WorkerCountScope() { unsetenv("PELLUCIDA_WORKERS"); }
-    WorkerCountScope(const WorkerCountScope&) = delete;
-    WorkerCountScope& operator=(const WorkerCountScope&) = delete;
-};
-
 // Deterministic pseudo-random samples.
 inline uint64_t TestHash(uint64_t x) {
     x ^= x >> 33;
@@ -59,4 +52,27 @@ inline uint64_t TestHash(uint64_t x) {
     x *= 0xc4ceb9fe1a85ec53ULL;
     x ^= x >> 33;
     return x;
+}
+
+// A linear sky at `bitDepth`: a faint per-channel gradient, a nebula lobe,
+// stars of several sizes (a few clipped at the maximum) and noise in every
+// sample, so that the blur, the weight map and the segments all have work.
+inline ImagePtr TestSky(int32_t w, int32_t h, int bitDepth) {
+    const double max = std::ldexp(1.0, bitDepth) - 1;
+    return MakeImage(w, h, bitDepth, [&](int32_t x, int32_t y, int c) {
+        double v = 0.02 + 0.004 * c + 0.01 * x / w + 0.006 * y / h;
+        const double nx = (x - 0.4 * w) / (0.25 * w), ny = (y - 0.55 * h) / (0.2 * h);
+        v += 0.03 * std::exp(-(nx * nx + ny * ny));
+        for (int s = 0; s < 23; ++s) {
+            const double sx = double(TestHash(uint64_t(s) * 2 + 1) % uint64_t(w));
+            const double sy = double(TestHash(uint64_t(s) * 2 + 2) % uint64_t(h));
+            const double sigma = 0.8 + 0.15 * (s % 7);
+            const double peak = s < 3 ? 4.0 : 0.9 / (1 + s);
+            const double d2 = (x - sx) * (x - sx) + (y - sy) * (y - sy);
+            v += peak * (1.0 - 0.1 * c * (s & 1)) * std::exp(-d2 / (2 * sigma * sigma));
+        }
+        const uint64_t noise = TestHash(uint64_t(y) * 100003 + uint64_t(x) * 7 + uint64_t(c));
+        v += (double(noise % 10000) / 10000.0 - 0.5) * 0.004;
+        return static_cast<int64_t>(std::clamp(v, 0.0, 1.0) * max);
+    });
 }

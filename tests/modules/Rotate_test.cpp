@@ -1,5 +1,7 @@
-// Rotate: exact quarter turns and their index mapping, the copy at 0, the
-// bounding canvas, black corners and cancelling.
+// Rotate: exact quarter turns and their index mapping (the copy at 0 too), the
+// canvas a tenth of a degree grows, agreement with the plain walk for every
+// size and quadrant, the AVX-512 forms against the portable ones, and progress.
+// The exact output on a synthetic sky is pinned in KernelDigest_test.
 #include "modules/common/SampleBilinear.h"
 #include "modules/rotate/Rotate_Kernel.h"
 #include "modules/rotate/Rotate_Quarter.h"
@@ -9,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -73,15 +74,18 @@ ImagePtr PlainWalk(const ImageBuffer* src, double degrees) {
 
 TEST(RotateQuarter, EveryTurnMapsEverySampleOfALargerImage) {
     // Wide enough for whole 8 x 8 blocks, heads and tails, tall enough for
-    // more than one band and a band that ends part way through a block.
+    // more than one band and a band that ends part way through a block; no
+    // turn at all is a plain copy.
     ImagePtr image = Numbered(203, 141);
-    for (const int turns : {1, 2, 3}) {
+    for (const int turns : {0, 1, 2, 3}) {
         ImagePtr out(RotateImage(image.get(), 90.0 * turns, nullptr));
         ASSERT_TRUE(out);
+        ASSERT_EQ(out->width, turns % 2 ? 141 : 203);
+        ASSERT_EQ(out->height, turns % 2 ? 203 : 141);
         for (int32_t y = 0; y < out->height; ++y)
             for (int32_t x = 0; x < out->width; ++x) {
-                const int32_t sx = turns == 1 ? y : turns == 2 ? 203 - 1 - x : 203 - 1 - y;
-                const int32_t sy = turns == 1 ? 141 - 1 - x : turns == 2 ? 141 - 1 - y : x;
+                const int32_t sx = turns == 0 ? x : turns == 1 ? y : turns == 2 ? 203 - 1 - x : 203 - 1 - y;
+                const int32_t sy = turns == 0 ? y : turns == 1 ? 141 - 1 - x : turns == 2 ? 141 - 1 - y : x;
                 for (int c = 0; c < 3; ++c)
                     ASSERT_EQ(Pixel(out.get(), c, x, y), Pixel(image.get(), c, sx, sy))
                         << turns << " turns, output (" << x << ", " << y << ")";
@@ -105,13 +109,6 @@ TEST(RotateQuarter, PortableAndAvx512FormsGiveTheSamePlane) {
     }
 }
 
-TEST(RotateGeneral, ZeroIsACopy) {
-    ImagePtr image = Numbered(9, 6);
-    ImagePtr out(RotateImage(image.get(), 0.0, nullptr));
-    ASSERT_TRUE(out);
-    EXPECT_EQ(ImageDifference(out.get(), image.get()), "");
-}
-
 TEST(RotateGeneral, TenthOfADegreeGrowsTheCanvasByOnePixel) {
     int32_t w, h;
     Rotate_OutputSize(1000, 1000, 0.1, &w, &h);
@@ -126,23 +123,6 @@ TEST(RotateGeneral, TenthOfADegreeGrowsTheCanvasByOnePixel) {
     EXPECT_EQ(Pixel(out.get(), 2, 1000, 1000), 0);
     EXPECT_EQ(Pixel(out.get(), 1, 500, 500), 5000);
     EXPECT_EQ(out->bitDepth, 30);
-}
-
-TEST(RotateGeneral, BoundingCanvasAndConstantInside) {
-    int32_t w, h;
-    Rotate_OutputSize(600, 400, 10.0, &w, &h);
-    // trunc(W |c| + H |s|) by trunc(H |c| + W |s|)
-    EXPECT_EQ(w, 660);
-    EXPECT_EQ(h, 498);
-    ImagePtr image = MakeImage(60, 40, 16, [](int32_t, int32_t, int c) { return 30000 + c; });
-    ImagePtr out(RotateImage(image.get(), 33.3, nullptr));
-    ASSERT_TRUE(out);
-    EXPECT_EQ(Pixel(out.get(), 2, out->width / 2, out->height / 2), 30002);
-    for (int32_t y = 0; y < out->height; ++y)
-        for (int32_t x = 0; x < out->width; ++x) {
-            const int64_t v = Pixel(out.get(), 0, x, y);
-            ASSERT_TRUE(v == 0 || (v >= 0 && v <= 30000)) << v;
-        }
 }
 
 TEST(RotateGeneral, EqualsThePlainWalkForEverySizeAndQuadrant) {
@@ -199,21 +179,13 @@ TEST(RotateSpan, Avx512FormGivesThePortableFormsBits) {
     }
 }
 
-TEST(RotateGeneral, ProgressAndCancel) {
+TEST(RotateGeneral, ProgressEndsAtOneHundred) {
     ImagePtr image = Numbered(40, 30);
-    struct Seen {
-        int last = -1;
-    } seen;
+    int last = -1;
     KernelControl control;
-    control.context = &seen;
-    control.progress = [](void* context, const char*, int percent) {
-        static_cast<Seen*>(context)->last = percent;
-    };
+    control.context = &last;
+    control.progress = [](void* context, const char*, int percent) { *static_cast<int*>(context) = percent; };
     ImagePtr out(RotateImage(image.get(), 12.5, &control));
     ASSERT_TRUE(out);
-    EXPECT_EQ(seen.last, 100);
-    std::atomic<bool> cancel{true};
-    control.cancel = &cancel;
-    EXPECT_EQ(RotateImage(image.get(), 12.5, &control), nullptr);
-    EXPECT_EQ(RotateImage(image.get(), 90.0, &control), nullptr);
+    EXPECT_EQ(last, 100);
 }

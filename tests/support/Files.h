@@ -43,6 +43,18 @@ inline void UnsetEnv(const char* name) {
 #endif
 }
 
+// Sets an environment variable for the life of the object.
+class EnvScope {
+public:
+    EnvScope(const char* name, const std::string& value) : m_name(name) { SetEnv(name, value); }
+    ~EnvScope() { UnsetEnv(m_name); }
+    EnvScope(const EnvScope&) = delete;
+    EnvScope& operator=(const EnvScope&) = delete;
+
+private:
+    const char* m_name;
+};
+
 // An empty folder of the running test's own, removed with everything in it at
 // the end: test programs run in parallel under ctest, so the name carries the
 // test and the process.
