@@ -136,36 +136,6 @@ TEST_F(HostTest, ResizeRebuildsTheFramebufferAndIgnoresMinimisingAndUnchangedSiz
     EXPECT_EQ(VideoValue("Video_GetPixelsPerRow"), 804u);  // rows rounded up to a multiple of 4
 }
 
-TEST_F(HostTest, CloseRequestBecomesAnApplicationEvent) {
-    Ready();
-    Headless_PostClose();
-    answer = [](const AppEvent& e) { return e.kind == kAppEventCloseRequested ? 1 : 0; };
-    int stop = 0;
-    for (int i = 0; i < 5 && !stop; ++i) stop = Host_LoopPass();
-    EXPECT_NE(stop, 0);
-    EXPECT_EQ(EventsOfKind(kAppEventCloseRequested).size(), 1u);
-}
-
-TEST_F(HostTest, BlitCopiesTheFramebufferToTheWindow) {
-    Settle();
-    uint32_t* pixels = nullptr;
-    Host_Call("video", "Video_GetFramebuffer", &pixels);
-    ASSERT_NE(pixels, nullptr);
-    pixels[0] = 0x123456;
-    pixels[VideoValue("Video_GetPixelsPerRow") * 479 + 799] = 0xABCDEF;
-    const uint32_t before = Headless_GetBlitCount();
-    VideoBlitArgs other;
-    other.driver = Host_FindDriver("event");
-    Host_Call("video", "Video_Blit", &other);  // names another driver: ignored
-    EXPECT_EQ(Headless_GetBlitCount(), before);
-    Headless_PostPaint();  // the window asks to be repainted
-    Settle();
-    EXPECT_EQ(Headless_GetBlitCount(), before + 1);
-    ASSERT_EQ(Headless_GetScreen().size(), 800u * 480u);
-    EXPECT_EQ(Headless_GetScreen()[0], 0x123456u);
-    EXPECT_EQ(Headless_GetScreen()[479 * 800 + 799], 0xABCDEFu);
-}
-
 TEST_F(HostTest, TheWaitCursorLastsAsLongAsItsScope) {
     {
         CursorWaitScope wait;

@@ -2,11 +2,10 @@
 // on them.
 #include "HostFixture.h"
 #include "host/headless/Headless_Script.h"
+#include "support/Files.h"
 
 #include <lodepng.h>
 
-#include <cstdio>
-#include <filesystem>
 #include <fstream>
 
 namespace {
@@ -42,23 +41,34 @@ TEST(HeadlessScript, RefusesWhatItDoesNotUnderstand) {
     }
 }
 
-class HeadlessRun : public HostTest {};
+class HeadlessRun : public HostTest {
+protected:
+    TempDir dir;
+};
 
-TEST_F(HeadlessRun, ScreenDumpIsThePresentedFramebuffer) {
+// A paint request presents the framebuffer, as does a blit naming no driver;
+// one naming another driver is ignored. The screen dump is what was presented.
+TEST_F(HeadlessRun, PaintPresentsTheFramebufferAndTheScreenDumpIsWhatWasPresented) {
     Settle();
     uint32_t* pixels = nullptr;
     Host_Call("video", "Video_GetFramebuffer", &pixels);
+    ASSERT_NE(pixels, nullptr);
     const uint32_t ppr = VideoValue("Video_GetPixelsPerRow");
     for (uint32_t y = 0; y < 480; ++y)
         for (uint32_t x = 0; x < 800; ++x) pixels[y * ppr + x] = (x & 0xFF) << 16 | (y & 0xFF) << 8 | 0x5A;
-    Host_Call("video", "Video_Blit", nullptr);
+    const uint32_t before = Headless_GetBlitCount();
+    VideoBlitArgs other;
+    other.driver = Host_FindDriver("event");
+    Host_Call("video", "Video_Blit", &other);
+    EXPECT_EQ(Headless_GetBlitCount(), before);
+    Headless_PostPaint();
+    Settle();
+    EXPECT_EQ(Headless_GetBlitCount(), before + 1);
 
-    auto path = std::filesystem::temp_directory_path() / "pellucida_headless_dump.png";
-    ASSERT_TRUE(Headless_SaveScreen(path.c_str()));
+    ASSERT_TRUE(Headless_SaveScreen(dir.File("dump.png").c_str()));
     std::vector<unsigned char> rgb;
     unsigned w = 0, h = 0;
-    ASSERT_EQ(lodepng::decode(rgb, w, h, path.string(), LCT_RGB, 8), 0u);
-    std::filesystem::remove(path);
+    ASSERT_EQ(lodepng::decode(rgb, w, h, dir.File("dump.png"), LCT_RGB, 8), 0u);
     ASSERT_EQ(w, 800u);
     ASSERT_EQ(h, 480u);
     for (uint32_t y : {0u, 123u, 479u}) {
@@ -69,15 +79,15 @@ TEST_F(HeadlessRun, ScreenDumpIsThePresentedFramebuffer) {
             EXPECT_EQ(p[2], 0x5A);
         }
     }
+    Host_Call("video", "Video_Blit", nullptr);
+    EXPECT_EQ(Headless_GetBlitCount(), before + 2);
 }
 
 TEST_F(HeadlessRun, AScriptDrivesTheLoopAndClosesAtItsEnd) {
     Settle();
     events.clear();
-    auto path = std::filesystem::temp_directory_path() / "pellucida_script.txt";
-    std::ofstream(path) << "char x\nwait 3\nclick 40 50\n";
-    ASSERT_TRUE(Headless_LoadScript(path.c_str()));
-    std::filesystem::remove(path);
+    std::ofstream(dir.File("script.txt")) << "char x\nwait 3\nclick 40 50\n";
+    ASSERT_TRUE(Headless_LoadScript(dir.File("script.txt").c_str()));
     answer = [](const AppEvent& e) { return e.kind == kAppEventCloseRequested ? 1 : 0; };
     int passes = 0;
     while (Host_LoopPass() == 0 && passes < 100) ++passes;

@@ -3,22 +3,16 @@
 #include "host/Host_Backend.h"
 #include "host/Host_Threads.h"
 #include "host/headless/Headless.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <thread>
 #include <vector>
 
 namespace {
-
-class WorkerCount {
-public:
-    explicit WorkerCount(const char* n) { setenv("PELLUCIDA_WORKERS", n, 1); }
-    ~WorkerCount() { unsetenv("PELLUCIDA_WORKERS"); }
-};
 
 struct ColumnParams {
     uint32_t workerIndex = 0;
@@ -43,12 +37,11 @@ void PaintColumns(ColumnParams* p) {
 // row; a progress answer stops each worker at its next row.
 TEST(Workers, EachWorkerTakesInterleavedColumnsOfEveryRowUntilStopped) {
     struct Case {
-        const char* workers;
+        int workers;
         uint32_t width, height, stopAtRow;
     };
-    for (const Case& c : {Case{"3", 10, 4, UINT32_MAX}, Case{"1", 7, 3, UINT32_MAX}, Case{"2", 6, 8, 5}}) {
-        WorkerCount count(c.workers);
-        const int n = std::atoi(c.workers);
+    for (const Case& c : {Case{3, 10, 4, UINT32_MAX}, Case{1, 7, 3, UINT32_MAX}, Case{2, 6, 8, 5}}) {
+        EnvScope count("PELLUCIDA_WORKERS", std::to_string(c.workers));
         std::vector<int> owner(c.width * c.height, -1);
         std::atomic<int> calls{0};
         ColumnParams p;
@@ -58,13 +51,13 @@ TEST(Workers, EachWorkerTakesInterleavedColumnsOfEveryRowUntilStopped) {
         p.calls = &calls;
         p.stopAtRow = c.stopAtRow;
         Host_RunWorkers(p, PaintColumns);
-        EXPECT_EQ(calls.load(), n);
+        EXPECT_EQ(calls.load(), c.workers);
         EXPECT_EQ(Host_GetWorkerCount(), 0u);
         for (uint32_t y = 0; y < c.height; ++y)
             for (uint32_t x = 0; x < c.width; ++x)
-                ASSERT_EQ(owner[y * c.width + x], y < c.stopAtRow ? int(x % n) : -1) << x << "," << y;
+                ASSERT_EQ(owner[y * c.width + x], y < c.stopAtRow ? int(x) % c.workers : -1) << x << "," << y;
     }
-    WorkerCount none("0");  // a nonsense override still leaves one processor
+    EnvScope none("PELLUCIDA_WORKERS", "0");  // a nonsense override still leaves one processor
     EXPECT_GE(Host_GetProcessorCount(), 1u);
 }
 
