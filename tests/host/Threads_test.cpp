@@ -44,12 +44,8 @@ TEST(Workers, EachWorkerTakesInterleavedColumnsOfEveryRowUntilStopped) {
         EnvScope count("PELLUCIDA_WORKERS", std::to_string(c.workers));
         std::vector<int> owner(c.width * c.height, -1);
         std::atomic<int> calls{0};
-        ColumnParams p;
-        p.width = c.width;
-        p.height = c.height;
-        p.owner = &owner;
-        p.calls = &calls;
-        p.stopAtRow = c.stopAtRow;
+        ColumnParams p{
+            .width = c.width, .height = c.height, .owner = &owner, .calls = &calls, .stopAtRow = c.stopAtRow};
         Host_RunWorkers(p, PaintColumns);
         EXPECT_EQ(calls.load(), c.workers);
         EXPECT_EQ(Host_GetWorkerCount(), 0u);

@@ -46,11 +46,7 @@ TEST(AutoDevSettings, FromThePositions) {
         {0, 0, 5000, 79, 0, 0, 99, 79, 0.15 * (99.0 * 79.0 / 8000.0)},  // clamped by the setters
     };
     for (const Case& c : cases) {
-        AutoDevParams p;
-        p.roiX0 = c.x0;
-        p.roiY0 = c.y0;
-        p.roiX1 = c.x1;
-        p.roiY1 = c.y1;
+        const AutoDevParams p{.roiX0 = c.x0, .roiY0 = c.y0, .roiX1 = c.x1, .roiY1 = c.y1};
         const AutoDevSettings s = AutoDev_Settings(p, 100, 80, false);
         EXPECT_EQ(s.roiX, c.roiX);
         EXPECT_EQ(s.roiY, c.roiY);
@@ -93,8 +89,7 @@ TEST(AutoDevRun, FlatImagesThroughTheIdentityCurve) {
         {24, (1 << 24) - 1, false, (1 << 24) - 2},
         {30, int64_t{123456} << 6, true, (int64_t{123456} << 6) | 63},
     };
-    AutoDevParams p;
-    p.tone = 0;
+    const AutoDevParams p{.tone = 0};
     for (const Case& c : cases) {
         ImagePtr flat = MakeImage(16, 12, c.bitDepth, [&](int32_t, int32_t, int) { return c.value; });
         ImagePtr out(AutoDev_Run(flat.get(), AutoDev_Settings(p, 16, 12, c.mono), nullptr));
@@ -173,11 +168,7 @@ TEST(AutoDevRun, MonochromeStaysGreyAndTheSourceIsNotTouched) {
 
 TEST(AutoDevPreview, OutsideTheRoiIsLightened) {
     ImagePtr image = MakeImage(10, 10, 30, [](int32_t, int32_t, int) { return 1000; });
-    AutoDevParams p;
-    p.roiX0 = 2;
-    p.roiY0 = 2;
-    p.roiX1 = 6;
-    p.roiY1 = 6;
+    const AutoDevParams p{.roiX0 = 2, .roiY0 = 2, .roiX1 = 6, .roiY1 = 6};
     AutoDev_ShadeOutsideRoi(image.get(), AutoDev_Settings(p, 10, 10, false));
     EXPECT_EQ(Pixel(image.get(), 0, 3, 3), 1000);
     EXPECT_EQ(Pixel(image.get(), 0, 6, 3), (3000 + image->maxValue) / 4);  // x = x0 + width is outside

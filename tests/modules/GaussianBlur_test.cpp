@@ -150,7 +150,6 @@ TEST(GaussianBlurPlane, HonoursStrideAndStops) {
         for (int32_t x = w; x < stride; ++x) EXPECT_EQ(out[size_t(y * stride + x)], -7);
     }
     std::atomic<bool> cancel{true};
-    KernelControl control;
-    control.cancel = &cancel;
+    const KernelControl control{.cancel = &cancel};
     EXPECT_FALSE(GaussianBlur(in.data(), out.data(), w, h, stride, 1.5, &control));
 }

@@ -65,21 +65,18 @@ TEST(KernelDigest, AutoDev) {
                  [&] { return AutoDevDigest(sky16.get(), AutoDevParams{}); });
     ExpectDigest("defaults, grey", "189a8cbf01ab2498b94c1779cfeacacc4ec672c67fb4d53e34a1cb444606794a",
                  [&] { return AutoDevDigest(grey.get(), AutoDevParams{}); });
-    AutoDevParams tuned;
-    tuned.blur = 37;
-    tuned.curve = 230;
-    tuned.tone = 0;
-    tuned.outside = 40;
-    tuned.roiX0 = 150;
-    tuned.roiY0 = 20;
-    tuned.roiX1 = 40;
-    tuned.roiY1 = 120;
+    const AutoDevParams tuned{.blur = 37,
+                              .outside = 40,
+                              .roiX0 = 150,
+                              .roiY0 = 20,
+                              .roiX1 = 40,
+                              .roiY1 = 120,
+                              .curve = 230,
+                              .tone = 0};
     ExpectDigest("blur, curve, no tone, RoI",
                  "8ec3edf5869455117cc2b49828ac2417d3020241f5d077109cbbd45be4285ca8",
                  [&] { return AutoDevDigest(sky30.get(), tuned); });
-    AutoDevParams soft;
-    soft.curve = 45;
-    soft.tone = 100;
+    const AutoDevParams soft{.curve = 45, .tone = 100};
     ExpectDigest("curve below 1, full tone",
                  "f49235b4bc16dd189a09b4eba22fb1a2a026e7b678d4c0ab8d0f8863a9ee1153",
                  [&] { return AutoDevDigest(sky30.get(), soft); });

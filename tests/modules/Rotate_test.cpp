@@ -182,9 +182,9 @@ TEST(RotateSpan, Avx512FormGivesThePortableFormsBits) {
 TEST(RotateGeneral, ProgressEndsAtOneHundred) {
     ImagePtr image = Numbered(40, 30);
     int last = -1;
-    KernelControl control;
-    control.context = &last;
-    control.progress = [](void* context, const char*, int percent) { *static_cast<int*>(context) = percent; };
+    const KernelControl control{
+        .progress = [](void* context, const char*, int percent) { *static_cast<int*>(context) = percent; },
+        .context = &last};
     ImagePtr out(RotateImage(image.get(), 12.5, &control));
     ASSERT_TRUE(out);
     EXPECT_EQ(last, 100);
