@@ -65,6 +65,7 @@ struct Shell {
     int32_t shownWidth = 0;  // the size of the image the main view shows
     int32_t shownHeight = 0;
     std::vector<uint8_t> screenLuts;  // three tables of 65536 entries
+    bool stretchStale = true;         // the working image changed since the tables were made
 
     std::unique_ptr<ShellPendingLoad> pendingLoad;
     std::string pendingSave;  // the name waiting for the overwrite answer
@@ -98,6 +99,8 @@ Widget* Shell_Find(Shell* shell, uint32_t id);  // on screen or on the shelf
 // The main form's buttons: one handler for all, dispatching on the identifier.
 void Shell_BindMainButtons(Shell* shell);
 void Shell_OnMainButton(Shell* shell, uint32_t buttonId);
+// Replaces the working image (the screen stretch is made again for it).
+void Shell_SetImage(Shell* shell, ImagePtr image);
 // After the working image changed: the title, the buttons that need an image,
 // the view and its screen stretch.
 void Shell_RefreshMain(Shell* shell);

@@ -39,8 +39,10 @@ int Shell_OnAppEvent(AppEvent* event) {
             Shell_StartUi(shell);
             break;
         case kAppEventCloseRequested:
-            if (!shell->quit && shell->ui) AskClose(shell);
-            else shell->quit = 1;  // no UI to ask with, or already confirmed
+            if (!shell->quit && shell->ui)
+                AskClose(shell);
+            else
+                shell->quit = 1;  // no UI to ask with, or already confirmed
             break;
         case kAppEventFileDropped: {
             std::string path;
@@ -55,8 +57,10 @@ int Shell_OnAppEvent(AppEvent* event) {
     }
     if (shell->ui) {
         // The toolkit takes a close request for a stop; here it only draws the question.
-        if (event->kind == kAppEventCloseRequested) Toolkit_Dispatch(shell->ui.get());
-        else Toolkit_OnAppEvent(shell->ui.get(), event);
+        if (event->kind == kAppEventCloseRequested)
+            Toolkit_Dispatch(shell->ui.get());
+        else
+            Toolkit_OnAppEvent(shell->ui.get(), event);
     }
     if (shell->quit) {
         Shell_TearDownUi(shell);

@@ -54,6 +54,6 @@ void Shell_ShowAbout(Shell* shell) {
         "Free software under the GNU General Public License, version 3 or later.\n"
         "It ships LodePNG (zlib licence), LZ4 (BSD 2-clause), stb (MIT), SDL2 (zlib licence) and the "
         "DejaVu Sans font (Bitstream Vera licence); their texts are in THIRD_PARTY_NOTICES.md.";
-    MessageBox_Show(shell->ui.get(), "About Pellucida", text.c_str(), kMessageBoxInformation, nullptr, nullptr, 1,
-                    "OK");
+    MessageBox_Show(shell->ui.get(), "About Pellucida", text.c_str(), kMessageBoxInformation, nullptr,
+                    nullptr, 1, "OK");
 }

@@ -26,9 +26,46 @@ constexpr uint32_t Id(const char* text) {
 // Every button of the main form the handler serves, in the order they are
 // bound. A button the form does not contain is skipped.
 constexpr const char* kMainButtons[] = {
-    "BtOp", "BtLR", "BtGn", "BSLe", "BtSv", "BtSW", "BtBa", "BtSB", "BSBo", "BSCr", "BtBS", "BtSy", "BtRn", "BSBi",
-    "BStr", "BtSC", "BtSU", "BtAD", "BtUn", "BtSh", "BtFF", "BtCo", "BtZ-", "BtZ+", "BtMs", "BtLy", "BShr", "BtHe",
-    "BtDe", "BtRt", "BtMH", "BtMV", "BtSP", "BtAb", "BtWv", "BtDv", "BtSS", "Bt3D", "BCon", "BTrU",
+    "BtOp",
+    "BtLR",
+    "BtGn",
+    "BSLe",
+    "BtSv",
+    "BtSW",
+    "BtBa",
+    "BtSB",
+    "BSBo",
+    "BSCr",
+    "BtBS",
+    "BtSy",
+    "BtRn",
+    "BSBi",
+    "BStr",
+    "BtSC",
+    "BtSU",
+    "BtAD",
+    "BtUn",
+    "BtSh",
+    "BtFF",
+    "BtCo",
+    "BtZ-",
+    "BtZ+",
+    "BtMs",
+    "BtLy",
+    "BShr",
+    "BtHe",
+    "BtDe",
+    "BtRt",
+    "BtMH",
+    "BtMV",
+    "BtSP",
+    "BtAb",
+    "BtWv",
+    "BtDv",
+    "BtSS",
+    "Bt3D",
+    "BCon",
+    "BTrU",
     // Ours: the screen stretch toggle.
     "BtST",
 };
@@ -50,10 +87,14 @@ bool Offered(Shell* shell, const ModuleDef& module) {
 std::string EscapeMarkup(const char* text) {
     std::string out;
     for (const char* p = text; *p; ++p) {
-        if (*p == '&') out += "&amp;";
-        else if (*p == '"') out += "&quot;";
-        else if (*p == '<') out += "&lt;";
-        else out += *p;
+        if (*p == '&')
+            out += "&amp;";
+        else if (*p == '"')
+            out += "&quot;";
+        else if (*p == '<')
+            out += "&lt;";
+        else
+            out += *p;
     }
     return out;
 }
@@ -69,16 +110,17 @@ void AddModuleButtons(Shell* shell) {
         char id[5];
         std::snprintf(id, sizeof id, "%c%c%c%c", char(module->buttonId >> 24), char(module->buttonId >> 16),
                       char(module->buttonId >> 8), char(module->buttonId));
-        markup += "<LAYOUT Quadrant=\"Center\" TopLeftY=\"0\" MinTopLeftPixelsY=\"&system-buttonSizePixelsX2;\">"
-                  "<LAYOUT Quadrant=\"North\" TopLeftY=\"14%\" BottomRightY=\"86%\"><BUTTON ID=\"";
+        markup +=
+            "<LAYOUT Quadrant=\"Center\" TopLeftY=\"0\" MinTopLeftPixelsY=\"&system-buttonSizePixelsX2;\">"
+            "<LAYOUT Quadrant=\"North\" TopLeftY=\"14%\" BottomRightY=\"86%\"><BUTTON ID=\"";
         markup += id;
         markup += "\" Text=\"" + EscapeMarkup(module->name) + "\" Rounded=\"Full\"></BUTTON></LAYOUT>";
         closing += "</LAYOUT>";
     }
     markup += closing;
     if (!markup.empty())
-        Form_LoadText(shell->ui.get(), "module list", reinterpret_cast<const uint8_t*>(markup.data()), markup.size(),
-                      column);
+        Form_LoadText(shell->ui.get(), "module list", reinterpret_cast<const uint8_t*>(markup.data()),
+                      markup.size(), column);
 }
 
 Widget* MainView(Shell* shell) {
@@ -89,8 +131,10 @@ Widget* MainView(Shell* shell) {
 void Zoom(Shell* shell, bool in) {
     Widget* view = MainView(shell);
     if (!view) return;
-    if (in) ImageView_ZoomIn(shell->ui.get(), view);
-    else ImageView_ZoomOut(shell->ui.get(), view);
+    if (in)
+        ImageView_ZoomIn(shell->ui.get(), view);
+    else
+        ImageView_ZoomOut(shell->ui.get(), view);
     Shell_RefreshZoomLabel(shell, view);
 }
 
@@ -120,7 +164,6 @@ void Shell_BindMainButtons(Shell* shell) {
 }
 
 void Shell_OnMainButton(Shell* shell, uint32_t id) {
-    Toolkit* ui = shell->ui.get();
     if (id == Id("BtOp")) {
         Shell_Open(shell);
     } else if (id == Id("BtSv")) {
@@ -139,7 +182,6 @@ void Shell_OnMainButton(Shell* shell, uint32_t id) {
     } else if (const ModuleDef* module = Module_FindByButton(id); module && !module->form) {
         Shell_RunMainFormModule(shell, id);
     }
-    (void)ui;
 }
 
 void Shell_RefreshZoomLabel(Shell* shell, Widget* view) {
@@ -155,6 +197,11 @@ void Shell_RefreshZoomLabel(Shell* shell, Widget* view) {
     Label_SetText(shell->ui.get(), label, Shell_ZoomText(ImageView_Zoom(shell->ui.get(), view), record->fit));
 }
 
+void Shell_SetImage(Shell* shell, ImagePtr image) {
+    shell->image = std::move(image);
+    shell->stretchStale = true;
+}
+
 void Shell_RefreshMain(Shell* shell) {
     Toolkit* ui = shell->ui.get();
     Widget* form = Shell_Find(shell, Id("MFrm"));
@@ -165,7 +212,8 @@ void Shell_RefreshMain(Shell* shell) {
     for (const char* name : kNeedImage)
         if (Widget* button = Widget_FindById(form, Id(name))) Button_SetEnabled(ui, button, image != nullptr);
     for (const ModuleDef* module : Module_List())
-        if (Widget* button = Widget_FindById(form, module->buttonId)) Button_SetEnabled(ui, button, image != nullptr);
+        if (Widget* button = Widget_FindById(form, module->buttonId))
+            Button_SetEnabled(ui, button, image != nullptr);
     if (Widget* undo = Widget_FindById(form, Id("BtUn"))) {
         Button_SetText(ui, undo, shell->undo.redo ? "Redo" : "Undo");
         Button_SetEnabled(ui, undo, shell->undo.available);
@@ -173,7 +221,10 @@ void Shell_RefreshMain(Shell* shell) {
 
     // Linear data looks black on screen: a screen stretch shows it, the data untouched.
     const bool stretch = image && shell->outcome.linear && shell->screenStretch;
-    if (stretch) Shell_ComputeScreenStretch(image, &shell->screenLuts);
+    if (stretch && shell->stretchStale) {
+        Shell_ComputeScreenStretch(image, &shell->screenLuts);
+        shell->stretchStale = false;
+    }
     if (Widget* label = Widget_FindById(form, Id("LbSS")))
         Label_SetText(ui, label, stretch ? kScreenStretchActive : "");
     if (Widget* toggle = Widget_FindById(form, Id("BtST")))
@@ -183,10 +234,12 @@ void Shell_RefreshMain(Shell* shell) {
         // the user chose. The view's own pointer may already be freed: the size
         // it showed is kept here.
         auto* record = Widget_Record<ImageViewRecord>(view);
-        const bool sameSize = record && image && image->width == shell->shownWidth &&
-                              image->height == shell->shownHeight;
-        if (sameSize) record->image = image;
-        else ImageView_SetImage(ui, view, image, nullptr);
+        const bool sameSize =
+            record && image && image->width == shell->shownWidth && image->height == shell->shownHeight;
+        if (sameSize)
+            record->image = image;
+        else
+            ImageView_SetImage(ui, view, image, nullptr);
         shell->shownWidth = image ? image->width : 0;
         shell->shownHeight = image ? image->height : 0;
         ImageView_SetTables(ui, view, stretch ? shell->screenLuts.data() : nullptr, stretch);

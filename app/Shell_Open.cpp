@@ -40,7 +40,7 @@ void Finish(Shell* shell) {
         CursorWaitScope wait;
         shell->outcome = File_ApplyLoadAnswers(load->image.get(), load->info, load->answers);
     }
-    shell->image = std::move(load->image);
+    Shell_SetImage(shell, std::move(load->image));
     shell->mask.reset();
     shell->currentName = load->path;
     shell->artefacts = load->info.artefacts;
@@ -62,7 +62,8 @@ void AskNext(Shell* shell) {
 }
 
 void OnFailed(Toolkit* toolkit, uint32_t button, void*) {
-    if (button == 1) MessageBox_Show(toolkit, kWhyTitle, kWhyText, kMessageBoxInformation, nullptr, nullptr, 1, kOkButton);
+    if (button == 1)
+        MessageBox_Show(toolkit, kWhyTitle, kWhyText, kMessageBoxInformation, nullptr, nullptr, 1, kOkButton);
 }
 
 void OnUnknownType(Toolkit*, uint32_t, void* user) {
@@ -101,8 +102,8 @@ void Shell_OpenPath(Shell* shell, const std::string& path) {
         load->image.reset(File_LoadImageData(path.c_str(), &load->info));
     }
     if (!load->image) {
-        MessageBox_Show(shell->ui.get(), kLoadFailedTitle, kLoadFailedText, kMessageBoxError, OnFailed, shell, 2,
-                        kOkButton, kWhyButton);
+        MessageBox_Show(shell->ui.get(), kLoadFailedTitle, kLoadFailedText, kMessageBoxError, OnFailed, shell,
+                        2, kOkButton, kWhyButton);
         return;
     }
     shell->pendingLoad = std::move(load);

@@ -29,8 +29,8 @@ void Write(Shell* shell, const std::string& name) {
         const std::string text = "Could not save file [" + name +
                                  "] for write - check permissions for folder, or check whether another "
                                  "application has this file locked.";
-        MessageBox_Show(shell->ui.get(), kSaveFailedTitle, text.c_str(), kMessageBoxError, nullptr, nullptr, 1,
-                        kOkButton);
+        MessageBox_Show(shell->ui.get(), kSaveFailedTitle, text.c_str(), kMessageBoxError, nullptr, nullptr,
+                        1, kOkButton);
     }
 }
 
@@ -56,19 +56,20 @@ bool Exists(const std::string& name) {
 
 void Shell_Save(Shell* shell) {
     if (!shell->image) return;
-    const std::string proposed = File_DefaultSaveName(shell->currentName.empty() ? nullptr : shell->currentName.c_str());
+    const std::string proposed =
+        File_DefaultSaveName(shell->currentName.empty() ? nullptr : shell->currentName.c_str());
     Host_Call("filedialog", "FileDialog_FileSetName", const_cast<char*>(proposed.c_str()));
     std::string name;
     if (!Shell_FileDialog("FileDialog_FileSave", &name)) return;
     if (!File_IsSaveableName(name.c_str())) {
-        MessageBox_Show(shell->ui.get(), kUnsupportedFileTypeTitle, kUnsupportedFileTypeText, kMessageBoxWarning,
-                        OnUnsupportedType, shell, 1, kOkButton);
+        MessageBox_Show(shell->ui.get(), kUnsupportedFileTypeTitle, kUnsupportedFileTypeText,
+                        kMessageBoxWarning, OnUnsupportedType, shell, 1, kOkButton);
         return;
     }
     if (Exists(name)) {
         shell->pendingSave = name;
-        MessageBox_Show(shell->ui.get(), kOverwriteTitle, kOverwriteText, kMessageBoxError, OnOverwrite, shell, 2,
-                        kOverwriteButton, kCancelButton);
+        MessageBox_Show(shell->ui.get(), kOverwriteTitle, kOverwriteText, kMessageBoxError, OnOverwrite,
+                        shell, 2, kOverwriteButton, kCancelButton);
         return;
     }
     Write(shell, name);

@@ -92,8 +92,10 @@ bool Shell_ScriptCommand(const std::vector<std::string>& words, std::string* err
         Widget* setter = FindOnTop(ui, words[1], error);
         int32_t value = 0;
         if (!setter) return false;
-        if (!Widget_Record<LevelSetterRecord>(setter)) return Fail(error, words[1] + " is not a level setter");
-        if (!ParseInt(words[2], &value) || value < 0) return Fail(error, "\"" + words[2] + "\" is not a value");
+        if (!Widget_Record<LevelSetterRecord>(setter))
+            return Fail(error, words[1] + " is not a level setter");
+        if (!ParseInt(words[2], &value) || value < 0)
+            return Fail(error, "\"" + words[2] + "\" is not a value");
         LevelSetter_SetValue(ui, setter, uint32_t(value), true);
         Toolkit_Dispatch(ui);
         return true;
@@ -103,9 +105,12 @@ bool Shell_ScriptCommand(const std::vector<std::string>& words, std::string* err
         int32_t v[4];
         if (!widget) return false;
         for (int i = 0; i < 4; ++i)
-            if (!ParseInt(words[size_t(i) + 2], &v[i])) return Fail(error, "\"" + words[size_t(i) + 2] + "\" is not a number");
+            if (!ParseInt(words[size_t(i) + 2], &v[i]))
+                return Fail(error, "\"" + words[size_t(i) + 2] + "\" is not a number");
         const PixelRect r = Widget_PixelRect(ui, widget);
-        const auto at = [&](int32_t x, int32_t y) { return std::pair<uint32_t, uint32_t>(uint32_t(r.x + x), uint32_t(r.y + y)); };
+        const auto at = [&](int32_t x, int32_t y) {
+            return std::pair<uint32_t, uint32_t>(uint32_t(r.x + x), uint32_t(r.y + y));
+        };
         const auto [x0, y0] = at(v[0], v[1]);
         const auto [xm, ym] = at((v[0] + v[2]) / 2, (v[1] + v[3]) / 2);
         const auto [x1, y1] = at(v[2], v[3]);

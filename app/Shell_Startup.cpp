@@ -11,8 +11,8 @@
 #include "ui/Entities.h"
 #include "ui/Layout.h"
 #include "ui/Toolkit_Create.h"
-#include "ui/WidgetKinds.h"
 #include "ui/Toolkit_Dispatch.h"
+#include "ui/WidgetKinds.h"
 #include "ui/markup/Markup_Form.h"
 #include "ui/widgets/Applet.h"
 #include "ui/widgets/ImageView.h"
@@ -58,8 +58,8 @@ constexpr uint32_t kMainFormId = Widget_PackId("MFrm");
 void PrintBanner() {
     const std::string rule(59, '-');
     const std::time_t now = std::time(nullptr);
-    std::printf("\n%s\nPellucida %s\n%s%s\n", rule.c_str(), kPellucidaVersion, std::asctime(std::localtime(&now)),
-                rule.c_str());
+    std::printf("\n%s\nPellucida %s\n%s%s\n", rule.c_str(), kPellucidaVersion,
+                std::asctime(std::localtime(&now)), rule.c_str());
     std::fflush(stdout);
 }
 
@@ -70,6 +70,8 @@ void PrepareTrackingSlots() {
     }
 }
 
+// The main form's applet takes the ticks from the splash on, so that they stop
+// at a widget of the form on screen; the modules' progress will use them.
 void OnMainTick(Toolkit*, Widget*, uint32_t, uint32_t, void*) {}
 
 void OnSplashTick(Toolkit* toolkit, Widget*, uint32_t, uint32_t elapsed, void* user) {
@@ -103,7 +105,9 @@ void Shell_ShowForm(Shell* shell, uint32_t formId) {
     form->parent = ui->root.get();
     // Below any box that is up, so a question stays on top.
     auto& to = ui->root->children;
-    auto firstModal = std::find_if(to.begin(), to.end(), [](const auto& w) { return Widget_Record<ModalFormRecord>(w.get()) != nullptr; });
+    auto firstModal = std::find_if(to.begin(), to.end(), [](const auto& w) {
+        return Widget_Record<ModalFormRecord>(w.get()) != nullptr;
+    });
     to.insert(firstModal, std::move(form));
     Layout_Apply(ui, ui->root.get());
     Toolkit_Invalidate(ui, ui->root.get());
@@ -133,7 +137,8 @@ void Shell_StartUi(Shell* shell) {
     const std::vector<uint8_t> png = Resources_LoadWhole(ui, kSplashPicture);
     if (!png.empty()) shell->splashPicture.reset(Png_ReadMemory(png.data(), png.size()));
     shell->identityLut.resize(kImageViewLutSize);
-    for (size_t i = 0; i < shell->identityLut.size(); ++i) shell->identityLut[i] = static_cast<uint8_t>(i >> 8);
+    for (size_t i = 0; i < shell->identityLut.size(); ++i)
+        shell->identityLut[i] = static_cast<uint8_t>(i >> 8);
     Shell_LoadForm(shell, kSplashEntry);
     Shell_ShowForm(shell, kSplashFormId);
     if (Widget* view = Widget_FindById(ui->root.get(), Widget_PackId("View")); view && shell->splashPicture)
@@ -147,7 +152,8 @@ void Shell_StartUi(Shell* shell) {
 void Shell_StartMainForm(Shell* shell) {
     Toolkit* ui = shell->ui.get();
     if (shell->mainFormUp) return;
-    if (Widget* applet = Widget_FindById(ui->root.get(), Widget_PackId("QVSp"))) Applet_SetTick(applet, nullptr, nullptr);
+    if (Widget* applet = Widget_FindById(ui->root.get(), Widget_PackId("QVSp")))
+        Applet_SetTick(applet, nullptr, nullptr);
     Shell_HideForm(shell, kSplashFormId);
     shell->splashPicture.reset();
 

@@ -49,7 +49,7 @@ void Shell_CommitResult(Shell* shell, ImagePtr result, ImagePtr resultMask) {
         shell->undo.available = shell->image && StoreWorking(shell);
         shell->undo.redo = false;
     }
-    shell->image = std::move(result);
+    Shell_SetImage(shell, std::move(result));
     if (resultMask) shell->mask = std::move(resultMask);
     Shell_RefreshMain(shell);
 }
@@ -64,11 +64,13 @@ void Shell_Undo(Shell* shell) {
     }
     // A slot that does not hold what was recorded (damaged, or written by
     // someone else) must not replace the user's image.
-    const bool intact = stored && stored->width == shell->undo.width && stored->height == shell->undo.height &&
-                        (!shell->undo.hadMask || (storedMask && storedMask->width == stored->width &&
-                                                  storedMask->height == stored->height));
+    const bool intact =
+        stored && stored->width == shell->undo.width && stored->height == shell->undo.height &&
+        (!shell->undo.hadMask ||
+         (storedMask && storedMask->width == stored->width && storedMask->height == stored->height));
     if (!intact) {
-        MessageBox_Show(shell->ui.get(), "Failed", kUndoSizeText, kMessageBoxError, nullptr, nullptr, 1, "OK");
+        MessageBox_Show(shell->ui.get(), "Failed", kUndoSizeText, kMessageBoxError, nullptr, nullptr, 1,
+                        "OK");
         return;
     }
     stored->mono = shell->undo.mono;
@@ -76,7 +78,7 @@ void Shell_Undo(Shell* shell) {
         CursorWaitScope wait;
         if (!StoreWorking(shell)) return;
     }
-    shell->image = std::move(stored);
+    Shell_SetImage(shell, std::move(stored));
     shell->mask = std::move(storedMask);
     std::fputs(shell->undo.redo ? "Redo\n" : "Undo\n", stdout);
     std::fflush(stdout);

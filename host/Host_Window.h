@@ -3,20 +3,19 @@
 // same way on every platform. Backends call these from their message dispatch.
 #pragma once
 
-#include <deque>
-#include <string>
-
 #include "host/Host.h"
 
 #include <cstdint>
+#include <deque>
+#include <string>
 
 // Process-wide values of the main window.
 struct HostWindowState {
     bool exists = false;
     uint32_t clientWidth = 800;
     uint32_t clientHeight = 480;
-    uint32_t buttonState = 0;  // left button: 0 up, 1 down
-    SysEvent pending;          // the one pending system event slot
+    uint32_t buttonState = 0;       // left button: 0 up, 1 down
+    SysEvent pending;               // the one pending system event slot
     std::deque<std::string> drops;  // dropped paths not yet taken, oldest first
 };
 

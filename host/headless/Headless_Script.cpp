@@ -18,6 +18,14 @@ bool ParseNumber(const std::string& word, uint32_t* value) {
     return true;
 }
 
+// The rest of the line after the verb, trimmed: paths and captions may hold spaces.
+std::string RestOfLine(const std::string& line, const std::string& verb) {
+    std::string rest = line.substr(line.find(verb) + verb.size());
+    rest.erase(0, rest.find_first_not_of(" \t"));
+    rest.erase(rest.find_last_not_of(" \t\r") + 1);
+    return rest;
+}
+
 bool ParseLine(const std::string& line, HeadlessCommand* command, std::string* error) {
     std::istringstream in(line);
     std::string verb;
@@ -81,11 +89,7 @@ bool ParseLine(const std::string& line, HeadlessCommand* command, std::string* e
         command->kind = verb == "screenshot" ? HeadlessCommand::kScreenshot
                         : verb == "dialog"   ? HeadlessCommand::kDialog
                                              : HeadlessCommand::kDrop;
-        // The rest of the line, so paths may hold spaces.
-        size_t start = line.find(verb) + verb.size();
-        std::string rest = line.substr(start);
-        rest.erase(0, rest.find_first_not_of(" \t"));
-        rest.erase(rest.find_last_not_of(" \t\r") + 1);
+        const std::string rest = RestOfLine(line, verb);
         command->text = rest;
         command->cancel = verb == "dialog" && rest == "cancel";
         if (!rest.empty()) return true;
@@ -94,9 +98,7 @@ bool ParseLine(const std::string& line, HeadlessCommand* command, std::string* e
         command->args = {verb};
         if (verb == "answer" || verb == "expect-box") {
             // Captions and titles hold spaces: the rest of the line is one word.
-            std::string rest = line.substr(line.find(verb) + verb.size());
-            rest.erase(0, rest.find_first_not_of(" \t"));
-            rest.erase(rest.find_last_not_of(" \t\r") + 1);
+            const std::string rest = RestOfLine(line, verb);
             if (rest.empty()) {
                 *error = verb + " needs a text";
                 return false;
@@ -173,8 +175,9 @@ bool HeadlessScript_Step(HeadlessScript& script, const HeadlessScriptActions& ac
         // left (an answer queued too early would go to a dialog opened by an
         // earlier press): one idle pass first lets it handle what is queued.
         const HeadlessCommand::Kind upcoming = script.commands[script.next].kind;
-        const bool needsSettled = upcoming == HeadlessCommand::kScreenshot || upcoming == HeadlessCommand::kApp ||
-                                  upcoming == HeadlessCommand::kDialog || upcoming == HeadlessCommand::kDrop;
+        const bool needsSettled = upcoming == HeadlessCommand::kScreenshot ||
+                                  upcoming == HeadlessCommand::kApp || upcoming == HeadlessCommand::kDialog ||
+                                  upcoming == HeadlessCommand::kDrop;
         if (needsSettled && !script.settled) {
             script.settled = true;
             actions.idle();

@@ -1,18 +1,18 @@
 // The desktop program driven as a user drives it: the real `pellucida`
 // binary on the headless backend, a script pressing its buttons and answering
 // its boxes, then the files it wrote, its log and pictures of its screen.
-#include "app/Cli.h"
 #include "app/Shell.h"
+#include "app/Cli.h"
 #include "support/Files.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>
 #include <lodepng.h>
 
+#include <sys/wait.h>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <sys/wait.h>
 
 namespace fs = std::filesystem;
 
@@ -39,12 +39,14 @@ protected:
 
     // The splash passes (unless the script watches it), the script runs, and
     // the program is closed as a user would close it.
-    ProgramRun Program(const std::string& script, const std::string& size = "800x480", bool pastSplash = true) {
+    ProgramRun Program(const std::string& script, const std::string& size = "800x480",
+                       bool pastSplash = true) {
         const fs::path file = dir.Path() / "script.txt";
         std::ofstream(file) << (pastSplash ? "wait 20\n" : "") << script << "close\nanswer Close\n";
         const fs::path out = dir.Path() / "out.txt", err = dir.Path() / "err.txt";
-        const std::string command = "PELLUCIDA_HEADLESS_SIZE=" + size + " '" PELLUCIDA_PROGRAM "' --host=headless '--script=" +
-                                    file.string() + "' >'" + out.string() + "' 2>'" + err.string() + "'";
+        const std::string command = "PELLUCIDA_HEADLESS_SIZE=" + size +
+                                    " '" PELLUCIDA_PROGRAM "' --host=headless '--script=" + file.string() +
+                                    "' >'" + out.string() + "' 2>'" + err.string() + "'";
         ProgramRun run;
         const int raw = std::system(command.c_str());
         run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
@@ -104,7 +106,10 @@ TEST_F(ShellTest, OpenAnswerAndSaveGiveTheCommandLinesFile) {
           {"Type of dataset?", "Linear, from OSC/DSLR with Bayer matrix and not white balanced"}},
          {"--dataset=osc"},
          "png.jpg"},
-        {"jpeg/stellarsolver_pleiades.jpg", {{"Reverse stretch?", "Don't activate tracking"}}, {}, "jpeg.tiff"},
+        {"jpeg/stellarsolver_pleiades.jpg",
+         {{"Reverse stretch?", "Don't activate tracking"}},
+         {},
+         "jpeg.tiff"},
     };
     for (const Case& c : cases) {
         const std::string in = c.in.empty() ? bundled : TestData_Path(c.in);
@@ -114,7 +119,8 @@ TEST_F(ShellTest, OpenAnswerAndSaveGiveTheCommandLinesFile) {
         }
         SCOPED_TRACE(c.in);
         std::string script = Open(in);
-        for (const auto& [title, answer] : c.boxes) script += "expect-box " + title + "\nanswer " + answer + "\n";
+        for (const auto& [title, answer] : c.boxes)
+            script += "expect-box " + title + "\nanswer " + answer + "\n";
         const ProgramRun run = Program(script + Save(Path(c.out)));
         ASSERT_EQ(run.status, 0) << run.err;
 
@@ -131,7 +137,9 @@ TEST_F(ShellTest, OpenAnswerAndSaveGiveTheCommandLinesFile) {
 }
 
 TEST_F(ShellTest, CancellingTheCloseQuestionKeepsTheProgramRunning) {
-    const ProgramRun run = Program("close\nexpect-box Close Pellucida\nanswer Cancel\npress BtAb\nexpect-box About Pellucida\nanswer OK\n");
+    const ProgramRun run = Program(
+        "close\nexpect-box Close Pellucida\nanswer Cancel\npress BtAb\nexpect-box About Pellucida\nanswer "
+        "OK\n");
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("\n-----------------------------------------------------------\nPellucida "),
               std::string::npos);
@@ -141,8 +149,8 @@ TEST_F(ShellTest, CancellingTheCloseQuestionKeepsTheProgramRunning) {
 // caption alternates and the console says which.
 TEST_F(ShellTest, UndoAndRedoSwapTheLastTwoStates) {
     const ProgramRun run = Program(Open(bundled) + "answer Linear\n" + Save(Path("a.tif")) + "press BtMH\n" +
-                            Save(Path("mirrored.tif")) + "press BtUn\n" + Save(Path("undone.tif")) +
-                            "press BtUn\n" + Save(Path("redone.tif")));
+                                   Save(Path("mirrored.tif")) + "press BtUn\n" + Save(Path("undone.tif")) +
+                                   "press BtUn\n" + Save(Path("redone.tif")));
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("Undo\nRedo\n"), std::string::npos);
     EXPECT_NE(ReadFileBytes(Path("a.tif")), ReadFileBytes(Path("mirrored.tif")));
@@ -154,11 +162,12 @@ TEST_F(ShellTest, UndoAndRedoSwapTheLastTwoStates) {
 // leaves the file alone; a failed write says so and the program goes on.
 TEST_F(ShellTest, SaveAsksBeforeOverwritingAndReportsFailures) {
     WriteFileBytes(Path("old.tif"), {1, 2, 3});
-    const ProgramRun run = Program(Open(bundled) + "answer Linear\n" + Save(Path("old.tif")) +
-                            "expect-box File already exists\nanswer Cancel\n" + Save(Path("new.tif")) +
-                            "press BtOp\n" +  // no box came: the open dialog (cancelled) is reachable
-                            Save(Path("missing/folder.tif")) + "expect-box Failed\nanswer OK\n" + Save(Path("x.txt")) +
-                            "expect-box Unsupported File Type\ndialog cancel\nanswer OK\n");
+    const ProgramRun run =
+        Program(Open(bundled) + "answer Linear\n" + Save(Path("old.tif")) +
+                "expect-box File already exists\nanswer Cancel\n" + Save(Path("new.tif")) +
+                "press BtOp\n" +  // no box came: the open dialog (cancelled) is reachable
+                Save(Path("missing/folder.tif")) + "expect-box Failed\nanswer OK\n" + Save(Path("x.txt")) +
+                "expect-box Unsupported File Type\ndialog cancel\nanswer OK\n");
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(ReadFileBytes(Path("old.tif")), (std::vector<uint8_t>{1, 2, 3}));
     EXPECT_TRUE(fs::exists(Path("new.tif")));
@@ -169,10 +178,11 @@ TEST_F(ShellTest, SaveAsksBeforeOverwritingAndReportsFailures) {
 TEST_F(ShellTest, OpenRefusesUnknownNamesAndUnreadableFiles) {
     WriteFileBytes(Path("notes.txt"), {'x'});
     WriteFileBytes(Path("broken.fits"), {'S', 'I', 'M', 'P'});
-    const ProgramRun run = Program(Open(Path("notes.txt")) + "expect-box Unknown File Type\ndialog cancel\nanswer OK\n" +
-                            Open(Path("broken.fits")) + "expect-box Failed\nanswer Why only these formats?\n" +
-                            "expect-box Supported formats\nanswer OK\ndrop " + bundled +
-                            "\nexpect-box Type of dataset?\nanswer Linear\n");
+    const ProgramRun run =
+        Program(Open(Path("notes.txt")) + "expect-box Unknown File Type\ndialog cancel\nanswer OK\n" +
+                Open(Path("broken.fits")) + "expect-box Failed\nanswer Why only these formats?\n" +
+                "expect-box Supported formats\nanswer OK\ndrop " + bundled +
+                "\nexpect-box Type of dataset?\nanswer Linear\n");
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_NE(ReadText(dir.Path() / "Pellucida.log").find("Image size is 960 x 720\n"), std::string::npos);
 }
@@ -196,10 +206,11 @@ TEST(ShellTexts, TitleAndZoomLabel) {
 TEST_F(ShellTest, ScreensMatchTheirReviewedPictures) {
     const std::string shots = dir.Path().string();
     for (const std::string size : {"800x480", "1920x1080"}) {
-        const ProgramRun run = Program("wait 4\nscreenshot " + shots + "/splash.png\nwait 20\nscreenshot " + shots +
-                                    "/empty.png\n" + Open(bundled) + "screenshot " + shots +
-                                    "/question.png\nanswer Linear\nidle\nscreenshot " + shots + "/image.png\n",
-                                size, false);
+        const ProgramRun run =
+            Program("wait 4\nscreenshot " + shots + "/splash.png\nwait 20\nscreenshot " + shots +
+                        "/empty.png\n" + Open(bundled) + "screenshot " + shots +
+                        "/question.png\nanswer Linear\nidle\nscreenshot " + shots + "/image.png\n",
+                    size, false);
         ASSERT_EQ(run.status, 0) << run.err;
         for (const char* shot : {"splash", "empty", "question", "image"})
             CompareGolden(shots + "/" + shot + ".png", std::string("shell_") + shot + "_" + size);
