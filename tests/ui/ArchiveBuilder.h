@@ -34,18 +34,12 @@ struct Options {
     bool withIndex = true;
 };
 
+// The slot table is big-endian, the records little-endian.
 inline void PutBe32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
-    b[at] = uint8_t(v >> 24);
-    b[at + 1] = uint8_t(v >> 16);
-    b[at + 2] = uint8_t(v >> 8);
-    b[at + 3] = uint8_t(v);
+    for (int i = 0; i < 4; ++i) b[at + i] = uint8_t(v >> (24 - 8 * i));
 }
-inline void PutLe32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
-    for (int i = 0; i < 4; ++i) b[at + i] = uint8_t(v >> (8 * i));
-}
-inline void PutLe16(std::vector<uint8_t>& b, size_t at, uint16_t v) {
-    b[at] = uint8_t(v);
-    b[at + 1] = uint8_t(v >> 8);
+inline void PutLe(std::vector<uint8_t>& b, size_t at, uint32_t v, int bytes) {
+    for (int i = 0; i < bytes; ++i) b[at + i] = uint8_t(v >> (8 * i));
 }
 
 // Byte offsets of what Build wrote, so tests can damage chosen fields.
@@ -80,10 +74,7 @@ inline std::vector<uint8_t> Build(const std::vector<Entry>& entries, const Optio
         tail[b] = uint16_t(s);
     }
     if (options.withIndex)
-        for (uint32_t b = 0; b < 8192; ++b) {
-            records[0].data[2 * b] = uint8_t(heads[b]);
-            records[0].data[2 * b + 1] = uint8_t(heads[b] >> 8);
-        }
+        for (uint32_t b = 0; b < 8192; ++b) PutLe(records[0].data, 2 * b, heads[b], 2);
     if (layout) layout->recordOffsets.assign(slots, 0);
     for (uint32_t s = 0; s < slots; ++s) {
         const uint32_t offset = uint32_t(file.size());
@@ -91,10 +82,10 @@ inline std::vector<uint8_t> Build(const std::vector<Entry>& entries, const Optio
         PutBe32(file, 78 + 8 * s, offset);
         const uint32_t headerLength = (24 + uint32_t(records[s].name.size()) + 1 + 3) & ~3u;
         std::vector<uint8_t> head(headerLength, 0);
-        PutLe32(head, 4, headerLength);
-        PutLe32(head, 8, uint32_t(records[s].data.size()));
-        PutLe16(head, 12, 1);
-        PutLe16(head, 16, next[s]);
+        PutLe(head, 4, headerLength, 4);
+        PutLe(head, 8, uint32_t(records[s].data.size()), 4);
+        PutLe(head, 12, 1, 2);
+        PutLe(head, 16, next[s], 2);
         for (size_t i = 0; i < records[s].name.size(); ++i) head[24 + i] = uint8_t(records[s].name[i]);
         file.insert(file.end(), head.begin(), head.end());
         file.insert(file.end(), records[s].data.begin(), records[s].data.end());

@@ -2,6 +2,7 @@
 // font entry, and golden-image comparison with evidence on failure.
 #pragma once
 
+#include "support/Files.h"
 #include "ui/draw/Draw_Surface.h"
 #include "ui/font/Font.h"
 
@@ -11,8 +12,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -44,14 +43,9 @@ inline std::filesystem::path DrawTest_SourceDir() {
     return PELLUCIDA_TEST_SOURCE_DIR;
 }
 
-inline std::vector<uint8_t> DrawTest_ReadFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
-
 // The font entry the repository ships (resources/font.fnt).
 inline std::vector<uint8_t> DrawTest_FontBytes() {
-    return DrawTest_ReadFile(DrawTest_SourceDir() / ".." / "resources" / "font.fnt");
+    return ReadFileBytes(DrawTest_SourceDir() / ".." / "resources" / "font.fnt");
 }
 
 inline const Font* DrawTest_Font() {

@@ -2,12 +2,11 @@
 // archive reader, the .sqi decoder and the markup reader in every normal
 // build, so a fixed fault stays fixed under the sanitizer build too.
 #include "ToolkitFixture.h"
+#include "support/Files.h"
 #include "ui/archive/Resources_Archive.h"
 #include "ui/archive/Sqi_Decode.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace fs = std::filesystem;
 
@@ -20,11 +19,6 @@ std::vector<fs::path> Corpus(const char* name) {
     for (const auto& item : fs::directory_iterator(dir, ec))
         if (item.is_regular_file()) files.push_back(item.path());
     return files;
-}
-
-std::vector<uint8_t> Bytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
 TEST(FuzzCorpus, ArchiveInputs) {
@@ -49,7 +43,7 @@ TEST(FuzzCorpus, SqiInputs) {
     if (files.empty()) GTEST_SKIP() << "no .sqi corpus";
     for (const fs::path& file : files) {
         SCOPED_TRACE(file.filename().string());
-        const std::vector<uint8_t> data = Bytes(file);
+        const std::vector<uint8_t> data = ReadFileBytes(file);
         if (data.size() < 6) continue;
         // The same reading of the first six bytes as the fuzz target.
         constexpr uint32_t kCanvas = 96;
@@ -76,7 +70,7 @@ TEST(FuzzCorpus, MarkupInputs) {
     if (files.empty()) GTEST_SKIP() << "no markup corpus";
     for (const fs::path& file : files) {
         SCOPED_TRACE(file.filename().string());
-        const std::vector<uint8_t> data = Bytes(file);
+        const std::vector<uint8_t> data = ReadFileBytes(file);
         auto toolkit = ToolkitTest_Screen();
         testing::internal::CaptureStdout();
         Widget* first = Form_LoadText(toolkit.get(), "fuzz.xml", data.data(), data.size(), nullptr);
