@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 namespace {
 
 TEST(DrawColour, OneRuleWithTheIconDecoderAndAnExactRoundTrip) {
@@ -29,6 +31,16 @@ TEST(DrawColour, EightBitChannelsRoundToTheNearestLevel) {
     EXPECT_EQ(Draw_Rgb565(251, 0, 0), 0xF800);                  // nearest to 248, held at 31
     EXPECT_EQ(Draw_Quantize(0x00FF8001u), Draw_PixelFrom565(Draw_Rgb565(255, 128, 1)));
     EXPECT_EQ(Draw_Quantize(0xFF000000u), 0u) << "the top byte is not colour";
+    // Every value of each field alone: the nearest level, up to the top one, and no other field touched.
+    for (int shift : {16, 8, 0})
+        for (uint32_t v = 0; v < 256; ++v) {
+            const int step = shift == 8 ? 4 : 8;
+            const uint32_t q = Draw_Quantize(v << shift) >> shift;
+            ASSERT_EQ(Draw_Quantize(v << shift), q << shift) << v << " at " << shift;
+            ASSERT_EQ(q % step, 0u) << v << " at " << shift;
+            ASSERT_LE(std::abs(int(v) - int(q)), int(v) > 255 - step ? step : step / 2)
+                << v << " at " << shift;
+        }
 }
 
 TEST(DrawColour, BlendingIsExactAtTheEndsAndRoundsInBetween) {

@@ -1,11 +1,10 @@
 // The .sqi decoder: placement by fill mode, the power-of-two decode buffer,
 // the quadtree rules for inert and zero-sized nodes, resampling and the pixel
 // operations of direct and tinted icons.
+#include "DrawCanvas.h"
 #include "SqiBits.h"
 #include "ui/WidgetKinds.h"
 #include "ui/archive/Sqi_Decode.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -16,25 +15,16 @@ uint32_t Covered(uint32_t v) {
     return (v * 255) >> 8;
 }
 
-struct Canvas {
-    uint32_t width, height;
-    std::vector<uint32_t> pixels;
-    Canvas(uint32_t w, uint32_t h, uint32_t fill = 0) : width(w), height(h), pixels(size_t(w) * h, fill) {}
-    SqiTarget Target(int32_t x, int32_t y, int32_t w, int32_t h, uint32_t mode = kFillStretch) {
-        SqiTarget t;
-        t.pixels = pixels.data();
-        t.pixelsPerRow = width;
-        t.framebufferWidth = width;
-        t.framebufferHeight = height;
-        t.x = x;
-        t.y = y;
-        t.width = w;
-        t.height = h;
-        t.fillMode = mode;
-        return t;
-    }
-    uint32_t At(uint32_t x, uint32_t y) const { return pixels[size_t(y) * width + x]; }
-};
+// A widget at (x, y) of w x h on the canvas, whose padded rows show any write past the framebuffer's width.
+SqiTarget Target(DrawCanvas& c, int32_t x, int32_t y, int32_t w, int32_t h, uint32_t mode = kFillStretch) {
+    SqiTarget t;
+    t.pixels = c.pixels.data();
+    t.pixelsPerRow = uint32_t(c.pixelsPerRow);
+    t.framebufferWidth = uint32_t(c.width);
+    t.framebufferHeight = uint32_t(c.height);
+    t.x = x, t.y = y, t.width = w, t.height = h, t.fillMode = mode;
+    return t;
+}
 
 // Placement by fill mode: the destination, its offset in the widget and the
 // power-of-two buffer it is decoded in; nothing below one pixel.
@@ -106,68 +96,45 @@ TEST(SqiTree, NodesSplitFillAndStopByTheRules) {
 }
 
 TEST(SqiResample, AveragesSixteenSamples) {
-    // A 2 x 1 image with 0 and 31 in red, shown 1 x 1: half the samples of
-    // each axis fall on each side.
-    BitWriter planes[4];
-    planes[0].Split(0, 5);
-    planes[0].Leaf(0, 5);
-    planes[0].Leaf(0, 5);
-    planes[0].Leaf(0, 5);
-    planes[0].Leaf(31, 5);
-    planes[1].Leaf(0, 6);
-    planes[2].Leaf(0, 5);
-    planes[3].Leaf(255, 8);
-    // Shown 2 x 1 the buffer is 2 x 1 and the root's lower children are the pixels.
-    Canvas canvas(2, 1);
-    const auto file = sqi_test::File(2, 1, 0, planes);
-    ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), canvas.Target(0, 0, 2, 1)));
-    EXPECT_EQ(canvas.At(0, 0) >> 19, 0u);
-    EXPECT_EQ(canvas.At(1, 0) >> 19, Covered(31));
-
-    // Four quadrants 31, 0, 0, 16: shown 2 x 2 each is one pixel.
-    BitWriter red;
-    red.Split(0, 5);
-    red.Leaf(31, 5);
-    red.Leaf(0, 5);
-    red.Leaf(0, 5);
-    red.Leaf(16, 5);
-    planes[0] = red;
-    Canvas small(2, 2);
-    const auto file2 = sqi_test::File(4, 4, 0, planes);
-    ASSERT_TRUE(Sqi_Draw(file2.data(), file2.size(), small.Target(0, 0, 2, 2)));
+    // Red quadrants 31, 0, 0, 16, opaque: shown 2 x 2 each is one pixel.
+    const BitWriter planes[4] = {sqi_test::Nodes("S0 L31 L0 L0 L16", 5), sqi_test::Nodes("L0", 6),
+                                 sqi_test::Nodes("L0", 5), sqi_test::Nodes("L255", 8)};
+    const auto file = sqi_test::File(4, 4, 0, planes);
+    DrawCanvas small(2, 2);
+    ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), Target(small, 0, 0, 2, 2)));
     EXPECT_EQ(small.At(0, 0) >> 19, Covered(31));
     EXPECT_EQ(small.At(1, 0) >> 19, 0u);
     EXPECT_EQ(small.At(1, 1) >> 19, Covered(16));
     // Shown 3 x 3 the buffer is 4 x 4 with 2 x 2 quadrants; the step is 4/3
     // and pixel (1, 1) samples 1, 1.33, 1.67, 2 on each axis: 3 x 3 of its 16
     // samples lie in the top-left quadrant, 1 in the bottom-right one.
-    Canvas three(3, 3);
-    ASSERT_TRUE(Sqi_Draw(file2.data(), file2.size(), three.Target(0, 0, 3, 3)));
+    DrawCanvas three(3, 3);
+    ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), Target(three, 0, 0, 3, 3)));
     EXPECT_EQ(three.At(1, 1) >> 19, Covered((9u * 31u + 1u * 16u) >> 4));
 }
 
 TEST(SqiPixels, DirectColourReplacesFieldsAndBlendsCoverage) {
-    Canvas canvas(4, 4, Sqi_PixelFrom565(0, 0, 31));
-    const auto opaque = sqi_test::Uniform(4, 4, 0, 31, 10, 0, 255);
-    ASSERT_TRUE(Sqi_Draw(opaque.data(), opaque.size(), canvas.Target(0, 0, 2, 4)));
-    // Coverage 255 of 256 leaves a trace of the background's blue.
-    EXPECT_EQ(canvas.At(0, 0), Sqi_PixelFrom565((31 * 255) >> 8, (10 * 255) >> 8, (31 * 1) >> 8));
-    EXPECT_EQ(canvas.At(2, 0), Sqi_PixelFrom565(0, 0, 31));
-
-    Canvas half(1, 1, Sqi_PixelFrom565(0, 0, 31));
-    const auto translucent = sqi_test::Uniform(4, 4, 0, 31, 0, 0, 128);
-    ASSERT_TRUE(Sqi_Draw(translucent.data(), translucent.size(), half.Target(0, 0, 1, 1)));
-    EXPECT_EQ(half.At(0, 0), Sqi_PixelFrom565(15, 0, 15));
-
-    Canvas clear(1, 1, Sqi_PixelFrom565(3, 4, 5));
-    const auto invisible = sqi_test::Uniform(4, 4, 0, 31, 63, 31, 0);
-    ASSERT_TRUE(Sqi_Draw(invisible.data(), invisible.size(), clear.Target(0, 0, 1, 1)));
-    EXPECT_EQ(clear.At(0, 0), Sqi_PixelFrom565(3, 4, 5));
+    // A uniform icon over blue 31, drawn on the left half: coverage 255 of 256
+    // leaves a trace of the blue, 128 weighs both halves, 0 leaves the pixel.
+    const uint32_t blue = Sqi_PixelFrom565(0, 0, 31);
+    struct Case {
+        uint32_t r, g, b, a, expected;
+    };
+    const Case cases[] = {{31, 10, 0, 255, Sqi_PixelFrom565((31 * 255) >> 8, (10 * 255) >> 8, (31 * 1) >> 8)},
+                          {31, 0, 0, 128, Sqi_PixelFrom565(15, 0, 15)},
+                          {31, 63, 31, 0, blue}};
+    for (const Case& c : cases) {
+        DrawCanvas canvas(4, 4, blue);
+        const auto file = sqi_test::Uniform(4, 4, 0, c.r, c.g, c.b, c.a);
+        ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), Target(canvas, 0, 0, 2, 4)));
+        EXPECT_EQ(canvas.At(0, 0), c.expected) << "coverage " << c.a;
+        EXPECT_EQ(canvas.At(2, 0), blue) << "coverage " << c.a;
+    }
 }
 
 TEST(SqiPixels, TintedModeScalesTheTintsAndAddsWithoutClamping) {
-    Canvas canvas(1, 1);
-    SqiTarget t = canvas.Target(0, 0, 1, 1);
+    DrawCanvas canvas(1, 1);
+    SqiTarget t = Target(canvas, 0, 0, 1, 1);
     t.tint[0] = 0xF800;  // red 31
     t.tint[1] = 0x07E0;  // green 63
     t.tint[2] = 0x001F;  // blue 31
@@ -179,8 +146,8 @@ TEST(SqiPixels, TintedModeScalesTheTintsAndAddsWithoutClamping) {
 
     // Two full tints of white overflow the red field into the bits above it:
     // 30 + 30 = 60 red does not fit 5 bits and the 5-6-5 word keeps 60 & 31.
-    Canvas over(1, 1);
-    SqiTarget o = over.Target(0, 0, 1, 1);
+    DrawCanvas over(1, 1);
+    SqiTarget o = Target(over, 0, 0, 1, 1);
     o.tint[0] = 0xF800;
     o.tint[1] = 0xF800;
     const auto both = sqi_test::Uniform(8, 8, kSqiModeTinted, 31, 63, 0, 255);
@@ -191,15 +158,16 @@ TEST(SqiPixels, TintedModeScalesTheTintsAndAddsWithoutClamping) {
 }
 
 TEST(SqiDraw, ClipsToWidgetAndFramebuffer) {
-    Canvas canvas(4, 4, 0);
+    DrawCanvas canvas(4, 4);
     const auto file = sqi_test::Uniform(4, 4, 0, 31, 0, 0, 255);
     // A widget hanging off the bottom-right corner.
-    ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), canvas.Target(2, 2, 8, 8)));
+    ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), Target(canvas, 2, 2, 8, 8)));
     EXPECT_EQ(canvas.At(1, 1), 0u);
     EXPECT_NE(canvas.At(3, 3), 0u);
+    EXPECT_TRUE(canvas.PaddingIs(0)) << "rows end at the framebuffer's width, not its stride";
     // AutoFillOut overhangs the widget and is cut at its edges.
-    Canvas wide(10, 10, 0);
-    ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), wide.Target(2, 4, 6, 2, kFillAutoFillOut)));
+    DrawCanvas wide(10, 10);
+    ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), Target(wide, 2, 4, 6, 2, kFillAutoFillOut)));
     EXPECT_EQ(wide.At(2, 3), 0u);
     EXPECT_NE(wide.At(2, 4), 0u);
     EXPECT_NE(wide.At(7, 5), 0u);
@@ -208,13 +176,13 @@ TEST(SqiDraw, ClipsToWidgetAndFramebuffer) {
 }
 
 TEST(SqiDraw, ShortOrEmptyFilesAreRefusedOrDrawnSafely) {
-    Canvas canvas(4, 4, 0);
+    DrawCanvas canvas(4, 4);
     const uint8_t header[4] = {1, 0, 1, 0};
-    EXPECT_FALSE(Sqi_Draw(header, sizeof header, canvas.Target(0, 0, 4, 4)));
+    EXPECT_FALSE(Sqi_Draw(header, sizeof header, Target(canvas, 0, 0, 4, 4)));
     // A header with no planes: every plane reads as zeros, coverage 0.
     const uint8_t bare[8] = {4, 0, 4, 0, 0, 0, 0, 0};
-    Canvas keep(4, 4, Sqi_PixelFrom565(1, 2, 3));
-    EXPECT_TRUE(Sqi_Draw(bare, sizeof bare, keep.Target(0, 0, 4, 4)));
+    DrawCanvas keep(4, 4, Sqi_PixelFrom565(1, 2, 3));
+    EXPECT_TRUE(Sqi_Draw(bare, sizeof bare, Target(keep, 0, 0, 4, 4)));
     EXPECT_EQ(keep.At(2, 2), Sqi_PixelFrom565(1, 2, 3));
 }
 
