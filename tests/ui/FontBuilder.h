@@ -3,9 +3,12 @@
 // that made the shipped font.
 #pragma once
 
+#include "ui/font/Font.h"
 #include "ui/font/Font_Format.h"
 
 #include <cstdint>
+#include <memory>
+#include <tuple>
 #include <vector>
 
 struct TestGlyph {
@@ -91,4 +94,29 @@ struct TestFont {
 inline std::vector<std::pair<int, int>> TestFont_Box(int x0, int y0, int x1, int y1) {
     const int s = kFontSubUnits;
     return {{x0 * s, y0 * s}, {x0 * s, y1 * s}, {x1 * s, y1 * s}, {x1 * s, y0 * s}};
+}
+
+// A box 8 x 20 design units standing on the baseline at x 2, advance 18 units
+// (14 after the default spacing of -4), its stem at x 2 unless told.
+inline TestGlyph TestFont_BoxGlyph(uint16_t code, int16_t stem = 2 * kFontSubUnits) {
+    TestGlyph g;
+    g.code = code;
+    g.advance = 18 * kFontSubUnits;
+    g.stemX = stem;
+    g.contours = {TestFont_Box(2, 0, 10, 20)};
+    return g;
+}
+
+inline std::unique_ptr<Font> TestFont_Load(const TestFont& f) {
+    const std::vector<uint8_t> b = f.Bytes();
+    return Font_Load(b.data(), b.size());
+}
+
+// A font of the given glyphs, their codes ascending, and kerning pairs.
+inline std::unique_ptr<Font> TestFont_LoadGlyphs(
+    std::vector<TestGlyph> glyphs, std::vector<std::tuple<uint16_t, uint16_t, int16_t>> kerning = {}) {
+    TestFont f;
+    f.glyphs = std::move(glyphs);
+    f.kerning = std::move(kerning);
+    return TestFont_Load(f);
 }

@@ -16,26 +16,21 @@ uint32_t U32(const std::vector<uint8_t>& b, size_t at) {
     return U16(b, at) | (U16(b, at + 2) << 16);
 }
 
+// 'I' and the replacement glyph, kerned against itself.
 TestFont TwoGlyphs() {
     TestFont f;
-    TestGlyph i;
-    i.code = 'I';
-    i.advance = 18 * kFontSubUnits;
-    i.stemX = 2 * kFontSubUnits;
-    i.contours = {TestFont_Box(2, 0, 10, 20)};
     TestGlyph r;
     r.code = 0xFFFD;
     r.advance = 10 * kFontSubUnits;
     r.contours = {TestFont_Box(0, 0, 6, 6)};
-    f.glyphs = {i, r};
+    f.glyphs = {TestFont_BoxGlyph('I'), r};
     f.replacement = 1;
     f.kerning = {{0, 0, -2 * kFontSubUnits}};
     return f;
 }
 
 TEST(FontLoad, HandMadeEntryReadsBack) {
-    const std::vector<uint8_t> b = TwoGlyphs().Bytes();
-    const auto font = Font_Load(b.data(), b.size());
+    const auto font = TestFont_Load(TwoGlyphs());
     ASSERT_NE(font, nullptr);
     EXPECT_EQ(font->designSize, 48);
     EXPECT_EQ(font->ascent, 36 * kFontSubUnits);

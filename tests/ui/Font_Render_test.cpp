@@ -10,26 +10,8 @@ namespace {
 constexpr Colour565 kWhite = 0xFFFF;
 const uint32_t kFull = Draw_PixelFrom565(kWhite);
 
-// Glyph 'I': a box 8 x 20 design units standing on the baseline at x 2;
-// advance 14 units after the default spacing (-4).
-TestGlyph BoxGlyph(uint16_t code, int16_t stem = 2 * kFontSubUnits) {
-    TestGlyph g;
-    g.code = code;
-    g.advance = 18 * kFontSubUnits;
-    g.stemX = stem;
-    g.contours = {TestFont_Box(2, 0, 10, 20)};
-    return g;
-}
-
-std::unique_ptr<Font> Load(const TestFont& f) {
-    const std::vector<uint8_t> b = f.Bytes();
-    return Font_Load(b.data(), b.size());
-}
-
-TEST(FontRender, BoxOnTheGridFillsExactlyItsPixels) {
-    TestFont f;
-    f.glyphs = {BoxGlyph('I')};
-    const auto font = Load(f);
+TEST(FontRender, BoxOnTheGridFillsExactlyItsPixelsAndItsStemLandsOnAPixelBoundary) {
+    const auto font = TestFont_LoadGlyphs({TestFont_BoxGlyph('I')});
     ASSERT_NE(font, nullptr);
     // At the design size one design unit is one pixel; at half of it, half a pixel.
     for (auto [height, unit] : {std::pair{48, 2}, std::pair{24, 1}}) {
@@ -42,13 +24,29 @@ TEST(FontRender, BoxOnTheGridFillsExactlyItsPixels) {
                 ASSERT_EQ(c.At(x, y), inside ? kFull : 0u) << "height " << height << " at " << x << "," << y;
             }
     }
+
+    // At height 36 a unit is 0.75 px: the box's left edge at 2 units would be
+    // at 1.5 px; the stem alignment moves it to a whole pixel.
+    DrawCanvas c(20, 30);
+    Font_DrawText(c.surface, *font, 0, 25, 36, "I", kWhite);
+    int32_t firstFull = -1;
+    for (int32_t x = 0; x < 20 && firstFull < 0; ++x)
+        if (c.At(x, 20) == kFull) firstFull = x;
+    ASSERT_GE(firstFull, 1);
+    EXPECT_EQ(c.At(firstFull - 1, 20), 0u) << "no half-covered column left of the stem";
+
+    // No stem: the designed place, half a pixel off the grid.
+    const auto soft = TestFont_LoadGlyphs({TestFont_BoxGlyph('I', 0)});
+    DrawCanvas d(20, 30);
+    Font_DrawText(d.surface, *soft, 0, 25, 36, "I", kWhite);
+    const int32_t g = Draw_FieldsOfPixel(d.At(1, 20)).g;
+    EXPECT_GT(g, 0);
+    EXPECT_LT(g, 63);
 }
 
 TEST(FontRender, AdvanceSpacingAndKerningMoveThePen) {
-    TestFont f;
-    f.glyphs = {BoxGlyph('I'), BoxGlyph('J')};
-    f.kerning = {{0, 1, -3 * kFontSubUnits}};
-    const auto font = Load(f);
+    const auto font =
+        TestFont_LoadGlyphs({TestFont_BoxGlyph('I'), TestFont_BoxGlyph('J')}, {{0, 1, -3 * kFontSubUnits}});
     ASSERT_NE(font, nullptr);
     EXPECT_EQ(Font_MeasureText(*font, 48, "II").width, 28);
     EXPECT_EQ(Font_MeasureText(*font, 48, "IJ").width, 25) << "kerned by 3 units";
@@ -62,45 +60,16 @@ TEST(FontRender, AdvanceSpacingAndKerningMoveThePen) {
 
     DrawCanvas c(60, 30);
     EXPECT_EQ(Font_DrawText(c.surface, *font, 0, 25, 48, "IJ", kWhite), 25);
-    EXPECT_EQ(c.At(2, 20), kFull);
-    EXPECT_EQ(c.At(9, 20), kFull);
-    EXPECT_EQ(c.At(10, 20), 0u);
-    EXPECT_EQ(c.At(12, 20), 0u);
-    EXPECT_EQ(c.At(13, 20), kFull) << "J starts at 14 - 3 + 2";
-    EXPECT_EQ(c.At(20, 20), kFull);
-    EXPECT_EQ(c.At(21, 20), 0u);
-}
-
-TEST(FontRender, StemLandsOnAPixelBoundary) {
-    // At height 36 a unit is 0.75 px: the box's left edge at 2 units would be
-    // at 1.5 px; the stem alignment moves it to a whole pixel.
-    TestFont f;
-    f.glyphs = {BoxGlyph('I')};
-    const auto font = Load(f);
-    DrawCanvas c(20, 30);
-    Font_DrawText(c.surface, *font, 0, 25, 36, "I", kWhite);
-    int32_t firstFull = -1;
-    for (int32_t x = 0; x < 20 && firstFull < 0; ++x)
-        if (c.At(x, 20) == kFull) firstFull = x;
-    ASSERT_GE(firstFull, 1);
-    EXPECT_EQ(c.At(firstFull - 1, 20), 0u) << "no half-covered column left of the stem";
-
-    TestFont plain;
-    plain.glyphs = {BoxGlyph('I', 0)};  // no stem: the designed place, half a pixel off the grid
-    const auto soft = Load(plain);
-    DrawCanvas d(20, 30);
-    Font_DrawText(d.surface, *soft, 0, 25, 36, "I", kWhite);
-    const int32_t g = Draw_FieldsOfPixel(d.At(1, 20)).g;
-    EXPECT_GT(g, 0);
-    EXPECT_LT(g, 63);
+    // I covers 2..9, J starts at 14 - 3 + 2.
+    for (auto [x, inked] :
+         {std::pair{2, true}, {9, true}, {10, false}, {12, false}, {13, true}, {20, true}, {21, false}})
+        EXPECT_EQ(c.At(x, 20), inked ? kFull : 0u) << x;
 }
 
 TEST(FontRender, OverlappingContoursDoNotCancelOrOverflow) {
-    TestFont f;
-    TestGlyph g = BoxGlyph('I');
+    TestGlyph g = TestFont_BoxGlyph('I');
     g.contours.push_back(TestFont_Box(6, 0, 14, 20));  // overlaps the first box in x 6..10
-    f.glyphs = {g};
-    const auto font = Load(f);
+    const auto font = TestFont_LoadGlyphs({g});
     DrawCanvas c(40, 30);
     Font_DrawText(c.surface, *font, 0, 25, 48, "I", kWhite);
     for (int32_t x = 2; x < 14; ++x) EXPECT_EQ(c.At(x, 15), kFull) << x;
@@ -111,18 +80,15 @@ TEST(FontRender, TwoControlPointsImplyTheOnCurvePointBetween) {
     // A rounded cap: (0,0) on, (0,16) off, (8,16) on, (16,16) off, (16,0) on;
     // the same with the middle point left out must draw the same pixels.
     const int s = kFontSubUnits;
-    TestGlyph with;
-    with.code = 'A';
-    with.advance = 24 * s;
-    with.contours = {{{0, 0}, {0, 16 * s}, {8 * s, 16 * s}, {16 * s, 16 * s}, {16 * s, 0}}};
-    with.offCurve = {{0, 1}, {0, 3}};
-    TestGlyph without = with;
-    without.code = 'B';
-    without.contours = {{{0, 0}, {0, 16 * s}, {16 * s, 16 * s}, {16 * s, 0}}};
-    without.offCurve = {{0, 1}, {0, 2}};
-    TestFont f;
-    f.glyphs = {with, without};
-    const auto font = Load(f);
+    const TestGlyph with{.code = 'A',
+                         .advance = 24 * s,
+                         .contours = {{{0, 0}, {0, 16 * s}, {8 * s, 16 * s}, {16 * s, 16 * s}, {16 * s, 0}}},
+                         .offCurve = {{0, 1}, {0, 3}}};
+    const TestGlyph without{.code = 'B',
+                            .advance = 24 * s,
+                            .contours = {{{0, 0}, {0, 16 * s}, {16 * s, 16 * s}, {16 * s, 0}}},
+                            .offCurve = {{0, 1}, {0, 2}}};
+    const auto font = TestFont_LoadGlyphs({with, without});
     ASSERT_NE(font, nullptr);
     DrawCanvas a(30, 30), b(30, 30);
     Font_DrawText(a.surface, *font, 2, 25, 48, "A", kWhite);

@@ -23,30 +23,17 @@ protected:
     const Font* font = nullptr;
 };
 
-TEST_F(FontText, TheLineBoxIsTheHeightAndWidthsScaleWithIt) {
-    for (int32_t h : {9, 12, 18, 32}) {
-        const TextMetrics m = Font_MeasureText(*font, h, "Hg");
-        EXPECT_EQ(m.ascent + m.descent, h);
-        EXPECT_GT(m.descent, 0);
-        EXPECT_EQ(Width(h, ""), 0);
-    }
-    // Twice the height, twice the width within a pixel per letter.
-    const std::string_view text = "Denoise 12.5";
-    EXPECT_NEAR(Width(24, text), 2 * Width(12, text), double(text.size()));
-    EXPECT_NEAR(Width(36, text), 3 * Width(12, text), double(text.size()));
-}
-
 TEST_F(FontText, ControlAndUnknownCharactersAndBrokenUtf8) {
-    EXPECT_EQ(Width(14, "A\tB\r\x7F"), Width(14, "AB")) << "control characters take no room";
-    const int32_t replacement = Width(14, "\xEF\xBF\xBD");
-    EXPECT_GT(replacement, 0);
-    EXPECT_EQ(Width(14, "\xE4\xB8\x80"), replacement) << "U+4E00 is not in the font";
-    EXPECT_EQ(Width(14, "\xFF"), replacement) << "a byte that starts nothing";
-    EXPECT_EQ(Width(14, "\xC3"), replacement) << "a sequence cut short";
-    EXPECT_EQ(Width(14, "\xC0\xAF"), Width(14, "\xEF\xBF\xBD\xEF\xBF\xBD"))
-        << "an overlong slash, byte by byte";
-    EXPECT_EQ(Width(14, "\xC2\xB0"), Width(14, "\xC2\xB0")) << "the degree sign decodes";
-    EXPECT_NE(Width(14, "\xC2\xB0"), replacement);
+    const std::string r = "\xEF\xBF\xBD";  // U+FFFD
+    EXPECT_GT(Width(14, r), 0);
+    EXPECT_NE(Width(14, "\xC2\xB0"), Width(14, r)) << "the degree sign decodes";
+    // Each text takes the room of the one beside it.
+    for (auto [text, same] : {std::pair<std::string, std::string>{"A\tB\r\x7F", "AB"},  // controls take none
+                              {"\xE4\xB8\x80", r},   // U+4E00 is not in the font
+                              {"\xFF", r},           // a byte that starts nothing
+                              {"\xC3", r},           // a sequence cut short
+                              {"\xC0\xAF", r + r}})  // an overlong slash, byte by byte
+        EXPECT_EQ(Width(14, text), Width(14, same)) << text;
 }
 
 TEST(FontUtf8, DecodesValidSequencesAndReplacesMalformedOnesByteByByte) {
@@ -55,24 +42,27 @@ TEST(FontUtf8, DecodesValidSequencesAndReplacesMalformedOnesByteByByte) {
         for (size_t at = 0; at < s.size();) out.push_back(Utf8_Next(s, &at));
         return out;
     };
-    EXPECT_EQ(decode("A\xC2\xB5\xE2\x86\x92\xF0\x9F\x98\x80"),
-              (std::vector<uint32_t>{'A', 0xB5, 0x2192, 0x1F600}));
-    EXPECT_EQ(decode("\xED\xA0\x80"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 0xFFFD})) << "a surrogate";
-    EXPECT_EQ(decode("\xE0\x80\x80"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 0xFFFD})) << "overlong";
-    EXPECT_EQ(decode("\xF4\x90\x80\x80"), (std::vector<uint32_t>{0xFFFD, 0xFFFD, 0xFFFD, 0xFFFD}))
-        << "past U+10FFFF";
-    EXPECT_EQ(decode("\xE2\x86"
-                     "A"),
-              (std::vector<uint32_t>{0xFFFD, 0xFFFD, 'A'}))
-        << "cut short";
+    constexpr uint32_t r = 0xFFFD;
+    const std::pair<std::string_view, std::vector<uint32_t>> cases[] = {
+        {"A\xC2\xB5\xE2\x86\x92\xF0\x9F\x98\x80", {'A', 0xB5, 0x2192, 0x1F600}},
+        {"\xED\xA0\x80", {r, r, r}},         // a surrogate
+        {"\xE0\x80\x80", {r, r, r}},         // overlong
+        {"\xF4\x90\x80\x80", {r, r, r, r}},  // past U+10FFFF
+        {"\xE2\x86\x41", {r, r, 'A'}},       // cut short by an "A"
+    };
+    for (const auto& [text, expected] : cases) EXPECT_EQ(decode(text), expected) << text;
 }
 
+// The line box is the height, and ink stays inside the measured box.
 TEST_F(FontText, InkStaysInTheMeasuredBoxAndDrawingReturnsTheWidth) {
-    for (int32_t h : {9, 14, 18, 32}) {
+    for (int32_t h : {9, 12, 14, 18, 32}) {
         const std::string_view text = "Hxgy AVÉÅj";
         DrawCanvas c(400, 100);
         const int32_t x = 20, baseline = 60;
         const TextMetrics m = Font_MeasureText(*font, h, text);
+        EXPECT_EQ(m.ascent + m.descent, h);
+        EXPECT_GT(m.descent, 0);
+        EXPECT_EQ(Width(h, ""), 0);
         EXPECT_EQ(Font_DrawText(c.surface, *font, x, baseline, h, text, kWhite), m.width);
         int inked = 0;
         for (int32_t py = 0; py < 100; ++py)
@@ -87,6 +77,10 @@ TEST_F(FontText, InkStaysInTheMeasuredBoxAndDrawingReturnsTheWidth) {
         EXPECT_GT(inked, h * 4);
         EXPECT_TRUE(c.PaddingIs(0));
     }
+    // Twice the height, twice the width within a pixel per letter.
+    const std::string_view text = "Denoise 12.5";
+    EXPECT_NEAR(Width(24, text), 2 * Width(12, text), double(text.size()));
+    EXPECT_NEAR(Width(36, text), 3 * Width(12, text), double(text.size()));
 }
 
 TEST_F(FontText, TextIsClippedAndCachedRenderingsRepeatExactly) {
