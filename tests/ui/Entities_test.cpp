@@ -9,8 +9,6 @@ std::string Metric(const Toolkit& tk, const char* name) {
     return v ? v : "(undefined)";
 }
 
-auto WithScreen = ToolkitTest_Screen;
-
 TEST(EntityTable, DefineReplacesAndIgnoresEmpty) {
     EntityTable t;
     Entity_Define(&t, "&system-language;", "english");
@@ -25,14 +23,8 @@ TEST(EntityTable, DefineReplacesAndIgnoresEmpty) {
     EXPECT_EQ(Entity_Lookup(&t, "&System-language;"), nullptr);
 }
 
-TEST(SystemEntities, OrientationFollowsTheScreen) {
-    EXPECT_EQ(Metric(*WithScreen(800, 480), "&system-orientation;"), "landscape");
-    EXPECT_EQ(Metric(*WithScreen(480, 800), "&system-orientation;"), "portrait");
-    EXPECT_EQ(Metric(*WithScreen(600, 600), "&system-orientation;"), "portrait");
-}
-
 // The minimal object size is 1/18 of the shorter side, capped at 48, and the
-// metric entities derive from it.
+// metric entities derive from it; a square screen counts as portrait.
 TEST(SystemMetrics, FollowTheScreen) {
     struct Case {
         uint32_t w, h;
@@ -59,17 +51,19 @@ TEST(SystemMetrics, FollowTheScreen) {
         {17, 10, "&system-minimalobjectsizepixels;", "1"},  // never below one
         {17, 10, "&system-minimalobjectsizepixelsHalf;", "0"},
         {17, 10, "&system-buttonSizePixels;", "0"},
+        {800, 480, "&system-orientation;", "landscape"},
+        {480, 800, "&system-orientation;", "portrait"},
+        {600, 600, "&system-orientation;", "portrait"},
     };
     for (const Case& c : cases)
-        EXPECT_EQ(Metric(*WithScreen(c.w, c.h), c.name), c.value) << c.w << " " << c.name;
-    auto tk = WithScreen(1920, 1080);
-    EXPECT_EQ(tk->minimalObjectSizeX, 48);
-    EXPECT_EQ(tk->minimalObjectSizeY, 48);
-    EXPECT_EQ(Toolkit_MetricPixels(tk.get(), "&system-buttonSizePixels;"), 36);
+        EXPECT_EQ(Metric(*ToolkitTest_Screen(c.w, c.h), c.name), c.value) << c.w << " " << c.name;
 }
 
 TEST(SystemMetrics, LargeInterfaceCapAndRedefinition) {
-    auto tk = WithScreen(1920, 1080);
+    auto tk = ToolkitTest_Screen(1920, 1080);
+    EXPECT_EQ(tk->minimalObjectSizeX, 48);
+    EXPECT_EQ(tk->minimalObjectSizeY, 48);
+    EXPECT_EQ(Toolkit_MetricPixels(tk.get(), "&system-buttonSizePixels;"), 36);
     Toolkit_SetMinimalObjectSize(tk.get(), 60, 60, 96, 96);
     EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixels;"), "60");
     EXPECT_EQ(Metric(*tk, "&system-buttonSizePixels;"), "45");

@@ -4,13 +4,14 @@
 
 namespace {
 
-constexpr int32_t kWhole = 32768;
+constexpr int32_t kWhole = 32768, kHalf = 16384;
 
-// A layout covering its whole parent, with the given splits and minimum bands.
-Widget MakeLayout(const GeometryRecord& geometry) {
+// A layout covering its parent's height, with the given splits and minimum bands.
+Widget MakeLayout(const GeometryRecord& geometry, int32_t x = 0, int32_t width = kWhole) {
     Widget w;
     w.type = kWidgetLayout;
-    w.width = kWhole;
+    w.x = x;
+    w.width = width;
     w.height = kWhole;
     auto record = std::make_unique<LayoutRecord>();
     record->geometry = geometry;
@@ -18,24 +19,28 @@ Widget MakeLayout(const GeometryRecord& geometry) {
     return w;
 }
 
-CellRect Cell(int32_t pw, int32_t ph, uint32_t q, const Widget* w) {
+// The cell's x, y, width and height in units.
+std::vector<int32_t> Cell(int32_t pw, int32_t ph, uint32_t q, const Widget* w) {
     CellRect r;
     Layout_CellRect(pw, ph, q, w, &r);
-    return r;
+    return {r.x, r.y, r.width, r.height};
 }
 
 // Splits and minimum bands in their fixed order: a minimum moves a split
 // when its band is too narrow, the top band never passes the bottom split,
 // a left band wider than the centre empties it, a left split beyond the
-// right one takes the right split along.
+// right one takes the right split along. A layout placed in part of its
+// parent splits its own rectangle.
 TEST(LayoutCells, SplitsAndMinimumBands) {
     struct Case {
         GeometryRecord g;  // left, top, right, bottom splits; then the four minimums in pixels
         int32_t pw, ph;
         uint32_t quadrant;
         CellRect expected;
+        int32_t x = 0, width = kWhole;  // the layout's place across its parent
     };
     const GeometryRecord half{8192, 0, 24576, kWhole};  // 25% and 75% across, the whole height
+    const GeometryRecord quarters{kHalf, kHalf, kHalf, kHalf};
     const Case cases[] = {
         {half, 1000, 600, kQuadrantCenter, {8192, 0, 16384, kWhole}},  // 500 of 1000 pixels
         {half, 1000, 600, kQuadrantNorth, {8192, 0, 16384, 0}},
@@ -56,11 +61,11 @@ TEST(LayoutCells, SplitsAndMinimumBands) {
         {{24576, 0, 8192, kWhole, 10, 0, 0, 0}, 1000, 500, kQuadrantEast, {24576, 0, 8192, kWhole}},
         {{24576, 0, 8192, kWhole, 10, 0, 0, 0}, 1000, 500, kQuadrantCenter, {24576, 0, 0, kWhole}},
         {{8192, 8192, 24576, 24576}, 800, 600, 9, {0, 0, 0, 0}},  // no such quadrant
+        {quarters, 1000, 1000, kQuadrantSouthEast, {24576, kHalf, 8192, kHalf}, kHalf, kHalf},  // right half
     };
     for (const Case& c : cases) {
-        const Widget w = MakeLayout(c.g);
-        const CellRect r = Cell(c.pw, c.ph, c.quadrant, &w);
-        EXPECT_EQ(std::vector<int32_t>({r.x, r.y, r.width, r.height}),
+        const Widget w = MakeLayout(c.g, c.x, c.width);
+        EXPECT_EQ(Cell(c.pw, c.ph, c.quadrant, &w),
                   std::vector<int32_t>({c.expected.x, c.expected.y, c.expected.width, c.expected.height}))
             << "quadrant " << c.quadrant << " of " << c.pw << "x" << c.ph << " minimums "
             << c.g.minTopLeftPixelsX << "," << c.g.minTopLeftPixelsY << "," << c.g.minBottomRightPixelsX
@@ -75,29 +80,14 @@ TEST(LayoutCells, NonLayoutsAndOddInput) {
     label.y = 2000;
     label.width = 3000;
     label.height = 4000;
-    const CellRect whole = Cell(800, 600, kQuadrantCenter, &label);
-    EXPECT_EQ(whole.x, 1000);
-    EXPECT_EQ(whole.y, 2000);
-    EXPECT_EQ(whole.width, 3000);
-    EXPECT_EQ(whole.height, 4000);
-    EXPECT_EQ(Cell(800, 600, kQuadrantNorthWest, &label).width, 0);
-    const CellRect none = Cell(800, 600, kQuadrantCenter, nullptr);
-    EXPECT_EQ(none.width, kWhole);
-    EXPECT_EQ(none.height, kWhole);
+    EXPECT_EQ(Cell(800, 600, kQuadrantCenter, &label), (std::vector<int32_t>{1000, 2000, 3000, 4000}));
+    EXPECT_EQ(Cell(800, 600, kQuadrantNorthWest, &label)[2], 0);
+    const std::vector<int32_t> none = Cell(800, 600, kQuadrantCenter, nullptr);
+    EXPECT_EQ(none[2], kWhole);
+    EXPECT_EQ(none[3], kWhole);
     // A layout record on a widget of zero width behaves as one cell.
-    Widget w = MakeLayout({8192, 8192, 24576, 24576});
-    w.width = 0;
-    EXPECT_EQ(Cell(800, 600, kQuadrantCenter, &w).height, kWhole);
-}
-
-TEST(LayoutCells, OffsetLayoutUsesItsOwnRectangle) {
-    Widget w = MakeLayout({16384, 16384, 16384, 16384});
-    w.x = 16384;
-    w.width = 16384;
-    const CellRect se = Cell(1000, 1000, kQuadrantSouthEast, &w);
-    EXPECT_EQ(se.x, 16384 + 8192);
-    EXPECT_EQ(se.width, 8192);
-    EXPECT_EQ(se.y, 16384);
+    const Widget w = MakeLayout({8192, 8192, 24576, 24576}, 0, 0);
+    EXPECT_EQ(Cell(800, 600, kQuadrantCenter, &w)[3], kWhole);
 }
 
 TEST(LayoutPlacement, FormWidgetsLandInTheirCells) {
@@ -112,16 +102,11 @@ TEST(LayoutPlacement, FormWidgetsLandInTheirCells) {
     Widget* button = Widget_FindById(tk->root.get(), Widget_PackId("BtKp"));
     Widget* centre = Widget_FindById(tk->root.get(), Widget_PackId("Cent"));
     ASSERT_TRUE(east && button && centre);
-    const PixelRect e = Widget_PixelRect(tk.get(), east);
-    EXPECT_EQ(e.x, 750);
-    EXPECT_EQ(e.width, 250);
-    EXPECT_EQ(e.height, 500);
-    const PixelRect b = Widget_PixelRect(tk.get(), button);
-    EXPECT_EQ(b.x, 750);
-    EXPECT_EQ(b.width, 250);
-    const PixelRect c = Widget_PixelRect(tk.get(), centre);
-    EXPECT_EQ(c.x, 250);
-    EXPECT_EQ(c.width, 500);
+    for (auto [w, x, width] : {std::tuple{east, 750, 250}, {button, 750, 250}, {centre, 250, 500}}) {
+        const PixelRect r = Widget_PixelRect(tk.get(), w);
+        EXPECT_EQ(std::pair(r.x, r.width), std::pair(x, width)) << w->id;
+    }
+    EXPECT_EQ(Widget_PixelRect(tk.get(), east).height, 500);
 
     // The same form on a new screen size, placed again.
     Toolkit_SetScreen(tk.get(), 400, 300, 400, nullptr);

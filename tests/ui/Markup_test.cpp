@@ -7,62 +7,70 @@
 
 namespace {
 
-Widget* Find(Toolkit* tk, const char* id) {
-    return Widget_FindById(tk->root.get(), Widget_PackId(id));
-}
+// Markup read into a bare context on an 800 x 480 screen.
+class MarkupTest : public testing::Test {
+protected:
+    std::unique_ptr<Toolkit> tk = ToolkitTest_Screen();
 
-template <class Record>
-const Record* Rec(Toolkit* tk, const char* id) {
-    const Record* record = Widget_Record<Record>(Find(tk, id));
-    EXPECT_NE(record, nullptr) << id;
-    return record;
-}
+    Widget* Load(const std::string& markup, Widget* parent = nullptr, const char* name = "test.xml") {
+        return ToolkitTest_Load(tk.get(), markup, parent, name);
+    }
+    Widget* Find(const char* id) { return Widget_FindById(tk->root.get(), Widget_PackId(id)); }
+    template <class Record>
+    const Record* Rec(const char* id) {
+        const Record* record = Widget_Record<Record>(Find(id));
+        EXPECT_NE(record, nullptr) << id;
+        return record;
+    }
+    std::string LabelText(const char* id) {
+        const auto* label = Widget_Record<LabelRecord>(Find(id));
+        return label ? label->text : "(no label)";
+    }
+};
+using MarkupIdentifiers = MarkupTest;
+using MarkupTree = MarkupTest;
+using MarkupAttributes = MarkupTest;
+using MarkupExpansion = MarkupTest;
+using MarkupConditionals = MarkupTest;
+using MarkupStructure = MarkupTest;
+using LevelSetterLabel = MarkupTest;
+using ToolkitEventsDeathTest = MarkupTest;
 
-std::string LabelText(Toolkit* tk, const char* id) {
-    const auto* label = Widget_Record<LabelRecord>(Find(tk, id));
-    return label ? label->text : "(no label)";
-}
-
-TEST(MarkupIdentifiers, PackedFirstCharacterMostSignificantAndNotCapturedByNavIds) {
+TEST_F(MarkupIdentifiers, PackedFirstCharacterMostSignificantAndNotCapturedByNavIds) {
     EXPECT_EQ(Widget_PackId("MFrm"), 0x4D46726Du);
     EXPECT_EQ(Widget_PackId("LONGER"), Widget_PackId("LONG"));
-    auto tk = ToolkitTest_Screen();
-    ToolkitTest_Load(tk.get(), R"(<FORM ID="BTOK"></FORM><FORM ID="AB"></FORM>)"
-                               R"(<FORM><BUTTON NavLeftID="Left" NavRightID="Rght" ID="BtOk"></BUTTON>)"
-                               R"(<BUTTON NavLeftID="Only"></BUTTON></FORM>)");
+    Load(R"(<FORM ID="BTOK"></FORM><FORM ID="AB"></FORM>)"
+         R"(<FORM><BUTTON NavLeftID="Left" NavRightID="Rght" ID="BtOk"></BUTTON>)"
+         R"(<BUTTON NavLeftID="Only"></BUTTON></FORM>)");
     ASSERT_EQ(tk->root->children.size(), 3u);
     EXPECT_EQ(tk->root->children[0]->id, 0x42544F4Bu);
     EXPECT_EQ(tk->root->children[1]->id, 0x41420000u);
     Widget* form = tk->root->children[2].get();
     ASSERT_EQ(form->children.size(), 2u);
     EXPECT_EQ(form->children[0]->id, Widget_PackId("BtOk"));
-    EXPECT_EQ(Rec<ButtonRecord>(tk.get(), "BtOk")->navigation.navLeft, Widget_PackId("Left"));
-    EXPECT_EQ(Rec<ButtonRecord>(tk.get(), "BtOk")->navigation.navRight, Widget_PackId("Rght"));
+    EXPECT_EQ(Rec<ButtonRecord>("BtOk")->navigation.navLeft, Widget_PackId("Left"));
+    EXPECT_EQ(Rec<ButtonRecord>("BtOk")->navigation.navRight, Widget_PackId("Rght"));
     EXPECT_EQ(form->children[1]->id, 0u);  // NavLeftID's tail is not an ID
     EXPECT_EQ(Widget_Record<ButtonRecord>(form->children[1].get())->navigation.navLeft,
               Widget_PackId("Only"));
 }
 
-TEST(MarkupTree, FindByIdIsDepthFirstPreOrder) {
-    auto tk = ToolkitTest_Screen();
-    ToolkitTest_Load(
-        tk.get(),
-        R"(<FORM ID="Root">)"
-        R"(<LAYOUT ID="L1__"><LAYOUT ID="Deep"><LABEL ID="Same" Text="first"></LABEL></LAYOUT></LAYOUT>)"
-        R"(<LABEL ID="Same" Text="second"></LABEL>)"
-        R"(</FORM>)");
-    Widget* form = Find(tk.get(), "Root");
+TEST_F(MarkupTree, FindByIdIsDepthFirstPreOrder) {
+    Load(R"(<FORM ID="Root">)"
+         R"(<LAYOUT ID="L1__"><LAYOUT ID="Deep"><LABEL ID="Same" Text="first"></LABEL></LAYOUT></LAYOUT>)"
+         R"(<LABEL ID="Same" Text="second"></LABEL>)"
+         R"(</FORM>)");
+    Widget* form = Find("Root");
     ASSERT_NE(form, nullptr);
     EXPECT_EQ(Widget_FindById(form, Widget_PackId("Root")), form);
-    EXPECT_EQ(LabelText(tk.get(), "Same"), "first");
+    EXPECT_EQ(LabelText("Same"), "first");
     EXPECT_EQ(Widget_FindById(form, Widget_PackId("None")), nullptr);
     Widget* second = form->children[1].get();
     EXPECT_EQ(Widget_FindById(second, Widget_PackId("Same")), second);
 }
 
-TEST(MarkupTree, EveryElementMakesItsKindWithItsAttributes) {
-    auto tk = ToolkitTest_Screen();
-    ToolkitTest_Load(tk.get(), R"(<FORM ID="Form">
+TEST_F(MarkupTree, EveryElementMakesItsKindWithItsAttributes) {
+    Load(R"(<FORM ID="Form">
       <PELLUCIDAVIEW ID="View" TopLeftX="10%"></PELLUCIDAVIEW>
       <PELLUCIDAHISTOGRAM ID="Hist" NumBins="256"></PELLUCIDAHISTOGRAM>
       <VIRTUALKEYBOARD ID="Keys" NumbersOnly></VIRTUALKEYBOARD>
@@ -90,54 +98,49 @@ TEST(MarkupTree, EveryElementMakesItsKindWithItsAttributes) {
         {"Gest", kWidgetGestureArea},
     };
     for (auto [id, kind] : kinds) {
-        Widget* w = Find(tk.get(), id);
+        Widget* w = Find(id);
         ASSERT_NE(w, nullptr) << id;
         EXPECT_EQ(w->type, kind) << id;
         EXPECT_NE(w->data, nullptr) << id;
     }
-    EXPECT_EQ(Rec<HistogramRecord>(tk.get(), "Hist")->numBins, 256u);
-    EXPECT_TRUE(Rec<VirtualKeyboardRecord>(tk.get(), "Keys")->numbersOnly);
-    const auto* layout = Rec<LayoutRecord>(tk.get(), "Layt");
+    EXPECT_EQ(Rec<HistogramRecord>("Hist")->numBins, 256u);
+    EXPECT_TRUE(Rec<VirtualKeyboardRecord>("Keys")->numbersOnly);
+    const auto* layout = Rec<LayoutRecord>("Layt");
     EXPECT_EQ(layout->quadrant, kQuadrantSouth);
     EXPECT_TRUE(layout->metaFocus && layout->fillBackground);
     EXPECT_EQ(layout->navigation.quickKey, 'q');
-    const auto* button = Rec<ButtonRecord>(tk.get(), "Butn");
+    const auto* button = Rec<ButtonRecord>("Butn");
     EXPECT_EQ(button->text + "|" + button->resource, "Keep|icon_alert.sqi");
     EXPECT_EQ(button->textAlign, kAlignLeft);
     EXPECT_TRUE(button->noGloss && button->flat);
     EXPECT_EQ(button->rounded, 3u);
-    EXPECT_EQ(Rec<LabelRecord>(tk.get(), "Labl")->align, kAlignRight);
-    EXPECT_EQ(Rec<FieldRecord>(tk.get(), "Fiel")->align, kAlignCenter);
-    const auto* bitmap = Rec<BitmapRecord>(tk.get(), "Bitm");
+    EXPECT_EQ(Rec<LabelRecord>("Labl")->align, kAlignRight);
+    EXPECT_EQ(Rec<FieldRecord>("Fiel")->align, kAlignCenter);
+    const auto* bitmap = Rec<BitmapRecord>("Bitm");
     EXPECT_EQ(bitmap->fillMode, kFillNative);
     EXPECT_EQ(bitmap->align, kAlignBottom);
     EXPECT_TRUE(bitmap->fillBackground);
-    EXPECT_EQ(Rec<SelectorRecord>(tk.get(), "Sele")->items,
-              (std::vector<std::string>{"One", "Two", "Three"}));
+    EXPECT_EQ(Rec<SelectorRecord>("Sele")->items, (std::vector<std::string>{"One", "Two", "Three"}));
     // The setter's caption and value labels are its own children.
-    Widget* setter = Find(tk.get(), "LvS0");
+    Widget* setter = Find("LvS0");
     ASSERT_EQ(setter->children.size(), 2u);
-    EXPECT_EQ(Rec<LevelSetterRecord>(tk.get(), "LvS0")->captionLabel, setter->children[0].get());
-    EXPECT_EQ(Rec<LevelSetterRecord>(tk.get(), "LvS0")->valueLabel, setter->children[1].get());
+    EXPECT_EQ(Rec<LevelSetterRecord>("LvS0")->captionLabel, setter->children[0].get());
+    EXPECT_EQ(Rec<LevelSetterRecord>("LvS0")->valueLabel, setter->children[1].get());
 }
 
-TEST(MarkupAttributes, WordsMatchExactlyAndUnknownWordsChangeNothing) {
-    auto tk = ToolkitTest_Screen();
-    ToolkitTest_Load(
-        tk.get(),
+TEST_F(MarkupAttributes, WordsMatchExactlyAndGeometryValuesFollowTheScreen) {
+    tk = ToolkitTest_Screen(1920, 1080);
+    Load(
         R"(<FORM><BUTTON ID="B1" Rounded="Full"></BUTTON><BUTTON ID="B2" Rounded="Round"></BUTTON>)"
         R"(<BUTTON ID="B3" Rounded="full"></BUTTON><BITMAP ID="B4" FillMode="stretch"></BITMAP>)"
         R"(<LAYOUT ID="B5" Quadrant="NorthEast"></LAYOUT><LAYOUT ID="B6" Quadrant="Middle"></LAYOUT></FORM>)");
-    EXPECT_EQ(Rec<ButtonRecord>(tk.get(), "B1")->rounded, 15u);
-    EXPECT_EQ(Rec<ButtonRecord>(tk.get(), "B2")->rounded, 0u);
-    EXPECT_EQ(Rec<ButtonRecord>(tk.get(), "B3")->rounded, 0u);
-    EXPECT_EQ(Rec<BitmapRecord>(tk.get(), "B4")->fillMode, kFillAutoFit);
-    EXPECT_EQ(Rec<LayoutRecord>(tk.get(), "B5")->quadrant, kQuadrantNorthEast);
-    EXPECT_EQ(Rec<LayoutRecord>(tk.get(), "B6")->quadrant, kQuadrantCenter);
-}
-
-TEST(MarkupAttributes, GeometryValues) {
-    auto tk = ToolkitTest_Screen(1920, 1080);
+    // Unknown words change nothing.
+    EXPECT_EQ(Rec<ButtonRecord>("B1")->rounded, 15u);
+    EXPECT_EQ(Rec<ButtonRecord>("B2")->rounded, 0u);
+    EXPECT_EQ(Rec<ButtonRecord>("B3")->rounded, 0u);
+    EXPECT_EQ(Rec<BitmapRecord>("B4")->fillMode, kFillAutoFit);
+    EXPECT_EQ(Rec<LayoutRecord>("B5")->quadrant, kQuadrantNorthEast);
+    EXPECT_EQ(Rec<LayoutRecord>("B6")->quadrant, kQuadrantCenter);
     for (auto [text, value] : {std::pair{"50%", 16384},
                                {"100%", 32768},
                                {"33%", (33 << 15) / 100},
@@ -146,51 +149,49 @@ TEST(MarkupAttributes, GeometryValues) {
                                {"1234", 1234},
                                {"smallestobjectsizex", 0}})
         EXPECT_EQ(Markup_GeometryValue(tk.get(), text), value) << text;
-    ToolkitTest_Load(
-        tk.get(),
+    Load(
         R"(<LAYOUT ID="Geo_" TopLeftX="25%" BottomRightX="75%" TopLeftY="10" BottomRightY="&system-buttonSizePixels;")"
         R"( MinTopLeftPixelsX="SmallestObjectSizeX" MinBottomRightPixelsY="&system-buttonSizePixelsX2;"></LAYOUT>)");
-    const GeometryRecord& g = Rec<LayoutRecord>(tk.get(), "Geo_")->geometry;
+    const GeometryRecord& g = Rec<LayoutRecord>("Geo_")->geometry;
     EXPECT_EQ(std::vector<int32_t>({g.topLeftX, g.bottomRightX, g.topLeftY, g.bottomRightY,
                                     g.minTopLeftPixelsX, g.minBottomRightPixelsY}),
               std::vector<int32_t>({8192, 24576, 10, 36, 48, 72}));
 }
 
-TEST(MarkupExpansion, ReferencesExpandAsTheyCompleteAndValuesAreRescanned) {
-    auto tk = ToolkitTest_Screen();
-    ToolkitTest_Load(tk.get(),
-                     "<LABEL ID=\"Oum_\" Text=\"Sch&ouml;n\"></LABEL>"
-                     "<LABEL ID=\"Lang\" Text=\"&language-buttonlast;!\"></LABEL>"
-                     "<LABEL ID=\"Ctrl\" Text=\"a\tb\r\nc&lf;d\"></LABEL>"
-                     "<LABEL ID=\"Amp_\" Text=\"&quot;x&quot; &amp; y\"></LABEL>");
-    EXPECT_EQ(LabelText(tk.get(), "Oum_"), "Sch\xc3\xb6n");
-    EXPECT_EQ(LabelText(tk.get(), "Lang"), "&language-buttonlast;!");
-    EXPECT_EQ(LabelText(tk.get(), "Ctrl"), "abc\nd");
-    EXPECT_EQ(LabelText(tk.get(), "Amp_"), "\"x\" & y");
+TEST_F(MarkupExpansion, ReferencesExpandAsTheyCompleteAndValuesAreRescanned) {
+    Load(
+        "<LABEL ID=\"Oum_\" Text=\"Sch&ouml;n\"></LABEL>"
+        "<LABEL ID=\"Lang\" Text=\"&language-buttonlast;!\"></LABEL>"
+        "<LABEL ID=\"Ctrl\" Text=\"a\tb\r\nc&lf;d\"></LABEL>"
+        "<LABEL ID=\"Amp_\" Text=\"&quot;x&quot; &amp; y\"></LABEL>");
+    EXPECT_EQ(LabelText("Oum_"), "Sch\xc3\xb6n");
+    EXPECT_EQ(LabelText("Lang"), "&language-buttonlast;!");
+    EXPECT_EQ(LabelText("Ctrl"), "abc\nd");
+    EXPECT_EQ(LabelText("Amp_"), "\"x\" & y");
     // A reference that expands to itself stops.
     Entity_Define(&tk->markupEntities, "&loop;", "x&loop;");
-    ToolkitTest_Load(tk.get(), R"(<LABEL ID="Loop" Text="&loop;"></LABEL>)");
-    const std::string text = LabelText(tk.get(), "Loop");
+    Load(R"(<LABEL ID="Loop" Text="&loop;"></LABEL>)");
+    const std::string text = LabelText("Loop");
     EXPECT_EQ(text.substr(text.size() - 6), "&loop;");
     EXPECT_GT(text.size(), 100u);
 }
 
-TEST(MarkupExpansion, EntityDefinedInOneFormExpandsInALaterOneBeforeTheBuiltIns) {
-    auto tk = ToolkitTest_Screen();
-    ToolkitTest_Load(tk.get(),
-                     R"(<ENTITY STRING="Last" REFERENCE="&language-buttonlast;"></ENTITY>)"
-                     R"(<ENTITY STRING="only string"></ENTITY><ENTITY REFERENCE="&language-alone;"></ENTITY>)"
-                     R"(<ENTITY STRING="deutsch" REFERENCE="&system-os;"></ENTITY>)");
+TEST_F(MarkupExpansion, EntityDefinedInOneFormExpandsInALaterOneBeforeTheBuiltIns) {
+    Load(R"(<ENTITY STRING="Last" REFERENCE="&language-buttonlast;"></ENTITY>)"
+         R"(<ENTITY STRING="only string"></ENTITY><ENTITY REFERENCE="&language-alone;"></ENTITY>)"
+         R"(<ENTITY STRING="deutsch" REFERENCE="&system-os;"></ENTITY>)");
     EXPECT_EQ(Entity_Lookup(&tk->markupEntities, "&language-alone;"), nullptr);
     EXPECT_EQ(tk->root->children.size(), 0u);
     Entity_Define(&tk->markupEntities, "&system-language;", "francais");
-    ToolkitTest_Load(tk.get(), R"(<LABEL ID="Btn_" Text="&language-buttonlast; &amp; more"></LABEL>)"
-                               R"(<LABEL ID="Lng_" Text="&system-language;/&system-os;"></LABEL>)");
-    EXPECT_EQ(LabelText(tk.get(), "Btn_"), "Last & more");
-    EXPECT_EQ(LabelText(tk.get(), "Lng_"), "francais/deutsch");
+    Load(R"(<LABEL ID="Btn_" Text="&language-buttonlast; &amp; more"></LABEL>)"
+         R"(<LABEL ID="Lng_" Text="&system-language;/&system-os;"></LABEL>)");
+    EXPECT_EQ(LabelText("Btn_"), "Last & more");
+    EXPECT_EQ(LabelText("Lng_"), "francais/deutsch");
 }
 
-TEST(MarkupConditionals, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacter) {
+// Entities in a condition are expanded first; a section not shown defines no
+// entity either.
+TEST_F(MarkupConditionals, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacter) {
     const std::pair<const char*, bool> cases[] = {
         {R"(Condition="a!=b")", true},
         {R"(Condition="a=b")", false},
@@ -200,97 +201,73 @@ TEST(MarkupConditionals, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacter) 
         {R"(Condition="a!=a")", false},
         {R"(Condition="=x")", true},  // no "=" after the first character
         {"", false},
+        {R"(Condition="&system-orientation;=landscape")", true},  // 800 x 480
+        {R"(Condition="&system-orientation;=portrait")", false},
+        {R"(Condition="&system-language;!=english")", false},
     };
     for (auto [condition, shown] : cases) {
-        auto tk = ToolkitTest_Screen();
-        ToolkitTest_Load(tk.get(),
-                         std::string("<CONDITIONAL ") + condition +
-                             R"(><LABEL ID="In__"></LABEL></CONDITIONAL><LABEL ID="Aftr"></LABEL>)");
-        EXPECT_EQ(Find(tk.get(), "In__") != nullptr, shown) << condition;
-        EXPECT_NE(Find(tk.get(), "Aftr"), nullptr) << condition;
+        tk = ToolkitTest_Screen();
+        Load(
+            std::string("<CONDITIONAL ") + condition + R"(><LABEL ID="In__"></LABEL>)" +
+            R"(<ENTITY STRING="Back" REFERENCE="&language-back;"></ENTITY></CONDITIONAL><LABEL ID="Aftr"></LABEL>)");
+        EXPECT_EQ(Find("In__") != nullptr, shown) << condition;
+        EXPECT_EQ(Entity_Lookup(&tk->markupEntities, "&language-back;") != nullptr, shown) << condition;
+        EXPECT_NE(Find("Aftr"), nullptr) << condition;
     }
 }
 
-TEST(MarkupConditionals, EntitiesSelectTheSection) {
-    auto tk = ToolkitTest_Screen(480, 800);
-    ToolkitTest_Load(
-        tk.get(),
-        R"(<CONDITIONAL Condition="&system-orientation;=landscape"><LABEL ID="Land"></LABEL></CONDITIONAL>)"
-        R"(<CONDITIONAL Condition="&system-orientation;=portrait"><LABEL ID="Port"></LABEL></CONDITIONAL>)"
-        R"(<CONDITIONAL Condition="&system-language;!=english">)"
-        R"(<ENTITY STRING="Zurueck" REFERENCE="&language-back;"></ENTITY></CONDITIONAL>)");
-    EXPECT_EQ(Find(tk.get(), "Land"), nullptr);
-    EXPECT_NE(Find(tk.get(), "Port"), nullptr);
-    EXPECT_EQ(Entity_Lookup(&tk->markupEntities, "&language-back;"), nullptr);
-}
-
-TEST(MarkupConditionals, SectionsDoNotNest) {
-    auto tk = ToolkitTest_Screen();
+TEST_F(MarkupConditionals, SectionsDoNotNest) {
     testing::internal::CaptureStdout();
     // An inner "/CONDITIONAL" re-activates the rest of the outer section.
-    ToolkitTest_Load(tk.get(), R"(<CONDITIONAL Condition="a=b"><LABEL ID="Out1"></LABEL>)"
-                               R"(<CONDITIONAL Condition="c=d"><LABEL ID="In__"></LABEL></CONDITIONAL>)"
-                               R"(<LABEL ID="Out2"></LABEL></CONDITIONAL>)");
+    Load(R"(<CONDITIONAL Condition="a=b"><LABEL ID="Out1"></LABEL>)"
+         R"(<CONDITIONAL Condition="c=d"><LABEL ID="In__"></LABEL></CONDITIONAL>)"
+         R"(<LABEL ID="Out2"></LABEL></CONDITIONAL>)");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(Find(tk.get(), "Out1"), nullptr);
-    EXPECT_EQ(Find(tk.get(), "In__"), nullptr);
-    EXPECT_NE(Find(tk.get(), "Out2"), nullptr);
+    EXPECT_EQ(Find("Out1"), nullptr);
+    EXPECT_EQ(Find("In__"), nullptr);
+    EXPECT_NE(Find("Out2"), nullptr);
     // An inner condition is evaluated inside an inactive section.
-    ToolkitTest_Load(tk.get(),
-                     R"(<CONDITIONAL Condition="a=b"><CONDITIONAL Condition="x"><LABEL ID="In2_"></LABEL>)"
-                     R"(</CONDITIONAL></CONDITIONAL>)");
-    EXPECT_NE(Find(tk.get(), "In2_"), nullptr);
+    Load(R"(<CONDITIONAL Condition="a=b"><CONDITIONAL Condition="x"><LABEL ID="In2_"></LABEL>)"
+         R"(</CONDITIONAL></CONDITIONAL>)");
+    EXPECT_NE(Find("In2_"), nullptr);
 }
 
-TEST(MarkupStructure, ChildrenOfControlsAndUnknownElementsAreSkipped) {
-    auto tk = ToolkitTest_Screen();
+TEST_F(MarkupStructure, ChildrenOfControlsAndUnknownElementsAreSkipped) {
     testing::internal::CaptureStdout();
-    ToolkitTest_Load(
-        tk.get(),
-        R"(<?xml version="1.0"?><!-- a comment --><FORM ID="Frm_">)"
-        R"(<BUTTON ID="Btn_"><LABEL ID="Skp1"><LAYOUT ID="Skp2"></LAYOUT></LABEL></BUTTON>)"
-        R"(<UNKNOWN ID="Unk_"><LABEL ID="Kept"></LABEL></UNKNOWN>)"
-        R"(<LABEL ID="Last" Bogus="1"></LABEL><LABEL ID="One_" Text="a/b"/><LAYOUT ID="Two_"/></FORM>)");
+    Load(R"(<?xml version="1.0"?><!-- a comment --><FORM ID="Frm_">)"
+         R"(<BUTTON ID="Btn_"><LABEL ID="Skp1"><LAYOUT ID="Skp2"></LAYOUT></LABEL></BUTTON>)"
+         R"(<UNKNOWN ID="Unk_"><LABEL ID="Kept"></LABEL></UNKNOWN>)"
+         R"(<LABEL ID="Last" Bogus="1"></LABEL><LABEL ID="One_" Text="a/b"/><LAYOUT ID="Two_"/></FORM>)");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    Widget* form = Find(tk.get(), "Frm_");
+    Widget* form = Find("Frm_");
     ASSERT_NE(form, nullptr);
-    for (const char* skipped : {"Skp1", "Skp2", "Unk_"})
-        EXPECT_EQ(Find(tk.get(), skipped), nullptr) << skipped;
+    for (const char* skipped : {"Skp1", "Skp2", "Unk_"}) EXPECT_EQ(Find(skipped), nullptr) << skipped;
     // An unknown element makes no level: its children attach to the form.
-    for (const char* kept : {"Kept", "Last", "One_", "Two_"})
-        EXPECT_EQ(Find(tk.get(), kept)->parent, form) << kept;
-    EXPECT_EQ(Find(tk.get(), "Btn_")->children.size(), 0u);
-    EXPECT_EQ(LabelText(tk.get(), "One_"), "a/b");  // a self-closing tag opens and closes
-}
-
-TEST(MarkupStructure, UnbalancedMarkupSaysSoAndKeepsTheWidgets) {
-    auto tk = ToolkitTest_Screen();
-    testing::internal::CaptureStdout();
-    ToolkitTest_Load(tk.get(), R"(<FORM ID="Frm_"><LABEL ID="Lbl_"></LABEL>)", nullptr,
-                     "Pellucida_Broken.xml");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <Pellucida_Broken.xml>\n");
-    EXPECT_NE(Find(tk.get(), "Lbl_"), nullptr);
-    testing::internal::CaptureStdout();
-    ToolkitTest_Load(tk.get(), R"(</FORM></LABEL>)");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <test.xml>\n");
-}
-
-TEST(MarkupStructure, LoadsUnderTheGivenParent) {
-    auto tk = ToolkitTest_Screen();
-    Widget* form = ToolkitTest_Load(tk.get(), R"(<FORM ID="Main"></FORM>)");
-    ASSERT_NE(form, nullptr);
-    Widget* inner = ToolkitTest_Load(tk.get(), R"(<FORM ID="Sub_"></FORM>)", form);
+    for (const char* kept : {"Kept", "Last", "One_", "Two_"}) EXPECT_EQ(Find(kept)->parent, form) << kept;
+    EXPECT_EQ(Find("Btn_")->children.size(), 0u);
+    EXPECT_EQ(LabelText("One_"), "a/b");  // a self-closing tag opens and closes
+    // Markup loaded under a given parent builds there.
+    Widget* inner = Load(R"(<FORM ID="Sub_"></FORM>)", form);
     ASSERT_NE(inner, nullptr);
     EXPECT_EQ(inner->parent, form);
     EXPECT_EQ(tk->root->children.size(), 1u);
 }
 
+TEST_F(MarkupStructure, UnbalancedMarkupSaysSoAndKeepsTheWidgets) {
+    testing::internal::CaptureStdout();
+    Load(R"(<FORM ID="Frm_"><LABEL ID="Lbl_"></LABEL>)", nullptr, "Pellucida_Broken.xml");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <Pellucida_Broken.xml>\n");
+    EXPECT_NE(Find("Lbl_"), nullptr);
+    testing::internal::CaptureStdout();
+    Load(R"(</FORM></LABEL>)");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <test.xml>\n");
+}
+
 int g_draws = 0;
 
-TEST(LevelSetterLabel, UpdateFormatsAndRunsOnlyThePlainDrawsAtOnce) {
-    auto tk = ToolkitTest_Screen();
-    ToolkitTest_Load(tk.get(), R"(<FORM><LEVELSETTER ID="LvS0"></LEVELSETTER></FORM>)");
-    Widget* setter = Find(tk.get(), "LvS0");
+TEST_F(LevelSetterLabel, UpdateFormatsAndRunsOnlyThePlainDrawsAtOnce) {
+    Load(R"(<FORM><LEVELSETTER ID="LvS0"></LEVELSETTER></FORM>)");
+    Widget* setter = Find("LvS0");
     auto* record = Widget_Record<LevelSetterRecord>(setter);
     record->format = [](void*, const LevelSetterRecord&, uint32_t v) { return "at " + std::to_string(v); };
     record->valueLabel->handler = [](Toolkit*, Widget*, const WidgetEvent* event) {
@@ -315,8 +292,7 @@ TEST(LevelSetterLabel, UpdateFormatsAndRunsOnlyThePlainDrawsAtOnce) {
     EXPECT_FALSE(Toolkit_TakeEvent(tk.get(), &e));
 }
 
-TEST(ToolkitEventsDeathTest, FullRingEndsTheProcessWithStatusZero) {
-    auto tk = ToolkitTest_Screen();
+TEST_F(ToolkitEventsDeathTest, FullRingEndsTheProcessWithStatusZero) {
     for (uint32_t i = 0; i < kToolkitEventRingSize - 1; ++i) Toolkit_PostEvent(tk.get(), nullptr, kEventTick);
     EXPECT_EQ(Toolkit_PendingEvents(tk.get()), kToolkitEventRingSize - 1);
     EXPECT_EXIT(Toolkit_PostEvent(tk.get(), nullptr, kEventTick), ::testing::ExitedWithCode(0), "");

@@ -87,41 +87,28 @@ TEST_F(ToolkitTest, ButtonLabelsAreExpandedForEntities) {
     EXPECT_EQ(Toolkit_ExpandText(tk.get(), far + "&language-buttonlast;"), far + "Last");
 }
 
-TEST_F(ToolkitTest, ABoxOpenedFromABoxClosesBackToTheFirst) {
-    g_pressed.clear();
-    Widget* first = MessageBox_Show(tk.get(), "First", "Beneath.", 1, Remember, &g_pressed, 1, "OK");
-    Widget* second = MessageBox_Show(tk.get(), "Second", "On top.", 2, Remember, &g_pressed, 2, "A", "B");
-    Toolkit_Dispatch(tk.get());
-    EXPECT_EQ(tk->currentForm, second);
-    EXPECT_EQ(tk->savedCount, 2u);
-    EXPECT_EQ(tk->savedStates[1].form, first);
-    // The first box's button is covered by the second box's row: the press goes to the second.
-    Click(MessageBox_Buttons(second)[0]);
-    EXPECT_EQ(g_pressed, std::vector<uint32_t>{0});
-    EXPECT_EQ(tk->currentForm, first);
-    EXPECT_EQ(tk->savedCount, 1u);
-    Click(MessageBox_Buttons(first)[0]);
-    EXPECT_EQ(g_pressed, (std::vector<uint32_t>{0, 0}));
-    EXPECT_EQ(tk->currentForm, tk->root.get());
-}
-
-TEST_F(ToolkitTest, ATenthNestedBoxIsShownThoughTheStackIsFull) {
+// Each box covers the one beneath, whose buttons (one or two) lie under its
+// row: a press goes to the box on top, which closes back to the one beneath.
+// The tenth is shown though the stack of saved states is full.
+TEST_F(ToolkitTest, NestedBoxesCloseBackInTurnAndATenthIsShownThoughTheStackIsFull) {
     std::vector<Widget*> boxes;
     for (int i = 0; i < 10; ++i) {
         const std::string title = "Box " + std::to_string(i);
-        boxes.push_back(
-            MessageBox_Show(tk.get(), title.c_str(), "Nested.", 1, Remember, &g_pressed, 1, "OK"));
+        boxes.push_back(MessageBox_ShowLabels(tk.get(), title.c_str(), "Nested.", kIconAlert, Remember,
+                                              &g_pressed, std::vector<std::string>(1 + i % 2, "OK")));
     }
     Toolkit_Dispatch(tk.get());
     EXPECT_EQ(tk->savedCount, kToolkitSavedStates);
+    for (uint32_t i = 0; i < kToolkitSavedStates; ++i)
+        EXPECT_EQ(tk->savedStates[i].form, i > 0 ? boxes[i - 1] : tk->root.get()) << i;
     EXPECT_EQ(tk->currentForm, boxes[9]);
     g_pressed.clear();
     for (int i = 9; i >= 0; --i) {
         Click(MessageBox_Buttons(boxes[size_t(i)])[0]);
         EXPECT_EQ(tk->currentForm, i > 0 ? boxes[size_t(i - 1)] : tk->root.get()) << i;
+        EXPECT_EQ(tk->savedCount, uint32_t(i)) << i;
     }
-    EXPECT_EQ(g_pressed.size(), 10u);
-    EXPECT_EQ(tk->savedCount, 0u);
+    EXPECT_EQ(g_pressed, std::vector<uint32_t>(10, 0));
 }
 
 TEST_F(ToolkitTest, EnterPressesTheLastButtonOfABox) {

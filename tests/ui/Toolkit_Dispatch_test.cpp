@@ -137,11 +137,15 @@ TEST_F(ToolkitTest, EventsArriveInTheOrderTheyWerePosted) {
     EXPECT_EQ(Toolkit_PendingEvents(tk.get()), 0u);
 }
 
+// A redraw touches only the widget that changed: invalidating the form-wide
+// widgets that draw nothing (applet, gesture area, numeric keyboard) leaves
+// the screen alone.
 TEST_F(ToolkitTest, ARedrawTouchesOnlyTheWidgetThatChanged) {
     // A value no drawing writes (its low bits break the 5-6-5 rule) marks untouched pixels.
     constexpr uint32_t kMark = 0x00010101;
     const PixelRect title = R(W("Titl"));
     for (uint32_t& p : framebuffer) p = kMark;
+    for (const char* id : {"Aplt", "Gstr", "KbNm"}) Toolkit_Invalidate(tk.get(), W(id));
     Label_SetText(tk.get(), W("Titl"), "Changed title");
     Toolkit_Dispatch(tk.get());
     size_t touched = 0;
@@ -156,13 +160,6 @@ TEST_F(ToolkitTest, ARedrawTouchesOnlyTheWidgetThatChanged) {
             }
         }
     EXPECT_EQ(touched, size_t(title.width) * size_t(title.height));
-}
-
-TEST_F(ToolkitTest, RedrawingAnInvisibleFormWideWidgetLeavesTheScreenAlone) {
-    const std::vector<uint32_t> before = framebuffer;
-    for (const char* id : {"Aplt", "Gstr", "KbNm"}) Toolkit_Invalidate(tk.get(), W(id));
-    Toolkit_Dispatch(tk.get());
-    EXPECT_TRUE(framebuffer == before);
 }
 
 TEST_F(ToolkitTest, AResizeLaysTheFormOutAgainAndDrawsIt) {
