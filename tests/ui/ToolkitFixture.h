@@ -85,10 +85,13 @@ protected:
     void Press(int32_t x, int32_t y) { Post(kEventPress, x, y, 1); }
     void Drag(int32_t x, int32_t y) { Post(kEventDrag, x, y, 1); }
     void Release(int32_t x, int32_t y) { Post(kEventRelease, x, y, 0); }
+    void Tap(int32_t x, int32_t y) {
+        Press(x, y);
+        Release(x, y);
+    }
     void Click(Widget* w) {
         const PixelRect r = R(w);
-        Press(r.x + r.width / 2, r.y + r.height / 2);
-        Release(r.x + r.width / 2, r.y + r.height / 2);
+        Tap(r.x + r.width / 2, r.y + r.height / 2);
     }
     void Key(uint32_t code) { Post(kEventCharacter, int32_t(code), 0, 0); }
     void Type(const std::string& text) {

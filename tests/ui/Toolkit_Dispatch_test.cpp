@@ -81,7 +81,13 @@ TEST_F(ToolkitTest, FocusFollowsThePressAndTabWalksTheControlsInOrder) {
     EXPECT_EQ(tk->input.focus, field);
     Key(kKeyTab);
     EXPECT_EQ(tk->input.focus, W("Fml0"));
+    // The multi-line field takes Enter as a new line; Tab is not text there either.
+    Field_SetText(tk.get(), W("Fml0"), "");
+    Type("Ha");
+    Key(kKeyEnter);
+    Type("OIII");
     Key(kKeyTab);
+    EXPECT_EQ(*Field_Text(W("Fml0")), "Ha\nOIII");
     EXPECT_EQ(tk->input.focus, W("Lst0"));
     Key(kKeyTab);
     EXPECT_EQ(tk->input.focus, W("BtCl"));
