@@ -53,44 +53,37 @@ std::vector<uint8_t> MakeBmp(int32_t width, int32_t height, uint32_t bits, uint3
 
 }  // namespace
 
-TEST(BmpRows, BottomUpAndTopDownGiveTheSameImageAndTheLastRowNeedsNoPadding) {
-    // 3 x 2 pixels, 24 bits: rows of 9 bytes padded to 12.
+TEST(BmpPixels, RowOrderPaddingAndChannelMasks) {
+    // 3 x 2 pixels, 24 bits: rows of 9 bytes padded to 12. Bytes are blue, green, red.
     const std::vector<uint8_t> top = {1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0};
     const std::vector<uint8_t> bottom = {11, 12, 13, 14, 15, 16, 17, 18, 19, 0, 0, 0};
-    std::vector<uint8_t> bottomUp = bottom;
+    std::vector<uint8_t> bottomUp = bottom, topDown = top;
     bottomUp.insert(bottomUp.end(), top.begin(), top.end());
-    std::vector<uint8_t> topDown = top;
     topDown.insert(topDown.end(), bottom.begin(), bottom.end());
-    for (const auto& bmp : {MakeBmp(3, 2, 24, 0, bottomUp), MakeBmp(3, -2, 24, 0, topDown)}) {
-        ImagePtr image = ReadMemory(bmp);
+    const std::vector<int64_t> rgb = {3, 6, 9, 13, 16, 19, 2, 5, 8, 12, 15, 18, 1, 4, 7, 11, 14, 17};
+    // 10 bits a channel (red in bits 20..29, green 10..19, blue 0..9), and 5-6-5
+    // in 32 bits, whose narrow channels stretch to the full range.
+    std::vector<uint8_t> wide(4), narrow(4);
+    Put32(wide, 0, 1023u << 20 | 512u << 10 | 4u);
+    Put32(narrow, 0, 31u << 11 | 32u << 5 | 1u);
+    const struct {
+        const char* what;
+        std::vector<uint8_t> bmp;
+        std::vector<int64_t> planes;  // see Planes()
+    } cases[] = {
+        {"bottom-up", MakeBmp(3, 2, 24, 0, bottomUp), rgb},
+        {"top-down", MakeBmp(3, -2, 24, 0, topDown), rgb},
+        {"last row without padding", MakeBmp(1, 2, 24, 0, {1, 2, 3, 0, 4, 5, 6}), {6, 3, 5, 2, 4, 1}},
+        {"10-bit masks", MakeBmp(1, 1, 32, 3, wide, {0x3FF00000, 0x000FFC00, 0x000003FF}), {255, 128, 1}},
+        // 32 x 255 / 63 and 1 x 255 / 31, rounded.
+        {"5-6-5 masks", MakeBmp(1, 1, 32, 3, narrow, {0xF800, 0x07E0, 0x001F}), {255, 130, 8}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ImagePtr image = ReadMemory(c.bmp);
         ASSERT_NE(image, nullptr);
-        // Bytes are blue, green, red.
-        EXPECT_EQ(Planes(*image),
-                  (std::vector<int64_t>{3, 6, 9, 13, 16, 19, 2, 5, 8, 12, 15, 18, 1, 4, 7, 11, 14, 17}));
+        EXPECT_EQ(Planes(*image), c.planes);
     }
-    // The last row may lack its padding: 1 x 2 pixels.
-    ImagePtr unpadded = ReadMemory(MakeBmp(1, 2, 24, 0, {1, 2, 3, 0, 4, 5, 6}));
-    ASSERT_NE(unpadded, nullptr);
-    EXPECT_EQ(Planes(*unpadded), (std::vector<int64_t>{6, 3, 5, 2, 4, 1}));
-}
-
-TEST(BmpBitFields, MasksOfAnyWidthScaleToEightBits) {
-    // 10 bits a channel: red in bits 20..29, green 10..19, blue 0..9.
-    const uint32_t pixel = 1023u << 20 | 512u << 10 | 4u;
-    std::vector<uint8_t> px(4);
-    Put32(px, 0, pixel);
-    ImagePtr wide = ReadMemory(MakeBmp(1, 1, 32, 3, px, {0x3FF00000, 0x000FFC00, 0x000003FF}));
-    ASSERT_NE(wide, nullptr);
-    EXPECT_EQ(wide->red[0], 255);
-    EXPECT_EQ(wide->green[0], 128);
-    EXPECT_EQ(wide->blue[0], 1);
-    // 5-6-5 in 32 bits: narrow channels stretch to the full range.
-    Put32(px, 0, 31u << 11 | 32u << 5 | 1u);
-    ImagePtr narrow = ReadMemory(MakeBmp(1, 1, 32, 3, px, {0xF800, 0x07E0, 0x001F}));
-    ASSERT_NE(narrow, nullptr);
-    EXPECT_EQ(narrow->red[0], 255);
-    EXPECT_EQ(narrow->green[0], 130);  // 32 x 255 / 63, rounded
-    EXPECT_EQ(narrow->blue[0], 8);     // 1 x 255 / 31, rounded
 }
 
 TEST(BmpRefused, UnsupportedOrDamagedHeaders) {

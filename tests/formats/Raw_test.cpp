@@ -1,5 +1,6 @@
 // Raw-frame reader: recognition by exact file size only, the documented bit
-// packing (MSB-first stream) at 10 and 12 bits, and the mono result.
+// packing (MSB-first stream) at 10 and 12 bits, and the mono result, read from
+// memory and from a file.
 #include "formats/Raw_Read.h"
 #include "image/Image.h"
 #include "support/Files.h"
@@ -27,15 +28,14 @@ struct Frame {
     int bits;
 };
 
-const Frame kFrames[] = {
-    {6553440, 2664, 1968, 10},  {6573120, 2672, 1968, 10},  {7710960, 2888, 2136, 10},
-    {9219600, 3152, 2340, 10},  {10341600, 3336, 2480, 10}, {10383120, 3344, 2484, 10},
-    {12945240, 3736, 2772, 10}, {15636240, 4104, 3048, 10}, {15467760, 3720, 2772, 12},
-};
+// One frame of each depth: the reader's whole table of sizes is not repeated here.
+const Frame kFrames[] = {{6553440, 2664, 1968, 10}, {15467760, 3720, 2772, 12}};
 
 }  // namespace
 
-TEST(RawFrames, EveryKnownSizeGivesItsFrame) {
+TEST(RawFrames, AKnownSizeGivesItsFrameFromMemoryAndFromAFile) {
+    TempDir dir;
+    const std::string path = dir.File("frame.crw");
     for (const Frame& f : kFrames) {
         SCOPED_TRACE(f.size);
         // Row 0 starts 0, 1, 2, ... ; the last pixel is the largest value.
@@ -49,46 +49,38 @@ TEST(RawFrames, EveryKnownSizeGivesItsFrame) {
         std::copy(second.begin(), second.end(), bytes.begin() + long(size_t(f.width) * size_t(f.bits) / 8));
         const auto last = Pack({top, top, top, top}, f.bits);
         std::copy(last.begin(), last.end(), bytes.end() - long(last.size()));
-        ImagePtr image(Raw_ReadMemory(bytes.data(), bytes.size()));
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(image->width, f.width);
-        EXPECT_EQ(image->height, f.height);
-        EXPECT_EQ(image->bitDepth, f.bits);
-        EXPECT_EQ(image->maxValue, int64_t(top));
-        EXPECT_EQ(image->mono, 1);
-        for (size_t i = 0; i < head.size(); ++i) {
-            EXPECT_EQ(image->red[i], int64_t(head[i])) << i;
-            EXPECT_EQ(image->green[i], int64_t(head[i])) << i;
-            EXPECT_EQ(image->blue[i], int64_t(head[i])) << i;
+        WriteFileBytes(path, bytes);
+        const ImagePtr images[] = {ImagePtr(Raw_ReadMemory(bytes.data(), bytes.size())),
+                                   ImagePtr(Raw_Read(path.c_str()))};
+        for (const ImagePtr& image : images) {
+            ASSERT_NE(image, nullptr);
+            EXPECT_EQ(image->width, f.width);
+            EXPECT_EQ(image->height, f.height);
+            EXPECT_EQ(image->bitDepth, f.bits);
+            EXPECT_EQ(image->maxValue, int64_t(top));
+            EXPECT_EQ(image->mono, 1);
+            for (size_t i = 0; i < head.size(); ++i) {
+                EXPECT_EQ(image->red[i], int64_t(head[i])) << i;
+                EXPECT_EQ(image->green[i], int64_t(head[i])) << i;
+                EXPECT_EQ(image->blue[i], int64_t(head[i])) << i;
+            }
+            const size_t end = size_t(f.width) * size_t(f.height) - 1;
+            EXPECT_EQ(image->red[end], int64_t(top));
+            EXPECT_EQ(image->red[f.width - 1], 0);
+            EXPECT_EQ(image->red[f.width], int64_t(top));
+            EXPECT_EQ(image->red[f.width + 3], 7);
         }
-        const size_t end = size_t(f.width) * size_t(f.height) - 1;
-        EXPECT_EQ(image->red[end], int64_t(top));
-        EXPECT_EQ(image->red[f.width - 1], 0);
-        EXPECT_EQ(image->red[f.width], int64_t(top));
-        EXPECT_EQ(image->red[f.width + 3], 7);
     }
 }
 
-TEST(RawFrames, ReadFromAFileByItsSizeAndAnyOtherSizeIsRefused) {
+TEST(RawFrames, AnyOtherSizeIsRefused) {
     TempDir dir;
     const std::string path = dir.File("frame.crw");
-    const Frame& f = kFrames[8];
-    std::vector<uint8_t> bytes(f.size, 0);
-    const auto packed = Pack({4095, 1, 2048}, 12);
-    std::copy(packed.begin(), packed.end(), bytes.begin());
+    std::vector<uint8_t> bytes(kFrames[0].size + 1, 0);
     WriteFileBytes(path, bytes);
-    ImagePtr image(Raw_Read(path.c_str()));
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->width, 3720);
-    EXPECT_EQ(image->red[0], 4095);
-    EXPECT_EQ(image->red[1], 1);
-    EXPECT_EQ(image->red[2], 2048);
-
-    std::filesystem::resize_file(path, f.size - 1);
     EXPECT_EQ(Raw_Read(path.c_str()), nullptr);
     std::filesystem::remove(path);
     EXPECT_EQ(Raw_Read(path.c_str()), nullptr);
-    bytes.resize(kFrames[0].size + 1);
     EXPECT_EQ(Raw_ReadMemory(bytes.data(), bytes.size()), nullptr);
     EXPECT_EQ(Raw_ReadMemory(bytes.data(), bytes.size() - 2), nullptr);
     EXPECT_EQ(Raw_ReadMemory(nullptr, kFrames[0].size), nullptr);

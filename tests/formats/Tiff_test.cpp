@@ -24,83 +24,47 @@ ImagePtr ReadMemory(const std::vector<uint8_t>& bytes) {
 }  // namespace
 
 // ---------------------------------------------------------------------------
-// Float mapping on assembled files
+// Sample values and layouts on assembled files
 
-TEST(TiffFloat, LargestValueAboveOneScales_InfinityIsTheTop_NanNegativesAndSubnormalsAreZero) {
+TEST(TiffSamples, BothByteOrdersWhiteIsZeroAndTheFloatMapping) {
     auto f = [](float v) { return std::bit_cast<uint32_t>(v); };
     const float inf = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
     const int64_t m = 4294967295;
+    // Grey pixels in a row, in strips of three bytes that split the samples.
     const struct {
         bool big;
-        uint32_t bits;
+        uint32_t bits, photometric, sampleFormat;
         std::vector<uint32_t> samples;  // as stored
         std::vector<int64_t> expected;
     } cases[] = {
-        {false, 32, {f(0), f(1), f(2), f(4), f(-3), f(nan)}, {0, 1073741824, 2147483648, m, 0, 0}},
-        {true, 32, {f(0), f(1), f(2), f(4), f(-3), f(nan)}, {0, 1073741824, 2147483648, m, 0, 0}},
-        // Infinity is the maximum but does not set the scale.
-        {false, 32, {f(0.5f), f(inf), f(-inf)}, {2147483648, m, 0}},
+        // Unsigned integers are taken as they are; so is white-is-zero grey.
+        {false, 32, 1, 1, {0x89ABCDEF, 1, 0xFFFFFFFF}, {0x89ABCDEF, 1, m}},
+        {true, 32, 1, 1, {0x89ABCDEF, 1, 0xFFFFFFFF}, {0x89ABCDEF, 1, m}},
+        {false, 8, 0, 1, {10, 200}, {10, 200}},
+        // Floats: the largest value above one scales, infinity is the top but
+        // does not set the scale, NaN and negatives are 0.
+        {false, 32, 1, 3, {f(0), f(1), f(2), f(4), f(-3), f(nan)}, {0, 1073741824, 2147483648, m, 0, 0}},
+        {true, 32, 1, 3, {f(0), f(1), f(2), f(4), f(-3), f(nan)}, {0, 1073741824, 2147483648, m, 0, 0}},
+        {false, 32, 1, 3, {f(0.5f), f(inf), f(-inf)}, {2147483648, m, 0}},
         // Half floats 0.5, 0.25, the smallest subnormal 2^-24 (65535 x 2^-24
         // rounds to 0) and -1.
-        {true, 16, {0x3800, 0x3400, 0x0001, 0xBC00}, {32768, 16384, 0, 0}},
+        {true, 16, 1, 3, {0x3800, 0x3400, 0x0001, 0xBC00}, {32768, 16384, 0, 0}},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << (c.big ? "MM " : "II ") << c.bits);
+        SCOPED_TRACE(testing::Message() << (c.big ? "MM " : "II ") << c.bits << " format " << c.sampleFormat);
         TiffBuilder t(c.big);
-        t.Basic(uint32_t(c.samples.size()), 1, 1, c.bits, 1, 3);
+        t.Basic(uint32_t(c.samples.size()), 1, 1, c.bits, c.photometric, c.sampleFormat);
         std::vector<uint8_t> px;
-        for (uint32_t v : c.samples) c.bits == 16 ? t.Put16(px, uint16_t(v)) : t.Put32(px, v);
-        t.Pixels(px);
+        for (uint32_t v : c.samples)
+            c.bits == 8 ? px.push_back(uint8_t(v)) : c.bits == 16 ? t.Put16(px, uint16_t(v)) : t.Put32(px, v);
+        t.Pixels(px, 3);
         ImagePtr image = ReadMemory(t.Build());
         ASSERT_NE(image, nullptr);
         EXPECT_EQ(image->bitDepth, c.bits);
+        EXPECT_EQ(image->mono, 1);
         EXPECT_EQ(std::vector<int64_t>(image->red, image->red + c.samples.size()), c.expected);
+        EXPECT_EQ(std::vector<int64_t>(image->blue, image->blue + c.samples.size()), c.expected);
     }
-}
-
-// ---------------------------------------------------------------------------
-// Layouts and refusals on assembled files
-
-TEST(TiffLayouts, BothByteOrdersGiveTheSameImage) {
-    for (uint32_t bits : {8u, 16u, 32u}) {
-        SCOPED_TRACE(bits);
-        ImagePtr images[2];
-        for (int big = 0; big < 2; ++big) {
-            TiffBuilder t(big != 0);
-            t.Basic(3, 2, 3, bits, 2);
-            std::vector<uint8_t> px;
-            for (uint32_t i = 0; i < 18; ++i) {
-                const uint32_t v = (i * 2654435761u) >> (32 - bits);
-                if (bits == 8)
-                    px.push_back(uint8_t(v));
-                else if (bits == 16)
-                    t.Put16(px, uint16_t(v));
-                else
-                    t.Put32(px, v);
-            }
-            t.Pixels(px, 7);  // strips that split samples
-            images[big] = ReadMemory(t.Build());
-            ASSERT_NE(images[big], nullptr);
-        }
-        for (int i = 0; i < 6; ++i) {
-            const int64_t expected = int64_t(((uint32_t(i) * 3) * 2654435761u) >> (32 - bits));
-            EXPECT_EQ(images[0]->red[i], expected);
-            EXPECT_EQ(images[1]->red[i], expected);
-            EXPECT_EQ(images[0]->blue[i], images[1]->blue[i]);
-        }
-        EXPECT_EQ(images[0]->bitDepth, bits);
-        EXPECT_EQ(images[0]->mono, 0);
-    }
-}
-
-TEST(TiffLayouts, WhiteIsZeroGreyIsTakenAsItIs) {
-    TiffBuilder t(false);
-    t.Basic(2, 1, 1, 8, 0);
-    t.Pixels({10, 200});
-    ImagePtr image = ReadMemory(t.Build());
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ((std::vector<int64_t>{image->red[0], image->blue[1], image->mono}),
-              (std::vector<int64_t>{10, 200, 1}));
 }
 
 // A header of Basic() with some tags replaced (no values: removed), over 256
@@ -223,60 +187,40 @@ ImagePtr Pattern(int32_t width, int32_t height, int depth) {
 
 // The expected file, assembled here field by field from the fixed layout.
 std::vector<uint8_t> ExpectedLayout(const ImageBuffer* image) {
-    std::vector<uint8_t> out;
-    auto u16 = [&](uint32_t v) {
-        out.push_back(uint8_t(v));
-        out.push_back(uint8_t(v >> 8));
-    };
-    auto u32 = [&](uint32_t v) {
-        u16(v & 0xFFFF);
-        u16(v >> 16);
-    };
+    const TiffBuilder le(false);
     const bool attach = image->attachment && image->attachmentSize > 0;
     const uint32_t entries = attach ? 13 : 12;
-    const uint32_t xres = 8 + 2 + entries * 12 + 4;
-    const uint32_t yres = xres + 8;
-    const uint32_t bits = yres + 8;
-    const uint32_t pixels = bits + 6;
+    const uint32_t xres = 8 + 2 + entries * 12 + 4, yres = xres + 8, bits = yres + 8, pixels = bits + 6;
     const uint32_t w = uint32_t(image->width), h = uint32_t(image->height);
-    const uint32_t attachmentAt = pixels + w * h * 6;
-    out = {'I', 'I', 42, 0, 8, 0, 0, 0};
-    u16(entries);
-    auto entry = [&](uint32_t tag, uint32_t type, uint32_t count, uint32_t value) {
-        u16(tag);
-        u16(type);
-        u32(count);
-        u32(value);
-    };
-    entry(256, 3, 1, w);
-    entry(257, 3, 1, h);
-    entry(258, 3, 3, bits);
-    entry(259, 3, 1, 1);
-    entry(262, 3, 1, 2);
-    entry(273, 4, 1, pixels);
-    entry(277, 3, 1, 3);
-    entry(278, 4, 1, h);
-    entry(279, 4, 1, w * h * 6);
-    entry(282, 5, 1, xres);
-    entry(283, 5, 1, yres);
-    entry(296, 3, 1, 1);
-    if (attach) entry(65000, 1, image->attachmentSize, attachmentAt);
-    for (uint32_t v : {0, 1, 1, 1, 1}) u32(v);  // no next directory; resolutions 1/1
-    for (int i = 0; i < 3; ++i) u16(16);        // bits per sample
+    // Tag, type, count, value; the attachment's entry comes only with one.
+    const uint32_t directory[13][4] = {{256, 3, 1, w},
+                                       {257, 3, 1, h},
+                                       {258, 3, 3, bits},
+                                       {259, 3, 1, 1},
+                                       {262, 3, 1, 2},
+                                       {273, 4, 1, pixels},
+                                       {277, 3, 1, 3},
+                                       {278, 4, 1, h},
+                                       {279, 4, 1, w * h * 6},
+                                       {282, 5, 1, xres},
+                                       {283, 5, 1, yres},
+                                       {296, 3, 1, 1},
+                                       {65000, 1, image->attachmentSize, pixels + w * h * 6}};
+    std::vector<uint8_t> out = {'I', 'I', 42, 0, 8, 0, 0, 0};
+    le.Put16(out, uint16_t(entries));
+    for (uint32_t e = 0; e < entries; ++e) {
+        le.Put16(out, uint16_t(directory[e][0]));
+        le.Put16(out, uint16_t(directory[e][1]));
+        for (int k : {2, 3}) le.Put32(out, directory[e][k]);
+    }
+    for (uint32_t v : {0, 1, 1, 1, 1}) le.Put32(out, v);  // no next directory; resolutions 1/1
+    for (int i = 0; i < 3; ++i) le.Put16(out, 16);        // bits per sample
     const int s = 16 - image->bitDepth;
     for (size_t i = 0; i < size_t(w) * h; ++i)
-        for (const int64_t* plane : {image->red, image->green, image->blue}) {
-            int64_t v = s > 0 ? plane[i] << s : plane[i] >> -s;
-            u16(uint32_t(std::clamp<int64_t>(v, 0, 65535)));
-        }
+        for (const int64_t* plane : {image->red, image->green, image->blue})
+            le.Put16(out, uint16_t(std::clamp<int64_t>(s > 0 ? plane[i] << s : plane[i] >> -s, 0, 65535)));
     if (attach) out.insert(out.end(), image->attachment, image->attachment + image->attachmentSize);
     return out;
-}
-
-void Attach(ImageBuffer* image, const std::vector<uint8_t>& bytes) {
-    image->attachment = static_cast<uint8_t*>(std::malloc(bytes.size()));
-    std::memcpy(image->attachment, bytes.data(), bytes.size());
-    image->attachmentSize = uint32_t(bytes.size());
 }
 
 }  // namespace
@@ -296,7 +240,11 @@ TEST(TiffWriter, LayoutIsByteForByteTheFixedOneAndReadsBack) {
             Image_AddAux(image.get());
             std::vector<uint8_t> block(size);
             for (size_t i = 0; i < size; ++i) block[i] = uint8_t(i * 37 + 11);
-            if (size) Attach(image.get(), block);
+            if (size) {
+                image->attachment = static_cast<uint8_t*>(std::malloc(size));
+                std::memcpy(image->attachment, block.data(), size);
+                image->attachmentSize = uint32_t(size);
+            }
             ASSERT_EQ(Tiff_Write(image.get(), path.c_str()), 1);
             EXPECT_EQ(ReadFileBytes(path), ExpectedLayout(image.get()));
 
