@@ -1,9 +1,10 @@
 // The tracking store: round trips, the block layout on disk (parsed here,
-// independently of the reader), link records, the user's messages, and files
-// that are missing, unwritable, truncated or damaged.
+// independently of the reader), link records, the user's messages, files that
+// are missing, unwritable, truncated or damaged, and the fuzz corpus replayed.
 #include "image/Tracking.h"
 #include "image/Tracking_Internal.h"
 
+#include "fuzz/FuzzCheck.h"
 #include "host/Host.h"
 #include "host/headless/Headless.h"
 #include "support/Files.h"
@@ -13,6 +14,7 @@
 #include <lz4.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -286,28 +288,29 @@ TEST_F(TrackingStore, MissingSlotIsNullAndSaidOnTheConsole) {
     EXPECT_EQ(TakeOnlyMessage(), "") << "the console, not a message box";
 }
 
-TEST_F(TrackingStore, SlotInAFolderThatCannotBeMadeShowsCouldNotCreate) {
-    // A folder below a plain file can never be created, whoever runs the test.
+TEST_F(TrackingStore, SlotThatCannotBeWrittenShowsWhyAndTheProgramGoesOn) {
+    // A folder below a plain file can never be created, whoever runs the test;
+    // a folder where the slot file should be can never be replaced by one.
     WriteFileBytes(dir_.Path() / "plain", {1});
-    SetEnv("PELLUCIDA_STATE_DIR", (dir_.Path() / "plain" / "state").string());
+    fs::create_directories(Slot(0, 1));
+    const struct {
+        fs::path stateDir;
+        const char* message;
+        bool compose;
+    } cases[] = {{dir_.Path() / "plain" / "state", kCouldNotCreate, true},
+                 {dir_.Path(), kCouldNotModify, false}};
     ImagePtr image = MakeImage(6, 5, 11);
     ImagePtr before(Image_Clone(image.get()));
-    EXPECT_FALSE(Tracking_WriteSlot(0, 1, image.get(), true));
-    EXPECT_THAT(TakeOnlyMessage(), testing::EndsWith(kCouldNotCreate));
-    EXPECT_TRUE(PlanesEqual(*image, *before)) << "nothing converted when nothing could be written";
-
-    EXPECT_FALSE(Tracking_WriteLink(0, 2, 1));
-    EXPECT_THAT(TakeOnlyMessage(), testing::EndsWith(kCouldNotCreate));
-}
-
-TEST_F(TrackingStore, SlotThatCannotBeReplacedShowsCouldNotModifyAndTheProgramGoesOn) {
-    fs::create_directories(Slot(0, 1));  // a folder where the slot file should be
-    ImagePtr image = MakeImage(6, 5, 12);
-    EXPECT_FALSE(Tracking_WriteSlot(0, 1, image.get(), false));
-    EXPECT_THAT(TakeOnlyMessage(), testing::EndsWith(kCouldNotModify));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.message);
+        SetEnv("PELLUCIDA_STATE_DIR", c.stateDir.string());
+        EXPECT_FALSE(Tracking_WriteSlot(0, 1, image.get(), c.compose));
+        EXPECT_THAT(TakeOnlyMessage(), testing::EndsWith(c.message));
+        EXPECT_TRUE(PlanesEqual(*image, *before)) << "nothing converted when nothing could be written";
+        EXPECT_FALSE(Tracking_WriteLink(0, 1, 2));
+        EXPECT_THAT(TakeOnlyMessage(), testing::EndsWith(c.message));
+    }
     EXPECT_TRUE(fs::is_directory(Slot(0, 1)));
-    EXPECT_FALSE(Tracking_WriteLink(0, 1, 2));
-    EXPECT_THAT(TakeOnlyMessage(), testing::EndsWith(kCouldNotModify));
 
     // Still running, and other slots still work.
     ASSERT_TRUE(Tracking_WriteSlot(0, 2, image.get(), false));
@@ -341,6 +344,25 @@ TEST_F(TrackingStore, FailedWriteShowsTheSwapErrorAndKeepsTheEarlierState) {
         ASSERT_LE(laterBefore->green[i] - later->green[i], 2);
     }
 #endif
+}
+
+// The slot reader's fuzz corpus (every crasher the fuzzer ever found is kept
+// there), replayed in every build, the sanitizer build included.
+TEST_F(TrackingStore, EveryKeptFuzzInputIsReadOrRefusedSafely) {
+    const fs::path corpus = fs::path(PELLUCIDA_TEST_SOURCE_DIR) / "fuzz" / "corpus" / "TrackingSlot";
+    ASSERT_TRUE(fs::is_directory(corpus));
+    int inputs = 0, images = 0;
+    for (const auto& entry : fs::directory_iterator(corpus)) {
+        SCOPED_TRACE(entry.path().filename().string());
+        fs::copy_file(entry.path(), Slot(0, 0), fs::copy_options::overwrite_existing);
+        ImagePtr image(Tracking_ReadSlot(0, 0, fs::file_size(entry.path()) % 2 == 1));
+        ++inputs;
+        images += image != nullptr;
+        // The promises the fuzz target traps on, kept in a child process.
+        EXPECT_EXIT((Fuzz_CheckImage(image.get()), std::exit(0)), testing::ExitedWithCode(0), "");
+    }
+    EXPECT_GE(inputs, 4);
+    EXPECT_GE(images, 2);  // the seeds hold real slots
 }
 
 class TrackingDamagedSlot : public TrackingStore {
