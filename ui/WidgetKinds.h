@@ -125,6 +125,17 @@ struct ModalFormRecord : FormRecord {
 // the view. The centre is the image point shown in the middle of the view, in
 // 1/256 pixel. `lut` maps 16-bit image values to 8-bit screen values
 // (65536 entries, owned by the caller); null uses the linear table.
+// What the image view drew last and from what (see ImageView.cpp).
+struct ImageViewDrawn {
+    std::vector<uint32_t> pixels;  // the view's whole rectangle, row after row
+    const ImageBuffer* image = nullptr;
+    const uint8_t* lut = nullptr;
+    bool lutPerChannel = false;
+    int32_t zoom = 0;
+    int64_t centreX = 0, centreY = 0;
+    int32_t x = 0, y = 0, width = 0, height = 0;
+};
+
 struct ImageViewRecord : WidgetRecord {
     GeometryRecord geometry;
     const ImageBuffer* image = nullptr;  // owned by the caller
@@ -143,6 +154,7 @@ struct ImageViewRecord : WidgetRecord {
     int32_t dragX = 0, dragY = 0;  // where the press landed, in pixels
     int64_t dragCentreX = 0, dragCentreY = 0;
     int32_t dragToX = 0, dragToY = 0;  // the pointer now
+    ImageViewDrawn drawn;
 };
 
 // Bins per channel (red, green, blue; a mono image fills the first only).

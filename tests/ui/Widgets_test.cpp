@@ -166,6 +166,14 @@ TEST_F(ToolkitTest, ImageViewFitsZoomsPansAndReportsRegions) {
     const uint32_t pixel = Pixel(r.x + r.width / 2, r.y + r.height / 2);
     EXPECT_NEAR(int((pixel >> 16) & 0xF8), int(content.lut[size_t(content.image->red[centre])]), 8);
     EXPECT_EQ(pixel & 0x070307u, 0u);
+    // The view keeps what it drew; samples changed in place show once the image is set again.
+    const int64_t before = content.image->red[centre];
+    content.image->red[centre] = before ^ 0x8000;
+    ImageView_SetImage(tk.get(), view, content.image.get(), content.lut.data());
+    Toolkit_DrawAll(tk.get());
+    EXPECT_NEAR(int((Pixel(r.x + r.width / 2, r.y + r.height / 2) >> 16) & 0xF8),
+                int(content.lut[size_t(before ^ 0x8000)]), 8);
+    content.image->red[centre] = before;
 
     ImageView_ZoomIn(tk.get(), view);
     EXPECT_EQ(record->zoom, ImageView_ZoomInLevel(fit));

@@ -45,60 +45,100 @@ int32_t ToScreenValue(int64_t sample, int shift) {
 // neighbouring pixels, so that smooth nebulosity shows no contour bands.
 constexpr uint8_t kBayer[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 
-// One image row through the table: the 8-bit screen values of every column,
-// worked out once however many screen rows show that image row.
-void ConvertRow(const ImageBuffer& image, int64_t iy, const uint8_t* lut, bool perChannel, uint8_t* rgb) {
+bool SameDrawing(const ImageViewDrawn& a, const ImageViewDrawn& b) {
+    return a.image == b.image && a.lut == b.lut && a.lutPerChannel == b.lutPerChannel && a.zoom == b.zoom &&
+           a.centreX == b.centreX && a.centreY == b.centreY && a.x == b.x && a.y == b.y &&
+           a.width == b.width && a.height == b.height;
+}
+
+// The 8-bit screen values of one image row at the visible columns only
+// (`column` holds the image column of each screen column, -1 off the image):
+// a fitted 24-megapixel image shows a quarter of its columns or fewer, so
+// converting whole rows would do most of the work for nothing. Worked out once
+// however many screen rows show that image row.
+void ConvertRow(const ImageBuffer& image, int64_t iy, const uint8_t* lut, bool perChannel,
+                const std::vector<int32_t>& column, uint8_t* rgb) {
     const int shift = image.bitDepth - 16;
     const size_t row = static_cast<size_t>(iy) * static_cast<size_t>(image.stride);
     const bool colour = image.green && image.blue;
     const int64_t* planes[3] = {image.red + row, colour ? image.green + row : image.red + row,
                                 colour ? image.blue + row : image.red + row};
+    const size_t n = column.size();
     for (int c = 0; c < 3; ++c) {
         const int64_t* src = planes[c];
-        uint8_t* out = rgb + size_t(c) * size_t(image.width);
+        uint8_t* out = rgb + size_t(c) * n;
         const uint8_t* table = lut && perChannel ? lut + size_t(c) * kImageViewLutSize : lut;
-        for (int32_t x = 0; x < image.width; ++x) {
-            const int32_t v16 = ToScreenValue(src[x], shift);
+        for (size_t x = 0; x < n; ++x) {
+            const int32_t ix = column[x];
+            if (ix < 0) continue;
+            const int32_t v16 = ToScreenValue(src[ix], shift);
             out[x] = table ? table[v16] : static_cast<uint8_t>(v16 >> 8);
         }
     }
 }
 
-void DrawImage(const Surface& s, const DrawRect& rect, const ImageViewRecord& record) {
+// The whole of `rect` into `dst` (its rows `stride` pixels apart, (0, 0) at
+// the rectangle's corner): the well where the image does not reach, the image
+// dithered by screen position elsewhere.
+void RenderImage(uint32_t* dst, size_t stride, const DrawRect& rect, const ImageViewRecord& record) {
     const ImageBuffer& image = *record.image;
-    const DrawRect visible = Draw_Intersect(s.clip, rect);
-    if (Draw_IsEmpty(visible) || !image.red) return;
-    const int64_t midX = rect.x + rect.width / 2, midY = rect.y + rect.height / 2;
-    std::vector<int32_t> column(static_cast<size_t>(visible.width));
-    for (int32_t x = 0; x < visible.width; ++x) {
-        const int64_t ix = ImageAt(record.centreX, visible.x + x - midX, record.zoom) >> 8;
-        column[static_cast<size_t>(x)] = (ix >= 0 && ix < image.width) ? static_cast<int32_t>(ix) : -1;
+    Surface well = Draw_MakeSurface(dst, int32_t(stride), rect.width, rect.height);
+    Draw_FillRect(well, {0, 0, rect.width, rect.height}, theme::kWell);
+    if (!image.red) return;
+    const int64_t midX = rect.width / 2, midY = rect.height / 2;
+    const size_t n = static_cast<size_t>(rect.width);
+    std::vector<int32_t> column(n);
+    for (size_t x = 0; x < n; ++x) {
+        const int64_t ix = ImageAt(record.centreX, int64_t(x) - midX, record.zoom) >> 8;
+        column[x] = (ix >= 0 && ix < image.width) ? static_cast<int32_t>(ix) : -1;
     }
-    std::vector<uint8_t> rgb(size_t(image.width) * 3);
+    std::vector<uint8_t> rgb(n * 3);
     const uint8_t* r8 = rgb.data();
-    const uint8_t* g8 = r8 + image.width;
-    const uint8_t* b8 = g8 + image.width;
+    const uint8_t* g8 = r8 + n;
+    const uint8_t* b8 = g8 + n;
     int64_t converted = -1;
-    for (int32_t y = 0; y < visible.height; ++y) {
-        const int64_t iy = ImageAt(record.centreY, visible.y + y - midY, record.zoom) >> 8;
+    for (int32_t y = 0; y < rect.height; ++y) {
+        const int64_t iy = ImageAt(record.centreY, y - midY, record.zoom) >> 8;
         if (iy < 0 || iy >= image.height) continue;
         if (iy != converted) {
-            ConvertRow(image, iy, record.lut, record.lutPerChannel, rgb.data());
+            ConvertRow(image, iy, record.lut, record.lutPerChannel, column, rgb.data());
             converted = iy;
         }
-        uint32_t* out = s.pixels + size_t(visible.y + y) * static_cast<size_t>(s.pixelsPerRow) + visible.x;
-        const uint8_t* dither = kBayer[(visible.y + y) & 3];
-        for (int32_t x = 0; x < visible.width; ++x) {
-            const int32_t c = column[static_cast<size_t>(x)];
-            if (c < 0) continue;
+        uint32_t* out = dst + size_t(y) * stride;
+        const uint8_t* dither = kBayer[(rect.y + y) & 3];
+        for (size_t x = 0; x < n; ++x) {
+            if (column[x] < 0) continue;
             // Brought to 5-6-5, as every framebuffer pixel is kept: a threshold of
             // 0..7 (0..3 for green's finer steps) before truncation.
-            const uint32_t d = dither[(visible.x + x) & 3];
-            const uint32_t r5 = std::min<uint32_t>((r8[c] + (d >> 1)) >> 3, 31);
-            const uint32_t g6 = std::min<uint32_t>((g8[c] + (d >> 2)) >> 2, 63);
-            const uint32_t b5 = std::min<uint32_t>((b8[c] + (d >> 1)) >> 3, 31);
+            const uint32_t d = dither[(rect.x + x) & 3];
+            const uint32_t r5 = std::min<uint32_t>((r8[x] + (d >> 1)) >> 3, 31);
+            const uint32_t g6 = std::min<uint32_t>((g8[x] + (d >> 2)) >> 2, 63);
+            const uint32_t b5 = std::min<uint32_t>((b8[x] + (d >> 1)) >> 3, 31);
             out[x] = (r5 << 19) | (g6 << 10) | (b5 << 3);
         }
+    }
+}
+
+// A redraw that changes neither the image, its tables, the zoom, the centre
+// nor the view's place copies the pixels drawn last time: a 24-megapixel image
+// costs a pass over a quarter of its samples to convert, a box closing over
+// it should not.
+void DrawImage(const Surface& s, const DrawRect& rect, ImageViewRecord& record) {
+    const DrawRect visible = Draw_Intersect(s.clip, rect);
+    if (Draw_IsEmpty(visible)) return;
+    ImageViewDrawn& drawn = record.drawn;
+    const ImageViewDrawn key{{},          record.image,   record.lut,     record.lutPerChannel,
+                             record.zoom, record.centreX, record.centreY, rect.x,
+                             rect.y,      rect.width,     rect.height};
+    if (drawn.pixels.empty() || !SameDrawing(drawn, key)) {
+        drawn = key;
+        drawn.pixels.resize(size_t(rect.width) * size_t(rect.height));
+        RenderImage(drawn.pixels.data(), size_t(rect.width), rect, record);
+    }
+    for (int32_t y = visible.y; y < visible.y + visible.height; ++y) {
+        const uint32_t* from =
+            drawn.pixels.data() + size_t(y - rect.y) * size_t(rect.width) + (visible.x - rect.x);
+        std::copy_n(from, visible.width, s.pixels + size_t(y) * size_t(s.pixelsPerRow) + visible.x);
     }
 }
 
@@ -194,6 +234,7 @@ void ImageView_SetImage(Toolkit* toolkit, Widget* view, const ImageBuffer* image
     record->image = image;
     record->lut = lut;
     record->lutPerChannel = false;
+    record->drawn.pixels.clear();
     record->fit = true;
     record->dragging = false;
     Settle(toolkit, view, record);
@@ -268,5 +309,6 @@ void ImageView_SetTables(Toolkit* toolkit, Widget* view, const uint8_t* lut, boo
     if (!record) return;
     record->lut = lut;
     record->lutPerChannel = perChannel && lut;
+    record->drawn.pixels.clear();
     Toolkit_Invalidate(toolkit, view);
 }

@@ -14,7 +14,9 @@ inline constexpr uint32_t kImageViewLutSize = 65536;
 int ImageView_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event);
 
 // Shows `image` (the caller keeps it alive) through `lut` (null for linear)
-// fitted to the view.
+// fitted to the view. The view keeps what it drew until the image, its tables,
+// the zoom or the position change: after changing an image's samples in place,
+// set it again.
 void ImageView_SetImage(Toolkit* toolkit, Widget* view, const ImageBuffer* image, const uint8_t* lut);
 // Replaces the lookup table without touching zoom or position; with
 // `perChannel`, `lut` holds three tables of 65536 entries (red, green, blue).
