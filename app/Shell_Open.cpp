@@ -8,6 +8,9 @@
 #include "host/Host.h"
 #include "ui/MessageBox.h"
 
+#include <algorithm>
+#include <cstdio>
+
 namespace {
 
 constexpr const char* kOkButton = "OK";
@@ -20,15 +23,78 @@ constexpr const char* kWhyText =
     "stack from your stacking program as an uncompressed TIFF or as FITS, preferably with 16 or 32 bits per "
     "sample, so that no data is lost before processing.";
 
+// Colour data gets a help button beside the dataset answers: whether a stack
+// from a one-shot-colour camera is still linear is the question new users
+// cannot answer. The help shows what the histogram suggests, and "I'm not
+// sure" takes that suggestion.
+constexpr const char* kOscHelpButton = "How can I tell if my OSC/DSLR data is linear and unstretched?";
+constexpr const char* kOscHelpTitle = "Linear or stretched?";
+constexpr const char* kNotSureButton = "I'm not sure";
+constexpr const char* kOscHelpText =
+    "A stack straight from your stacking program, saved as FITS or as a 16- or 32-bit TIFF, is linear: "
+    "on a normal screen it looks almost black, with only the brightest stars showing. If it already shows "
+    "the nebula or galaxy with a grey or coloured sky, it has been stretched.\n\n"
+    "Data from a one-shot-colour camera or a DSLR whose colours look strongly green (or pink) has not "
+    "been white balanced: choose the OSC/DSLR answer and Pellucida balances it.\n\n"
+    "Judging by its histogram, this image looks %s: half of its samples lie below %.1f%% of full scale "
+    "(linear stacks are usually below 5%%). Choose \"I'm not sure\" to go with that.";
+constexpr double kLinearMedianLimit = 0.05;
+
+// The median of the green plane as a fraction of full scale, from a sparse
+// sample: enough to tell a dark linear stack from a stretched picture.
+double MedianFraction(const ImageBuffer& image) {
+    const int64_t* plane = image.green ? image.green : image.red;
+    std::vector<int64_t> samples;
+    const int32_t step = std::max(1, std::min(image.width, image.height) / 256);
+    for (int32_t y = 0; y < image.height; y += step)
+        for (int32_t x = 0; x < image.width; x += step)
+            samples.push_back(plane[size_t(y) * image.stride + x]);
+    auto middle = samples.begin() + std::ptrdiff_t(samples.size() / 2);
+    std::nth_element(samples.begin(), middle, samples.end());
+    return image.maxValue > 0 ? double(*middle) / double(image.maxValue) : 0.0;
+}
+
+bool HasHelp(const LoadInfo& info, const LoadQuestion& question) {
+    return question.id == LoadQuestionId::kDataset && !info.grey;
+}
+
 void AskNext(Shell* shell);
+
+void OnHelpAnswer(Toolkit*, uint32_t button, void* user) {
+    Shell* shell = static_cast<Shell*>(user);
+    ShellPendingLoad* load = shell->pendingLoad.get();
+    if (!load) return;
+    if (button == 1) {
+        const bool linear = MedianFraction(*load->image) < kLinearMedianLimit;
+        File_AnswerLoadQuestion(
+            &load->answers, LoadQuestionId::kDataset,
+            File_DatasetButton(linear ? DatasetAnswer::kLinear : DatasetAnswer::kNonLinearSrgb,
+                               load->info.grey));
+    }
+    AskNext(shell);  // "OK" asks the question again
+}
+
+void ShowOscHelp(Shell* shell) {
+    const double median = MedianFraction(*shell->pendingLoad->image);
+    char text[1400];
+    std::snprintf(text, sizeof text, kOscHelpText, median < kLinearMedianLimit ? "linear" : "stretched",
+                  median * 100.0);
+    MessageBox_Show(shell->ui.get(), kOscHelpTitle, text, kMessageBoxInformation, OnHelpAnswer, shell, 2,
+                    kOkButton, kNotSureButton);
+}
 
 void OnAnswer(Toolkit*, uint32_t button, void* user) {
     Shell* shell = static_cast<Shell*>(user);
     ShellPendingLoad* load = shell->pendingLoad.get();
     if (!load) return;
     LoadQuestion question;
-    if (File_NextLoadQuestion(load->info, load->answers, &question))
+    if (File_NextLoadQuestion(load->info, load->answers, &question)) {
+        if (HasHelp(load->info, question) && button == question.buttons.size()) {
+            ShowOscHelp(shell);
+            return;
+        }
         File_AnswerLoadQuestion(&load->answers, question.id, static_cast<int>(button));
+    }
     AskNext(shell);
 }
 
@@ -56,7 +122,8 @@ void AskNext(Shell* shell) {
         Finish(shell);
         return;
     }
-    const std::vector<std::string> labels(question.buttons.begin(), question.buttons.end());
+    std::vector<std::string> labels(question.buttons.begin(), question.buttons.end());
+    if (HasHelp(load->info, question)) labels.push_back(kOscHelpButton);
     const char* icon = question.id == LoadQuestionId::kArtefacts ? kIconWarning : kIconInformation;
     MessageBox_ShowLabels(shell->ui.get(), question.title, question.text, icon, OnAnswer, shell, labels);
 }

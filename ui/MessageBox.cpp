@@ -60,15 +60,28 @@ void Layout(Toolkit* toolkit, Widget* box) {
     const int32_t band = th * 2 + 4;
     const int32_t buttonHeight = std::max(Toolkit_MetricPixels(toolkit, kEntityButtonSize), th * 2 + 6);
     const int32_t iconSide = record->icon || record->drawnIcon ? std::max(buttonHeight * 3 / 2, th * 3) : 0;
-    const int32_t width = std::min(sw - 2 * pad, std::max(sw / 3, 12 * m));
-    const int32_t textWidth = width - 3 * pad - iconSide;
+    // Wide enough for the longest answer on a line of its own, where the screen allows.
+    int32_t widest = 0;
+    for (const MessageBoxButton& b : record->buttons)
+        if (const auto* button = Widget_Record<ButtonRecord>(b.widget); button && toolkit->font)
+            widest = std::max(widest, Font_MeasureText(*toolkit->font, th, button->text).width);
+    const int32_t width = std::min(sw - 2 * pad, std::max({sw / 3, 12 * m, widest + 2 * th + 2 * pad}));
+    // The label keeps an inset on both sides (see Label.cpp): wrap as it will.
+    const int32_t textWidth = width - 3 * pad - iconSide - 2 * std::max(2, th / 3);
     int32_t lines = 1;
     if (toolkit->font)
         lines = std::max<int32_t>(
             1, static_cast<int32_t>(Font_WrapText(*toolkit->font, th, record->text, textWidth).size()));
     const int32_t textHeight = lines * LineStep(th);
     const int32_t content = std::max(iconSide, textHeight);
-    const int32_t height = std::min(sh - 2 * pad, band + pad + content + pad + buttonHeight + pad);
+    // Answers that are whole sentences do not fit side by side: then each
+    // takes a line of its own, so that none is cut.
+    const int32_t rowWidth = width - 2 * pad + 4;
+    const size_t n = std::max<size_t>(record->buttons.size(), 1);
+    const bool stacked = widest + 2 * th > rowWidth / int32_t(n);
+    const int32_t rowHeight =
+        stacked ? int32_t(n) * buttonHeight + (int32_t(n) - 1) * (pad / 2) : buttonHeight;
+    const int32_t height = std::min(sh - 2 * pad, band + pad + content + pad + rowHeight + pad);
     const int32_t x = (sw - width) / 2, y = (sh - height) / 2;
 
     Widget_SetPixelRect(toolkit, box, x, y, width, height);
@@ -84,18 +97,18 @@ void Layout(Toolkit* toolkit, Widget* box) {
     const int32_t textX = pad + iconSide + (iconSide ? pad : 0);
     Widget_SetPixelRect(toolkit, record->label, textX, top + (content - textHeight) / 2, width - textX - pad,
                         textHeight);
-    Widget_SetPixelRect(toolkit, record->row, pad - 2, height - pad - buttonHeight, width - 2 * pad + 4,
-                        buttonHeight);
-    // The buttons share the row equally: each takes 32768 / n of what is left,
-    // n being the buttons still to place, so n cells fill the row exactly.
+    Widget_SetPixelRect(toolkit, record->row, pad - 2, height - pad - rowHeight, rowWidth, rowHeight);
+    // The buttons share the row (or, stacked, its height) equally: each takes
+    // 32768 / n of what is left, n being the buttons still to place, so n
+    // cells fill the row exactly.
     uint32_t left = kUnitsWhole, at = 0;
     for (size_t i = 0; i < record->buttons.size(); ++i) {
         Widget* button = record->buttons[i].widget;
         const uint32_t share = left / static_cast<uint32_t>(record->buttons.size() - i);
-        button->x = at;
-        button->y = 0;
-        button->width = share;
-        button->height = kUnitsWhole;
+        button->x = stacked ? 0 : at;
+        button->y = stacked ? at : 0;
+        button->width = stacked ? kUnitsWhole : share;
+        button->height = stacked ? share : kUnitsWhole;
         at += share;
         left -= share;
     }

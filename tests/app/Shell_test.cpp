@@ -3,6 +3,7 @@
 // its boxes, then the files it wrote, its log and pictures of its screen.
 #include "app/Shell.h"
 #include "app/Cli.h"
+#include "formats/Jpeg_Write.h"
 #include "support/Files.h"
 #include "support/TestData.h"
 
@@ -44,7 +45,8 @@ protected:
         const fs::path file = dir.Path() / "script.txt";
         std::ofstream(file) << (pastSplash ? "wait 20\n" : "") << script << "close\nanswer Close\n";
         const fs::path out = dir.Path() / "out.txt", err = dir.Path() / "err.txt";
-        const std::string command = "PELLUCIDA_HEADLESS_SIZE=" + size +
+        // Run in the test's folder, so that a relative name in a box is the same on every run.
+        const std::string command = "cd '" + dir.Path().string() + "' && PELLUCIDA_HEADLESS_SIZE=" + size +
                                     " '" PELLUCIDA_PROGRAM "' --host=headless '--script=" + file.string() +
                                     "' >'" + out.string() + "' 2>'" + err.string() + "'";
         ProgramRun run;
@@ -101,6 +103,11 @@ TEST_F(ShellTest, OpenAnswerAndSaveGiveTheCommandLinesFile) {
          {"--dataset=srgb", "--reverse=yes"},
          "fits.png"},
         {"", {{"Type of dataset?", "Linear"}}, {}, "tiff.tif"},
+        {"",
+         {{"Type of dataset?", "How can I tell if my OSC/DSLR data is linear and unstretched?"},
+          {"Linear or stretched?", "I'm not sure"}},
+         {},
+         "unsure.tif"},
         {"png/stellarium_ic410_rgba8.png",
          {{"Possible stacking artifacts detected", "OK"},
           {"Type of dataset?", "Linear, from OSC/DSLR with Bayer matrix and not white balanced"}},
@@ -202,10 +209,10 @@ TEST(ShellTexts, TitleAndZoomLabel) {
 }
 
 // Reviewed pictures of the splash, the main form empty and with a real image,
-// and the dataset question, on a small and a large screen.
+// and the dataset question, on a small, a full-HD and a 4K screen.
 TEST_F(ShellTest, ScreensMatchTheirReviewedPictures) {
     const std::string shots = dir.Path().string();
-    for (const std::string size : {"800x480", "1920x1080"}) {
+    for (const std::string size : {"800x480", "1920x1080", "3840x2160"}) {
         const ProgramRun run =
             Program("wait 4\nscreenshot " + shots + "/splash.png\nwait 20\nscreenshot " + shots +
                         "/empty.png\n" + Open(bundled) + "screenshot " + shots +
@@ -215,4 +222,55 @@ TEST_F(ShellTest, ScreensMatchTheirReviewedPictures) {
         for (const char* shot : {"splash", "empty", "question", "image"})
             CompareGolden(shots + "/" + shot + ".png", std::string("shell_") + shot + "_" + size);
     }
+}
+
+// Every box of the open and save flows and the close question, each as it
+// first comes up. The files that raise them are made here: a colour picture
+// with transparent pixels and a black stacking border, a grey one, a JPEG.
+TEST_F(ShellTest, BoxesMatchTheirReviewedPictures) {
+    constexpr unsigned kW = 96, kH = 64;
+    std::vector<uint8_t> rgba(size_t(kW) * kH * 4), grey(size_t(kW) * kH);
+    ImagePtr jpeg(Image_Create(kW, kH));
+    jpeg->bitDepth = 8;
+    jpeg->maxValue = 255;
+    for (unsigned y = 0; y < kH; ++y)
+        for (unsigned x = 0; x < kW; ++x) {
+            const size_t i = size_t(y) * kW + x;
+            const uint8_t v = uint8_t(20 + (x * 3 + y * 5) % 200);
+            const bool border = x < 4;  // what a stack of shifted frames leaves
+            rgba[i * 4] = border ? 0 : v, rgba[i * 4 + 1] = border ? 0 : uint8_t(v / 2);
+            rgba[i * 4 + 2] = border ? 0 : uint8_t(255 - v), rgba[i * 4 + 3] = (x > 80 && y > 50) ? 0 : 255;
+            grey[i] = v;
+            jpeg->red[i] = v, jpeg->green[i] = v / 2, jpeg->blue[i] = 255 - v;
+        }
+    ASSERT_EQ(lodepng::encode(Path("gaps.png"), rgba, kW, kH, LCT_RGBA, 8), 0u);
+    ASSERT_EQ(lodepng::encode(Path("grey.png"), grey, kW, kH, LCT_GREY, 8), 0u);
+    ASSERT_EQ(Jpeg_Write(jpeg.get(), Path("photo.jpg").c_str()), 1);
+    WriteFileBytes(Path("notes.txt"), {'x'});
+    WriteFileBytes(Path("broken.fits"), {'S', 'I', 'M', 'P'});
+    WriteFileBytes(Path("old.tif"), {1, 2, 3});
+
+    const std::vector<std::pair<std::string, std::string>> steps = {
+        // what brings the box up (the dialog's answer first), its picture's name, the answer
+        {Open(Path("notes.txt")) + "dialog cancel\n", "unknown_type"},
+        {"answer OK\n" + Open(Path("broken.fits")), "load_failed"},
+        {"answer Why only these formats?\n", "why_formats"},
+        {"answer OK\n" + Open(Path("gaps.png")), "data_gaps"},
+        {"answer Interpolate\n", "artefacts"},
+        {"answer OK\n", "dataset_colour"},
+        {"answer How can I tell if my OSC/DSLR data is linear and unstretched?\n", "osc_help"},
+        {"answer OK\nanswer Non-linear sRGB source\n", "reverse_srgb"},
+        {"answer Don't activate Tracking\n" + Open(Path("grey.png")), "dataset_grey"},
+        {"answer Linear\n" + Open(Path("photo.jpg")), "reverse_stretch"},
+        {"answer Don't activate tracking\n" + Save(Path("x.txt")) + "dialog cancel\n", "unsupported_type"},
+        {"answer OK\n" + Save(Path("old.tif")), "overwrite"},
+        {"answer Cancel\n" + Save("missing/folder.tif"), "save_failed"},
+        {"answer OK\nclose\n", "close"},
+    };
+    std::string script;
+    for (const auto& [before, name] : steps)
+        script += before + "screenshot " + Path((name + ".png").c_str()) + "\n";
+    const ProgramRun run = Program(script + "answer Cancel\n", "1280x720");
+    ASSERT_EQ(run.status, 0) << run.err;
+    for (const auto& [before, name] : steps) CompareGolden(Path((name + ".png").c_str()), "box_" + name);
 }
