@@ -31,6 +31,7 @@ int main(int argc, char** argv) {
     }
     Shell_Install(&shell);
     Headless_SetAppCommandHandler(Shell_ScriptCommand);
+    Headless_SetAppBusyCheck(Shell_Busy);
     const int status = Host_Run("pellucida", options, Shell_OnAppEvent);
     Shell_Install(nullptr);
     return status;

@@ -11,6 +11,7 @@
 #include "image/Image.h"
 #include "ui/Toolkit.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -28,6 +29,20 @@ struct ShellPendingLoad {
     LoadInfo info;
     LoadAnswers answers;
     std::string path;
+};
+
+// A file being read on the background task. The progress dialog comes up
+// when the read takes longer than half a second; a cancel lets the reader run
+// out and throws its result away (readers cannot be interrupted).
+struct ShellLoadTask {
+    std::string path;
+    ImageBuffer* image = nullptr;  // written by the task, taken once it ended
+    LoadInfo info;
+    uint32_t ticks = 0;       // 100 ms ticks since the read began
+    bool background = false;  // read on the background task, not in place
+    std::atomic<bool> cancel{false};
+    std::atomic<int> percent{0};
+    Widget* progress = nullptr;  // the dialog, once shown
 };
 
 // The undo step: the state before the last kept change, in the tracking
@@ -67,6 +82,7 @@ struct Shell {
     std::vector<uint8_t> screenLuts;  // three tables of 65536 entries
     bool stretchStale = true;         // the working image changed since the tables were made
 
+    std::unique_ptr<ShellLoadTask> loading;
     std::unique_ptr<ShellPendingLoad> pendingLoad;
     std::string pendingSave;  // the name waiting for the overwrite answer
     std::string openOnStart;  // `pellucida IMAGE`: opened once the main form is up
@@ -115,6 +131,12 @@ bool Shell_FileDialog(const char* method, std::string* chosen);
 // Open: the dialog (or a dropped or given path), the load, the questions.
 void Shell_Open(Shell* shell);
 void Shell_OpenPath(Shell* shell, const std::string& path);
+// On every tick while a file is read: the progress dialog after half a
+// second, and the questions (or the failure) once the read has ended.
+void Shell_PollLoad(Shell* shell, uint32_t ticks);
+// The headless backend's "still working" test: a read whose result is not
+// yet taken.
+bool Shell_Busy();
 // Save: the dialog, the name check, the overwrite question, the write.
 void Shell_Save(Shell* shell);
 

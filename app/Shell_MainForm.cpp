@@ -164,6 +164,7 @@ void Shell_BindMainButtons(Shell* shell) {
 }
 
 void Shell_OnMainButton(Shell* shell, uint32_t id) {
+    if (shell->loading) return;  // a file is being read: its result comes first
     if (id == Id("BtOp")) {
         Shell_Open(shell);
     } else if (id == Id("BtSv")) {

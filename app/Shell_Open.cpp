@@ -6,7 +6,10 @@
 #include "formats/File_Names.h"
 #include "host/CursorWaitScope.h"
 #include "host/Host.h"
+#include "host/Host_Threads.h"
+#include "host/KernelControl.h"
 #include "ui/MessageBox.h"
+#include "ui/ProgressDialog.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -133,6 +136,26 @@ void OnFailed(Toolkit* toolkit, uint32_t button, void*) {
         MessageBox_Show(toolkit, kWhyTitle, kWhyText, kMessageBoxInformation, nullptr, nullptr, 1, kOkButton);
 }
 
+// The progress dialog comes up once a read has taken half a second.
+constexpr uint32_t kProgressAfterTicks = 5;
+
+std::string BaseName(const std::string& path) {
+    const size_t slash = path.find_last_of("/\\");
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+void ReportLoad(void* context, const char*, int percent) {
+    static_cast<ShellLoadTask*>(context)->percent.store(percent);
+}
+
+// The background task: the reader runs off the main thread, so the window
+// keeps drawing and the dialog's Cancel answers.
+void ReadFile(void* context) {
+    auto* task = static_cast<ShellLoadTask*>(context);
+    const KernelControl control{&task->cancel, ReportLoad, task};
+    task->image = File_LoadImageData(task->path.c_str(), &task->info, &control);
+}
+
 void OnUnknownType(Toolkit*, uint32_t, void* user) {
     Shell_Open(static_cast<Shell*>(user));  // the dialog again
 }
@@ -162,17 +185,56 @@ void Shell_Open(Shell* shell) {
 }
 
 void Shell_OpenPath(Shell* shell, const std::string& path) {
-    auto load = std::make_unique<ShellPendingLoad>();
-    load->path = path;
-    {
-        CursorWaitScope wait;
-        load->image.reset(File_LoadImageData(path.c_str(), &load->info));
+    if (shell->loading) return;
+    auto task = std::make_unique<ShellLoadTask>();
+    task->path = path;
+    shell->loading = std::move(task);
+    Host_Call("video", "Video_SetCursorWait", nullptr);
+    if (Host_IsBackgroundRunning()) {  // the one background task is taken: read here
+        ReadFile(shell->loading.get());
+        Shell_PollLoad(shell, 0);
+        return;
     }
-    if (!load->image) {
+    shell->loading->background = true;
+    Host_StartBackgroundTask(ReadFile, shell->loading.get());
+}
+
+bool Shell_Busy() {
+    const Shell* shell = Shell_Get();
+    return shell && shell->loading;
+}
+
+void Shell_PollLoad(Shell* shell, uint32_t ticks) {
+    ShellLoadTask* task = shell->loading.get();
+    if (!task) return;
+    if (task->background && Host_IsBackgroundRunning()) {
+        task->ticks += ticks;
+        if (!task->progress && task->ticks >= kProgressAfterTicks)
+            task->progress =
+                ProgressDialog_Show(shell->ui.get(), ("Opening " + BaseName(task->path)).c_str());
+        if (task->progress) {
+            if (ProgressDialog_Cancelled(task->progress)) task->cancel = true;
+            ProgressDialog_SetProgress(shell->ui.get(), task->progress, task->percent.load());
+        }
+        return;
+    }
+    std::unique_ptr<ShellLoadTask> done = std::move(shell->loading);
+    if (done->background) Host_TakeBackgroundFinished();
+    if (done->progress) ProgressDialog_Close(shell->ui.get(), done->progress);
+    Host_Call("video", "Video_SetCursorArrow", nullptr);
+    if (done->cancel) {
+        Image_Free(done->image);
+        return;
+    }
+    if (!done->image) {
         MessageBox_Show(shell->ui.get(), kLoadFailedTitle, kLoadFailedText, kMessageBoxError, OnFailed, shell,
                         2, kOkButton, kWhyButton);
         return;
     }
+    auto load = std::make_unique<ShellPendingLoad>();
+    load->path = done->path;
+    load->image.reset(done->image);
+    load->info = done->info;
     shell->pendingLoad = std::move(load);
     AskNext(shell);
 }

@@ -7,6 +7,7 @@
 #include "formats/Png_Read.h"
 #include "host/Host.h"
 #include "host/Host_Os.h"
+#include "host/Host_Threads.h"
 #include "image/Tracking.h"
 #include "ui/Entities.h"
 #include "ui/Layout.h"
@@ -18,8 +19,10 @@
 #include "ui/widgets/ImageView.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -71,8 +74,10 @@ void PrepareTrackingSlots() {
 }
 
 // The main form's applet takes the ticks from the splash on, so that they stop
-// at a widget of the form on screen; the modules' progress will use them.
-void OnMainTick(Toolkit*, Widget*, uint32_t, uint32_t, void*) {}
+// at a widget of the form on screen: a file being read is watched on them.
+void OnMainTick(Toolkit*, Widget*, uint32_t ticks, uint32_t, void* user) {
+    Shell_PollLoad(static_cast<Shell*>(user), ticks);
+}
 
 void OnSplashTick(Toolkit* toolkit, Widget*, uint32_t, uint32_t elapsed, void* user) {
     Shell* shell = static_cast<Shell*>(user);
@@ -171,6 +176,11 @@ void Shell_StartMainForm(Shell* shell) {
 }
 
 void Shell_TearDownUi(Shell* shell) {
+    // A read still running writes into its task: it must end first.
+    while (shell->loading && Host_IsBackgroundRunning())
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    if (shell->loading) Image_Free(shell->loading->image);
+    shell->loading.reset();
     shell->pendingLoad.reset();
     shell->shelf.children.clear();
     shell->ui.reset();

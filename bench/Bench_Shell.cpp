@@ -82,6 +82,7 @@ void BM_Shell_StartToMainForm(benchmark::State& state) {
         Headless_Reset();
         Headless_SetInitialSize(1920, 1080);
         Headless_SetAppCommandHandler(Shell_ScriptCommand);
+        Headless_SetAppBusyCheck(Shell_Busy);
         Shell shell;
         Shell_Install(&shell);
         g_mainFormShown = {};

@@ -6,6 +6,7 @@
 #include "formats/Png_Read.h"
 #include "formats/Raw_Read.h"
 #include "formats/Tiff_Read.h"
+#include "host/KernelControl.h"
 #include "host/Shell_Log.h"
 #include "image/Image.h"
 #include "image/Image_Balance.h"
@@ -100,13 +101,14 @@ ImageBuffer* File_ReadAnyFormat(const char* path, FileReaderKind* reader) {
     return image;
 }
 
-bool File_PrepareLoaded(ImageBuffer* image, LoadInfo* info) {
+bool File_PrepareLoaded(ImageBuffer* image, LoadInfo* info, const KernelControl* control) {
     if (image->width == 0 || image->height == 0) {
         Image_Free(image);
         return false;
     }
     info->bitDepthAsRead = image->bitDepth;
     info->alphaAsRead = image->alpha != nullptr;
+    KernelControl_Report(control, kLoadStagePreparing, 60);
     Image_SetBitDepth(image, kWorkingDepth);
 
     InspectPixels(image, info);
@@ -116,14 +118,17 @@ bool File_PrepareLoaded(ImageBuffer* image, LoadInfo* info) {
     } else {
         Image_FreeAlpha(image);
     }
+    KernelControl_Report(control, kLoadStageBorders, 85);
     info->artefacts = File_DetectStackingArtefacts(image, &info->box);
+    KernelControl_Report(control, kLoadStageBorders, 100);
     return true;
 }
 
-ImageBuffer* File_LoadImageData(const char* path, LoadInfo* info) {
+ImageBuffer* File_LoadImageData(const char* path, LoadInfo* info, const KernelControl* control) {
     *info = LoadInfo{};
+    KernelControl_Report(control, kLoadStageReading, 0);
     ImageBuffer* image = File_ReadAnyFormat(path, &info->reader);
-    if (image && !File_PrepareLoaded(image, info)) image = nullptr;
+    if (image && !File_PrepareLoaded(image, info, control)) image = nullptr;
     if (!image) return nullptr;
     Shell_Logf("File loaded [%s].\n", path);
     return image;

@@ -9,6 +9,7 @@
 #include <cstdint>
 
 struct ImageBuffer;
+struct KernelControl;
 
 enum class FileReaderKind { kNone, kBmp, kTiff, kFits, kRaw, kPng, kJpeg };
 const char* File_ReaderName(FileReaderKind reader);
@@ -31,12 +32,17 @@ struct LoadInfo {
 // Prepares a freshly read image as the working image: refuses an empty one
 // (freeing it, false), raises it to 30 bits, and fills the rest of `info`.
 // Nothing is logged.
-bool File_PrepareLoaded(ImageBuffer* image, LoadInfo* info);
+bool File_PrepareLoaded(ImageBuffer* image, LoadInfo* info, const KernelControl* control = nullptr);
 
 // Reads the file and prepares it as the working image (30 bits); logs
 // "File loaded [". Null when no reader takes the file or it is empty. A caller
-// that shows the wait cursor holds a CursorWaitScope around the call.
-ImageBuffer* File_LoadImageData(const char* path, LoadInfo* info);
+// that shows the wait cursor holds a CursorWaitScope around the call. With a
+// control, the stages (reading, preparing, checking the borders) are reported
+// as they begin; the readers themselves are not interrupted.
+ImageBuffer* File_LoadImageData(const char* path, LoadInfo* info, const KernelControl* control = nullptr);
+inline constexpr const char* kLoadStageReading = "Reading the file";
+inline constexpr const char* kLoadStagePreparing = "Preparing the image";
+inline constexpr const char* kLoadStageBorders = "Checking for stacking artifacts";
 
 // The closing line of a load, after the questions: "Image size is %d x %d\n".
 void File_LogImageSize(const ImageBuffer* image);

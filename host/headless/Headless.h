@@ -60,7 +60,8 @@ std::vector<std::string> Headless_TakeDialogProposals();
 //   screenshot FILE     writes the window's contents as PNG
 //   dialog PATH | dialog cancel
 //   drop PATH           a file dropped on the window
-//   idle                virtual time runs until no background task runs and nothing is queued
+//   idle                virtual time runs until no background task runs, nothing is queued
+//                       and the program says it is not busy
 // and the program's own lines, carried out by the handler it installs
 // (Headless_SetAppCommandHandler): press ID, answer TEXT | answer #N,
 // expect-box TITLE, set ID VALUE, drag ID X0 Y0 X1 Y1. A line that fails
@@ -72,6 +73,10 @@ bool Headless_LoadScript(const char* path);
 
 // Installs the program's carrier of its own script lines.
 void Headless_SetAppCommandHandler(HeadlessAppCommandFn handler);
+// Installs the program's own "still working" test (a file being read whose
+// result is not yet taken): idle time runs on while it says so.
+using HeadlessAppBusyFn = bool (*)();
+void Headless_SetAppBusyCheck(HeadlessAppBusyFn busy);
 
 // Client size of the window the next CreateMainWindow makes (default 800 x 480;
 // PELLUCIDA_HEADLESS_SIZE=WxH sets it too).

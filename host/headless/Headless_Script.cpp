@@ -173,13 +173,15 @@ bool HeadlessScript_Step(HeadlessScript& script, const HeadlessScriptActions& ac
         // A screenshot shows what the program made of all earlier input, and a
         // program's line, a dialog answer or a drop acts on the state that input
         // left (an answer queued too early would go to a dialog opened by an
-        // earlier press): one idle pass first lets it handle what is queued.
+        // earlier press): idle time runs first until it has handled what is
+        // queued and finished what it started (a file being read).
         const HeadlessCommand::Kind upcoming = script.commands[script.next].kind;
         const bool needsSettled = upcoming == HeadlessCommand::kScreenshot ||
                                   upcoming == HeadlessCommand::kApp || upcoming == HeadlessCommand::kDialog ||
                                   upcoming == HeadlessCommand::kDrop;
         if (needsSettled && !script.settled) {
             script.settled = true;
+            script.idling = true;
             actions.idle();
             return true;
         }

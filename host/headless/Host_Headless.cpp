@@ -10,9 +10,11 @@
 
 #include <lodepng.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -44,6 +46,7 @@ struct HeadlessState {
     bool scriptEnded = false;
     uint64_t scriptEndMs = 0;
     HeadlessAppCommandFn appCommand = nullptr;
+    HeadlessAppBusyFn appBusy = nullptr;
 };
 
 HeadlessState& State() {
@@ -76,6 +79,9 @@ void InitialSize(uint32_t* width, uint32_t* height) {
 void AdvanceIdle() {
     HeadlessState& s = State();
     s.timeMs = (s.timeMs / kTickMs + 1) * kTickMs;
+    // Virtual time waits a little for real work on another thread, rather than
+    // spinning through ticks while it runs.
+    if (Host_IsBackgroundRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     if (s.timerRunning && s.autoTicks) Post({Message::kTimer});
     if (s.scriptEnded && s.timeMs - s.scriptEndMs > kAfterScriptLimitMs) {
         std::fputs("headless: the script ended but the program did not close\n", stderr);
@@ -178,7 +184,8 @@ void RunScriptStep() {
     actions.postDrop = [](const std::string& path) { Headless_PostDrop(path.c_str()); };
     actions.busy = [] {
         const HostState* host = Host_GetState();
-        return !State().queue.empty() || (host && host->pendingCount != 0) || Host_IsBackgroundRunning() != 0;
+        return !State().queue.empty() || (host && host->pendingCount != 0) ||
+               Host_IsBackgroundRunning() != 0 || (State().appBusy && State().appBusy());
     };
     actions.appCommand = s.appCommand;
     if (!HeadlessScript_Step(s.script, actions, [] { return !State().queue.empty(); })) {
@@ -335,4 +342,8 @@ void Headless_PostDrop(const char* path) {
 
 void Headless_SetAppCommandHandler(HeadlessAppCommandFn handler) {
     State().appCommand = handler;
+}
+
+void Headless_SetAppBusyCheck(HeadlessAppBusyFn busy) {
+    State().appBusy = busy;
 }
