@@ -9,15 +9,18 @@
 #include "formats/File_Load.h"
 #include "formats/File_LoadQuestions.h"
 #include "image/Image.h"
+#include "modules/Module.h"
 #include "ui/Toolkit.h"
 
 #include <atomic>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 struct AppEvent;
+struct ShellModule;
 
 // The splash stays up for more than twice this many ticks of 100 ms.
 inline constexpr uint32_t kSplashPeriodTicks = 8;
@@ -81,6 +84,12 @@ struct Shell {
     int32_t shownHeight = 0;
     std::vector<uint8_t> screenLuts;  // three tables of 65536 entries
     bool stretchStale = true;         // the working image changed since the tables were made
+
+    // The module entered, if any, and what each module keeps between entries.
+    std::shared_ptr<ShellModule> module;
+    std::map<const ModuleDef*, ModuleParamsBuffer> moduleState;
+    std::map<const ModuleDef*, uint32_t> moduleForms;  // the forms loaded, by identifier
+    bool globalStretchKept = false;                    // a global stretch was kept since the load
 
     std::unique_ptr<ShellLoadTask> loading;
     std::unique_ptr<ShellPendingLoad> pendingLoad;

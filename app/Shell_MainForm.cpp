@@ -3,6 +3,7 @@
 // the refresh after the working image changed (title, greyed buttons, view,
 // zoom label, screen stretch).
 #include "app/Shell.h"
+#include "app/Shell_Module.h"
 
 #include "modules/Module.h"
 #include "modules/Module_List.h"
@@ -182,6 +183,8 @@ void Shell_OnMainButton(Shell* shell, uint32_t id) {
         Shell_RefreshMain(shell);
     } else if (const ModuleDef* module = Module_FindByButton(id); module && !module->form) {
         Shell_RunMainFormModule(shell, id);
+    } else if (module) {
+        Shell_EnterModule(shell, *module);
     }
 }
 

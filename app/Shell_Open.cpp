@@ -2,6 +2,7 @@
 // check, the load under the wait cursor, then the questions the file raises,
 // one message box at a time, and the answers applied.
 #include "app/Shell.h"
+#include "app/Shell_Module.h"
 
 #include "formats/File_Names.h"
 #include "host/CursorWaitScope.h"
@@ -201,7 +202,7 @@ void Shell_OpenPath(Shell* shell, const std::string& path) {
 
 bool Shell_Busy() {
     const Shell* shell = Shell_Get();
-    return shell && shell->loading;
+    return shell && (shell->loading || (shell->module && shell->module->running));
 }
 
 void Shell_PollLoad(Shell* shell, uint32_t ticks) {

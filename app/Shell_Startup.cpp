@@ -2,6 +2,7 @@
 // splash has been up long enough, the forms, the main form's buttons and the
 // tracking store; and the teardown when the program ends.
 #include "app/Shell.h"
+#include "app/Shell_Module.h"
 #include "app/Shell_Version.h"
 
 #include "formats/Png_Read.h"
@@ -77,6 +78,7 @@ void PrepareTrackingSlots() {
 // at a widget of the form on screen: a file being read is watched on them.
 void OnMainTick(Toolkit*, Widget*, uint32_t ticks, uint32_t, void* user) {
     Shell_PollLoad(static_cast<Shell*>(user), ticks);
+    Shell_PollModule(static_cast<Shell*>(user));
 }
 
 void OnSplashTick(Toolkit* toolkit, Widget*, uint32_t, uint32_t elapsed, void* user) {
@@ -181,6 +183,7 @@ void Shell_TearDownUi(Shell* shell) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     if (shell->loading) Image_Free(shell->loading->image);
     shell->loading.reset();
+    if (shell->module) Shell_LeaveModule(shell, false);  // waits for its computation
     shell->pendingLoad.reset();
     shell->shelf.children.clear();
     shell->ui.reset();

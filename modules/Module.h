@@ -26,13 +26,37 @@ enum class ModuleRunStatus : uint8_t {
 using ModuleRunFn = ModuleRunStatus (*)(ImageBuffer* image, const void* params, const KernelControl* control,
                                         ImagePtr* result);
 
-// What a module's screen adds to the framework's, for the desktop program;
-// the application defines ModuleScreen. Any hook may be null.
+// What a module's screen adds to the framework's, for the desktop program.
+// The modules sit below the toolkit, so a screen acts on its form through the
+// operations the application hands it; identifiers are the form's widgets.
 struct ModuleScreen;
+struct ModuleScreenOps {
+    void (*setText)(ModuleScreen* screen, uint32_t labelId, const char* text);
+    void (*setEnabled)(ModuleScreen* screen, uint32_t widgetId, bool enabled);
+    // The positions in `params` were changed by the screen: the setters show
+    // them and the preview is computed again.
+    void (*paramsChanged)(ModuleScreen* screen);
+    void (*message)(ModuleScreen* screen, const char* title, const char* text);  // one "OK"
+};
+struct ModuleScreen {
+    const ModuleScreenOps* ops;
+    void* application;
+    const ImageBuffer* image;  // the image the module started from
+    void* params;              // the module's parameter struct, as the setters show it
+    void* state;               // the module's own, kept while the program runs
+    bool linear;               // the data is still linear (the load's answers)
+};
+struct ModuleRegion {
+    int32_t x = 0, y = 0, width = 0, height = 0;  // in image pixels
+};
 struct ModuleScreenHooks {
     void (*enter)(ModuleScreen* screen);
     void (*changed)(ModuleScreen* screen, uint32_t widgetId);  // a setter moved, a preset was pressed
     void (*button)(ModuleScreen* screen, uint32_t buttonId);   // a button the framework does not handle
+    // A rectangle dragged in the preview; null: dragging pans the view.
+    void (*region)(ModuleScreen* screen, const ModuleRegion& region);
+    // The result as shown (a display copy): the module may mark it up.
+    void (*shade)(ModuleScreen* screen, ImageBuffer* shown);
 };
 
 // Room for any module's parameter struct, so that a step can be held without
@@ -54,6 +78,7 @@ struct ModuleDef {
     bool maskFollows;    // a geometry step: the mask (and tracking data) is transformed with the image
     bool appliesOnKeep;  // computes nothing until Keep (Crop)
     bool logged;         // writes a parameter block when kept
+    bool globalStretch;  // its result is stretched data: shown as it is, and remembered when kept
     ModuleRunFn run;
     const ModuleScreenHooks* screen;
 };

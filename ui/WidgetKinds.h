@@ -252,6 +252,7 @@ struct LevelSetterRecord : WidgetRecord {
     WidgetCallback onChange = nullptr;  // the position moved (while dragging, too)
     void* user = nullptr;
     bool dragging = false;
+    bool disabled = false;  // greyed out: the knob stays where it is
 };
 
 struct AppletRecord : WidgetRecord {

@@ -14,6 +14,8 @@ ModuleRunStatus Run(ImageBuffer* image, const void* params, const KernelControl*
 
 }  // namespace
 
+extern const ModuleScreenHooks kAutoDevScreen;
+
 extern const ModuleDef kAutoDevModule = {
     .name = "AutoDev",
     .option = "autodev",
@@ -26,6 +28,7 @@ extern const ModuleDef kAutoDevModule = {
     .maskFollows = false,
     .appliesOnKeep = false,
     .logged = true,
+    .globalStretch = true,
     .run = Run,
-    .screen = nullptr,
+    .screen = &kAutoDevScreen,
 };

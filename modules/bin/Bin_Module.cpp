@@ -25,6 +25,7 @@ extern const ModuleDef kBinModule = {
     .maskFollows = true,
     .appliesOnKeep = false,
     .logged = true,
+    .globalStretch = false,
     .run = Run,
     .screen = nullptr,
 };

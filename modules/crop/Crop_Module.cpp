@@ -26,6 +26,7 @@ extern const ModuleDef kCropModule = {
     .maskFollows = true,
     .appliesOnKeep = true,
     .logged = true,
+    .globalStretch = false,
     .run = Run,
     .screen = nullptr,
 };

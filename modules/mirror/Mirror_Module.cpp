@@ -15,10 +15,20 @@ ModuleRunStatus Run(ImageBuffer* image, const void*, const KernelControl*, Image
 
 constexpr ModuleDef Mirror(const char* name, const char* option, const char* summary, const char (&button)[5],
                            ModuleRunFn run) {
-    return {name,    option, summary, ModuleParams_Id(button),
-            nullptr, {},     {},      Module_InitParams<NoParams>,
-            true,    false,  false,   run,
-            nullptr};
+    return {.name = name,
+            .option = option,
+            .summary = summary,
+            .buttonId = ModuleParams_Id(button),
+            .form = nullptr,
+            .params = {},
+            .presets = {},
+            .initParams = Module_InitParams<NoParams>,
+            .maskFollows = true,
+            .appliesOnKeep = false,
+            .logged = false,
+            .globalStretch = false,
+            .run = run,
+            .screen = nullptr};
 }
 
 }  // namespace

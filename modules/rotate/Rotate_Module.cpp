@@ -23,6 +23,7 @@ extern const ModuleDef kRotateModule = {
     .maskFollows = true,
     .appliesOnKeep = false,
     .logged = true,
+    .globalStretch = false,
     .run = Run,
     .screen = nullptr,
 };

@@ -10,6 +10,7 @@
 #include "ui/WidgetKinds.h"
 #include "ui/markup/Markup_Attributes.h"
 #include "ui/markup/Markup_Reader.h"
+#include "ui/widgets/LevelSetter.h"
 
 #include <cstdio>
 #include <cstring>
@@ -204,8 +205,12 @@ struct FormParse {
 
 void FinishWidget(Widget* widget) {
     if (auto* setter = Widget_Record<LevelSetterRecord>(widget)) {
-        if (!setter->captionLabel)
+        // The caption is the setter's paired label ("LvS1" with "LbL1"), so that
+        // whoever looks the caption up by identifier finds the one shown.
+        if (!setter->captionLabel) {
             setter->captionLabel = AddSetterLabel(widget, 0, kSetterLabelSplit, kAlignLeft);
+            if (widget->id != 0) setter->captionLabel->id = LevelSetter_CaptionId(widget->id);
+        }
         if (!setter->valueLabel)
             setter->valueLabel =
                 AddSetterLabel(widget, kSetterLabelSplit, kUnitsWhole - kSetterLabelSplit, kAlignRight);

@@ -31,13 +31,16 @@ void Draw(Toolkit* toolkit, Widget* widget, LevelSetterRecord* record) {
         static_cast<int32_t>(
             record->maximum ? (int64_t{record->value} * span + record->maximum / 2) / record->maximum : 0);
     const bool focused = toolkit->input.focus == widget;
-    if (knobX > track.x)
+    if (knobX > track.x && !record->disabled)
         Draw_FillRoundRect(s, {track.x, track.y, knobX - track.x + thickness / 2, track.height}, half,
                            record->dragging ? theme::kAccent : theme::kAccentDim);
     const float cx = static_cast<float>(knobX) + 0.5f, cy = static_cast<float>(t.centreY) + 0.5f;
     const float r = static_cast<float>(t.knobRadius);
     Draw_FillCircle(s, cx, cy + 1.0f, r, theme::kWell);  // a soft shadow under the knob
-    Draw_FillCircle(s, cx, cy, r, record->dragging ? theme::kText : theme::kControlTop);
+    Draw_FillCircle(s, cx, cy, r,
+                    record->disabled   ? theme::kWell
+                    : record->dragging ? theme::kText
+                                       : theme::kControlTop);
     Draw_StrokeCircle(s, cx, cy, r - 0.5f, 1.0f,
                       focused || record->dragging ? theme::kAccent : theme::kBorderStrong);
     (void)paint;
@@ -88,6 +91,7 @@ uint32_t LevelSetter_PositionAt(const Toolkit* toolkit, const Widget* setter, in
 int LevelSetter_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event) {
     auto* record = Widget_Record<LevelSetterRecord>(widget);
     if (!record) return 0;
+    if (record->disabled && event->code != kEventDraw) return event->code != kEventCharacter;
     switch (event->code) {
         case kEventDraw:
             Draw(toolkit, widget, record);
@@ -157,4 +161,13 @@ void LevelSetter_SetCaption(Toolkit* toolkit, Widget* setter, const std::string&
 Widget* LevelSetter_CaptionLabel(Widget* form, const Widget* setter) {
     if (!setter || setter->id == 0) return nullptr;
     return Widget_FindById(form, LevelSetter_CaptionId(setter->id));
+}
+
+void LevelSetter_SetEnabled(Toolkit* toolkit, Widget* setter, bool enabled) {
+    auto* record = Widget_Record<LevelSetterRecord>(setter);
+    if (!record || record->disabled == !enabled) return;
+    record->disabled = !enabled;
+    record->dragging = false;
+    if (!enabled && toolkit->input.focus == setter) toolkit->input.focus = nullptr;
+    Toolkit_Invalidate(toolkit, setter);
 }

@@ -20,6 +20,8 @@ void LevelSetter_Setup(Toolkit* toolkit, Widget* setter, uint32_t maximum, uint3
 // onChange only when `notify` is set.
 void LevelSetter_SetValue(Toolkit* toolkit, Widget* setter, uint32_t value, bool notify = false);
 uint32_t LevelSetter_Value(const Widget* setter);
+// Greys the setter out (it ignores the pointer and its keys) or back.
+void LevelSetter_SetEnabled(Toolkit* toolkit, Widget* setter, bool enabled);
 void LevelSetter_SetCaption(Toolkit* toolkit, Widget* setter, const std::string& caption);
 
 // The track's rectangle in pixels: the knob's centre runs from its left to its right edge.

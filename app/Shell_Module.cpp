@@ -1,0 +1,244 @@
+// Entering a module, its setters and buttons, and leaving it. The computation
+// and the preview are in Shell_ModuleRun.cpp.
+#include "app/Shell_Module.h"
+
+#include "host/CursorWaitScope.h"
+#include "host/Host_Threads.h"
+#include "modules/Module_List.h"
+#include "ui/MessageBox.h"
+#include "ui/Toolkit_Dispatch.h"
+#include "ui/WidgetKinds.h"
+#include "ui/widgets/Applet.h"
+#include "ui/widgets/Button.h"
+#include "ui/widgets/ImageView.h"
+#include "ui/widgets/Label.h"
+#include "ui/widgets/LevelSetter.h"
+
+#include <chrono>
+#include <cstring>
+#include <string>
+#include <thread>
+
+namespace {
+
+constexpr uint32_t Id(const char* text) {
+    return Widget_PackId(text);
+}
+
+ShellModule* Current(Shell* shell) {
+    return shell->module.get();
+}
+
+Widget* FindInForm(ShellModule* m, uint32_t id) {
+    return m->form ? Widget_FindById(m->form, id) : nullptr;
+}
+
+// The value label of a setter: the row's text for the image's size.
+std::string FormatSetter(void* user, const LevelSetterRecord&, uint32_t position) {
+    const auto* row = static_cast<const ModuleParam*>(user);
+    const Shell* shell = Shell_Get();
+    const ImageBuffer* image = shell ? shell->image.get() : nullptr;
+    return ModuleParams_ValueText(*row, int32_t(position), image ? image->width : 0,
+                                  image ? image->height : 0);
+}
+
+// Every setter shows the position its row holds in `params`.
+void ShowParams(Shell* shell, ShellModule* m) {
+    const ImageBuffer& image = *shell->image;
+    for (const ModuleParam& row : m->def->params) {
+        Widget* setter = FindInForm(m, row.setterId);
+        if (!setter) continue;
+        LevelSetter_SetValue(
+            shell->ui.get(), setter,
+            uint32_t(ModuleParams_Position(row, m->params.bytes, image.width, image.height)));
+    }
+}
+
+// A setter moved: its row takes the position, the screen hears of it, and the
+// preview is computed again.
+void OnSetter(Toolkit*, Widget* setter, void* user) {
+    Shell* shell = static_cast<Shell*>(user);
+    ShellModule* m = Current(shell);
+    if (!m) return;
+    for (const ModuleParam& row : m->def->params)
+        if (row.setterId == setter->id)
+            ModuleParams_Set(row, m->params.bytes, int32_t(LevelSetter_Value(setter)));
+    if (m->def->screen && m->def->screen->changed) m->def->screen->changed(&m->screen, setter->id);
+    Shell_StartModuleRun(shell);
+}
+
+void SetupSetters(Shell* shell, ShellModule* m) {
+    const ImageBuffer& image = *shell->image;
+    for (const ModuleParam& row : m->def->params) {
+        Widget* setter = FindInForm(m, row.setterId);
+        if (!setter) continue;
+        const int32_t maximum = ModuleParams_Maximum(row, image.width, image.height);
+        const int32_t position = ModuleParams_Position(row, m->params.bytes, image.width, image.height);
+        LevelSetter_SetCaption(shell->ui.get(), setter, row.caption);
+        LevelSetter_Setup(shell->ui.get(), setter, uint32_t(std::max(maximum, 0)),
+                          uint32_t(std::max(position, 0)), FormatSetter, const_cast<ModuleParam*>(&row));
+        if (auto* record = Widget_Record<LevelSetterRecord>(setter)) {
+            record->onChange = OnSetter;
+            record->user = shell;
+        }
+    }
+}
+
+// The operations a module's screen acts through.
+Shell* ShellOf(ModuleScreen* screen) {
+    return static_cast<Shell*>(screen->application);
+}
+void ScreenSetText(ModuleScreen* screen, uint32_t id, const char* text) {
+    Shell* shell = ShellOf(screen);
+    if (Widget* w = FindInForm(Current(shell), id)) {
+        if (w->type == kWidgetButton)
+            Button_SetText(shell->ui.get(), w, text);
+        else
+            Label_SetText(shell->ui.get(), w, text);
+    }
+}
+void ScreenSetEnabled(ModuleScreen* screen, uint32_t id, bool enabled) {
+    Shell* shell = ShellOf(screen);
+    Widget* w = FindInForm(Current(shell), id);
+    if (!w) return;
+    if (w->type == kWidgetButton)
+        Button_SetEnabled(shell->ui.get(), w, enabled);
+    else if (w->type == kWidgetLevelSetter)
+        LevelSetter_SetEnabled(shell->ui.get(), w, enabled);
+}
+void ScreenParamsChanged(ModuleScreen* screen) {
+    Shell* shell = ShellOf(screen);
+    ShowParams(shell, Current(shell));
+    Shell_StartModuleRun(shell);
+}
+void ScreenMessage(ModuleScreen* screen, const char* title, const char* text) {
+    MessageBox_Show(ShellOf(screen)->ui.get(), title, text, kMessageBoxInformation, nullptr, nullptr, 1,
+                    "OK");
+}
+constexpr ModuleScreenOps kScreenOps = {ScreenSetText, ScreenSetEnabled, ScreenParamsChanged, ScreenMessage};
+
+void OnRegion(Toolkit*, Widget*, const ImageRegion& region, void* user) {
+    ShellModule* m = Current(static_cast<Shell*>(user));
+    if (m && m->def->screen && m->def->screen->region)
+        m->def->screen->region(&m->screen, {region.x, region.y, region.width, region.height});
+}
+
+void OnTick(Toolkit*, Widget*, uint32_t, uint32_t, void* user) {
+    Shell_PollModule(static_cast<Shell*>(user));
+}
+
+Widget* FindApplet(Widget* widget) {
+    if (widget->type == kWidgetApplet) return widget;
+    for (auto& child : widget->children)
+        if (Widget* found = FindApplet(child.get())) return found;
+    return nullptr;
+}
+
+void OnButton(Toolkit*, Widget* button, void* user) {
+    Shell* shell = static_cast<Shell*>(user);
+    ShellModule* m = Current(shell);
+    if (!m) return;
+    const uint32_t id = button->id;
+    if (id == Id("BtKp") || id == Id("BtCl")) {
+        Shell_LeaveModule(shell, id == Id("BtKp"));
+    } else if (id == Id("BtOr")) {
+        m->showingBefore = !m->showingBefore;
+        Shell_ShowModuleImage(shell);
+    } else if (id == Id("BtZ-") || id == Id("BtZ+")) {
+        if (id == Id("BtZ+"))
+            ImageView_ZoomIn(shell->ui.get(), m->view);
+        else
+            ImageView_ZoomOut(shell->ui.get(), m->view);
+        Shell_RefreshZoomLabel(shell, m->view);
+    } else if (id == Id("BtRs")) {
+        m->def->initParams(m->params.bytes);
+        ShowParams(shell, m);
+        if (m->def->screen && m->def->screen->changed) m->def->screen->changed(&m->screen, id);
+        Shell_StartModuleRun(shell);
+    } else {
+        for (const ParamPreset& preset : m->def->presets) {
+            if (preset.buttonId != id) continue;
+            for (const ModuleParam& row : m->def->params)
+                if (row.setterId == preset.setterId) ModuleParams_Set(row, m->params.bytes, preset.position);
+            ShowParams(shell, m);
+            if (m->def->screen && m->def->screen->changed) m->def->screen->changed(&m->screen, id);
+            Shell_StartModuleRun(shell);
+            return;
+        }
+        if (m->def->screen && m->def->screen->button) m->def->screen->button(&m->screen, id);
+    }
+}
+
+// Every button of the form goes to one handler, except the info buttons.
+void BindButtons(Shell* shell, Widget* widget) {
+    if (widget->type == kWidgetButton && (widget->id >> 8) != (Id("BtI0") >> 8))
+        Button_SetCallback(widget, OnButton, shell);
+    for (auto& child : widget->children) BindButtons(shell, child.get());
+}
+
+void WaitForBackground() {
+    while (Host_IsBackgroundRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+}
+
+}  // namespace
+
+void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
+    if (!shell->image || shell->module || !module.form) return;
+    // A form is loaded on first entry and waits on the shelf afterwards.
+    Widget* form = nullptr;
+    if (auto it = shell->moduleForms.find(&module); it != shell->moduleForms.end())
+        form = Widget_FindById(&shell->shelf, it->second);
+    if (!form) form = Shell_LoadForm(shell, module.form);
+    if (!form) return;
+    shell->moduleForms[&module] = form->id;
+
+    auto m = std::make_shared<ShellModule>();
+    m->def = &module;
+    m->form = form;
+    m->view = Widget_FindById(form, Id("View"));
+    module.initParams(m->params.bytes);
+    ModuleParamsBuffer& state = shell->moduleState[&module];
+    m->screen = {&kScreenOps, shell, shell->image.get(), m->params.bytes, state.bytes, shell->outcome.linear};
+    shell->module = m;
+
+    SetupSetters(shell, m.get());
+    BindButtons(shell, form);
+    Shell_BindInfoButtons(shell, form);
+    if (Widget* applet = FindApplet(form)) Applet_SetTick(applet, OnTick, shell);
+    if (m->view && module.screen && module.screen->region)
+        ImageView_SetRegionCallback(m->view, OnRegion, shell);
+    Shell_ShowForm(shell, form->id);
+    if (module.screen && module.screen->enter) module.screen->enter(&m->screen);
+    Shell_ShowModuleImage(shell);
+    Shell_StartModuleRun(shell);
+}
+
+void Shell_LeaveModule(Shell* shell, bool keep) {
+    std::shared_ptr<ShellModule> m = shell->module;
+    if (!m) return;
+    // The form goes first, then the computation is waited for: leaving never
+    // cuts one short, and its result counts only if it has the newest values.
+    Shell_HideForm(shell, m->form->id);
+    WaitForBackground();
+    if (m->running) {
+        Shell_PollModule(shell);
+        WaitForBackground();  // a restart the poll began
+        if (m->running) Shell_PollModule(shell);
+    }
+    if (m->view) ImageView_SetImage(shell->ui.get(), m->view, nullptr, nullptr);
+    m->shown.reset();
+    shell->module.reset();
+    if (!keep) return;
+
+    const bool current =
+        m->result && std::memcmp(m->resultParams.bytes, m->params.bytes, sizeof m->params.bytes) == 0;
+    if (!current) {
+        shell->module = m;  // the module's state is what the run reads
+        const ModuleRunStatus status = Shell_RunModuleNow(shell);
+        shell->module.reset();
+        if (status != ModuleRunStatus::kDone) return;  // no result: nothing is committed
+    }
+    if (m->def->logged) Shell_LogParameters(shell, m->form);
+    if (m->def->globalStretch) shell->globalStretchKept = true;
+    Shell_CommitResult(shell, std::move(m->result), std::move(m->resultMask));
+}

@@ -1,0 +1,57 @@
+// The module framework: a module's form over the main view, its setters made
+// from its parameter rows, its computation on the background task with the
+// newest values always computed next, the preview, before/after, zoom, reset,
+// info texts, and leaving with Keep or Cancel. The framework knows modules
+// only through their rows in the module list.
+#pragma once
+
+#include "app/Shell.h"
+#include "modules/Module.h"
+
+#include <atomic>
+
+struct ShellModule {
+    const ModuleDef* def = nullptr;
+    Widget* form = nullptr;
+    Widget* view = nullptr;
+    ModuleScreen screen{};
+    ModuleParamsBuffer params;  // the positions the setters show
+
+    // The latest finished result, the positions it was computed with, and
+    // what the view shows of it (a copy the module marked up, or null).
+    ImagePtr result, resultMask, shown;
+    ModuleParamsBuffer resultParams;
+    bool showingBefore = false;
+
+    // The computation on the background task. `restart` asks for the newest
+    // positions once the running one has stopped; its result is dropped.
+    bool running = false;
+    bool restart = false;
+    std::atomic<bool> cancel{false};
+    std::atomic<int> percent{0};
+    ModuleParamsBuffer runParams;
+    ImageBuffer* runImage = nullptr;  // the task's; taken once it ended
+    ImageBuffer* runMask = nullptr;
+    ModuleRunStatus runStatus = ModuleRunStatus::kCancelled;
+};
+
+// Enters the module a main-form button names (its form in the archive).
+void Shell_EnterModule(Shell* shell, const ModuleDef& module);
+// On every tick while a module is entered: progress, and the finished result.
+void Shell_PollModule(Shell* shell);
+// The computation for the positions the setters show: started now, or, while
+// one runs, once it has stopped.
+void Shell_StartModuleRun(Shell* shell);
+// Computes the setters' positions at once (Keep on a result that is not the newest).
+ModuleRunStatus Shell_RunModuleNow(Shell* shell);
+// The view shows the result (as the module marks it up) or the image before.
+void Shell_ShowModuleImage(Shell* shell);
+// Keep (the result becomes the working image) or Cancel.
+void Shell_LeaveModule(Shell* shell, bool keep);
+// The "Parameter [" block of a module form, from its widgets.
+void Shell_LogParameters(Shell* shell, Widget* form);
+// Binds the info buttons "BtI0", "BtI1", ... of a form to their texts.
+void Shell_BindInfoButtons(Shell* shell, Widget* form);
+
+inline constexpr const char* kModuleBeforeCaption = "Before";
+inline constexpr const char* kModuleAfterCaption = "After";

@@ -1,0 +1,154 @@
+// A module's computation and its preview. One computation runs at a time, on
+// the background task, on a copy of the working image; a change while it runs
+// cancels it and the newest positions run next, so a storm of changes ends
+// with the last one shown. Keep runs in place when the shown result is not the
+// newest one.
+#include "app/Shell_Module.h"
+
+#include "host/CursorWaitScope.h"
+#include "host/Host_Threads.h"
+#include "ui/widgets/Button.h"
+#include "ui/widgets/ImageView.h"
+#include "ui/widgets/Label.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr uint32_t Id(const char* text) {
+    return Widget_PackId(text);
+}
+
+void Report(void* context, const char*, int percent) {
+    static_cast<ShellModule*>(context)->percent.store(percent, std::memory_order_relaxed);
+}
+
+// The background task: the module's step on its own copies.
+void RunTask(void* context) {
+    auto* m = static_cast<ShellModule*>(context);
+    const KernelControl control{&m->cancel, Report, m};
+    m->runStatus = Module_Run(*m->def, m->runParams.bytes, &m->runImage, &m->runMask, &control);
+}
+
+void SetProgressText(Shell* shell, ShellModule* m, const char* text) {
+    if (Widget* label = Widget_FindById(m->form, Id("LbPg"))) Label_SetText(shell->ui.get(), label, text);
+}
+
+// Copies of the working data for one run.
+void PrepareRun(Shell* shell, ShellModule* m) {
+    m->runParams = m->params;
+    m->runImage = Image_Clone(shell->image.get());
+    m->runMask = shell->mask && m->def->maskFollows ? Image_Clone(shell->mask.get()) : nullptr;
+    m->cancel = false;
+    m->percent = 0;
+}
+
+// What the run left becomes the result when it finished with the newest
+// positions; otherwise it is dropped.
+void TakeRun(ShellModule* m, bool adopt) {
+    if (adopt && m->runStatus == ModuleRunStatus::kDone) {
+        m->result.reset(m->runImage);
+        m->resultMask.reset(m->runMask);
+        m->resultParams = m->runParams;
+    } else {
+        Image_Free(m->runImage);
+        Image_Free(m->runMask);
+        if (adopt && m->runStatus == ModuleRunStatus::kNoResult) {
+            m->result.reset();  // the positions give none: the working image shows
+            m->resultMask.reset();
+        }
+    }
+    m->runImage = m->runMask = nullptr;
+}
+
+}  // namespace
+
+void Shell_StartModuleRun(Shell* shell) {
+    ShellModule* m = shell->module.get();
+    if (!m || m->def->appliesOnKeep) return;
+    if (m->running) {
+        m->cancel = true;
+        m->restart = true;
+        return;
+    }
+    if (Host_IsBackgroundRunning()) return;  // not ours: nothing else runs while a module is up
+    PrepareRun(shell, m);
+    m->running = true;
+    m->restart = false;
+    SetProgressText(shell, m, "Computing...");
+    Host_StartBackgroundTask(RunTask, m);
+}
+
+void Shell_PollModule(Shell* shell) {
+    ShellModule* m = shell->module.get();
+    if (!m || !m->running) return;
+    if (Host_IsBackgroundRunning()) {
+        char text[32];
+        std::snprintf(text, sizeof text, "Computing... %d%%", m->percent.load(std::memory_order_relaxed));
+        SetProgressText(shell, m, text);
+        return;
+    }
+    Host_TakeBackgroundFinished();
+    m->running = false;
+    const bool newest =
+        !m->restart && std::memcmp(m->runParams.bytes, m->params.bytes, sizeof m->params.bytes) == 0;
+    TakeRun(m, newest);
+    SetProgressText(shell, m, "");
+    if (!newest) {
+        Shell_StartModuleRun(shell);
+        return;
+    }
+    Shell_ShowModuleImage(shell);
+}
+
+ModuleRunStatus Shell_RunModuleNow(Shell* shell) {
+    ShellModule* m = shell->module.get();
+    CursorWaitScope wait;
+    PrepareRun(shell, m);
+    m->runStatus = Module_Run(*m->def, m->runParams.bytes, &m->runImage, &m->runMask, nullptr);
+    const ModuleRunStatus status = m->runStatus;
+    TakeRun(m, true);
+    return status;
+}
+
+void Shell_ShowModuleImage(Shell* shell) {
+    ShellModule* m = shell->module.get();
+    if (!m || !m->view) return;
+    Toolkit* ui = shell->ui.get();
+    const bool before = m->showingBefore || !m->result;
+    if (Widget* toggle = Widget_FindById(m->form, Id("BtOr"))) {
+        Button_SetText(ui, toggle, m->showingBefore ? kModuleAfterCaption : kModuleBeforeCaption);
+        Button_SetEnabled(ui, toggle, m->result != nullptr);
+    }
+    if (Widget* keep = Widget_FindById(m->form, Id("BtKp")))
+        Button_SetEnabled(ui, keep, m->result != nullptr || m->def->appliesOnKeep);
+    // Linear data is shown through the main view's screen stretch; a global
+    // stretch's result is already meant for the eye.
+    const bool stretchShown = shell->outcome.linear && shell->screenStretch && !shell->screenLuts.empty();
+    const ImageBuffer* image = shell->image.get();
+    const uint8_t* lut = stretchShown ? shell->screenLuts.data() : nullptr;
+    if (!before) {
+        m->shown.reset();
+        if (m->def->screen && m->def->screen->shade) {
+            m->shown.reset(Image_Clone(m->result.get()));
+            m->def->screen->shade(&m->screen, m->shown.get());
+        }
+        image = m->shown ? m->shown.get() : m->result.get();
+        if (m->def->globalStretch) lut = nullptr;
+    }
+    const ImageViewRecord* record = Widget_Record<ImageViewRecord>(m->view);
+    const bool sameSize = record && record->image && record->image->width == image->width &&
+                          record->image->height == image->height;
+    const bool fit = !record || record->fit;
+    const int32_t zoom = record ? record->zoom : 100;
+    const int64_t cx = record ? record->centreX : 0, cy = record ? record->centreY : 0;
+    ImageView_SetImage(ui, m->view, image, lut ? lut : shell->identityLut.data());
+    if (lut) ImageView_SetTables(ui, m->view, lut, true);
+    // A new preview keeps the user's zoom and place when the size is the same.
+    if (sameSize && !fit) {
+        ImageView_SetZoom(ui, m->view, zoom);
+        if (auto* r = Widget_Record<ImageViewRecord>(m->view)) r->centreX = cx, r->centreY = cy;
+    }
+    Shell_RefreshZoomLabel(shell, m->view);
+}
