@@ -1,6 +1,7 @@
 // The desktop program: `pellucida [IMAGE]`. The host runs the shell's
 // handler until the user confirms closing; IMAGE, when given, is opened once
-// the main form is up.
+// the main form is up. A start while the program already runs on the same
+// desktop hands IMAGE to the running window, brings it forward and ends.
 #include "app/Shell.h"
 #include "host/Host_Run.h"
 #include "host/headless/Headless.h"
@@ -28,6 +29,10 @@ int main(int argc, char** argv) {
             return 2;
         }
         shell.openOnStart = argv[i];
+    }
+    if (Host_HandOverToRunningInstance("pellucida", options, shell.openOnStart)) {
+        std::printf("Pellucida is already running: its window was brought forward.\n");
+        return 0;
     }
     Shell_Install(&shell);
     Headless_SetAppCommandHandler(Shell_ScriptCommand);

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <string>
 
+struct HostInstanceRequest;
+
 enum HostCursor { kHostCursorArrow = 0, kHostCursorWait = 1 };
 
 // The "video" driver's private data.
@@ -53,6 +55,12 @@ struct HostBackend {
     // Shows an open or save dialog starting at `current`; true with the chosen
     // path, false when the user dismissed it.
     bool (*FileDialog)(bool save, const std::string& current, std::string* chosen);
+
+    // A later start of the program asked this one to come forward (and perhaps
+    // open a file). Runs on the listening thread: it only queues the request
+    // and wakes the message pump. Null for a backend that takes no part in
+    // the single-instance rule.
+    void (*InstanceRequested)(const HostInstanceRequest& request);
 };
 
 // The backend chosen by Host_SelectBackend (the default one if none was chosen).

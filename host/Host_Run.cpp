@@ -1,5 +1,7 @@
 #include "host/Host_Run.h"
 
+#include "host/Host_Instance.h"
+
 #include "host/headless/Headless.h"
 
 #include <cstdio>
@@ -31,5 +33,6 @@ int Host_Run(const char* program, const HostOptions& options, AppEventHandler ha
     Host_MainLoop();
     Host_Shutdown();
     Host_DestroyMainWindow();
+    HostOs_ReleaseInstance();
     return 0;
 }

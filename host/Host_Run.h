@@ -18,6 +18,15 @@ inline constexpr const char* kHostOptionsHelp =
 // Takes `arg` into `options` when it is a host option; false otherwise.
 bool Host_ParseOption(const char* arg, HostOptions* options);
 
+// One desktop window per user and display: when an instance of `program`
+// already runs there, hands it `openPath` (empty for none) with a request to
+// come forward and returns true; the caller then ends with status 0.
+// Otherwise this process becomes the one later starts hand over to (until
+// Host_Run returns) and the answer is false. Backends without a desktop window
+// (headless) never take part.
+bool Host_HandOverToRunningInstance(const char* program, const HostOptions& options,
+                                    const std::string& openPath);
+
 // Chooses the backend, loads the script, creates the main window, runs the
 // main loop with `handler` until it asks to stop, and unloads the drivers.
 // Returns the process status: 0, 1 when no host could be made, 2 for options

@@ -237,7 +237,7 @@ extern const HostBackend kHeadlessBackend = {
     MessagePending,    DispatchOneMessage,
     WaitForInput,      TimerStart,
     TimerStop,         ShowMessage,
-    FileDialog,
+    FileDialog,        nullptr,
 };
 
 void Headless_PostChar(uint32_t code) {

@@ -67,7 +67,7 @@ void OnWindowEvent(const SDL_WindowEvent& window) {
 
 bool Sdl2_MessagePending() {
     Sdl2State& s = Sdl2_State();
-    if (!s.pendingChars.empty()) return true;
+    if (!s.pendingChars.empty() || Sdl2_InstanceRequestWaiting()) return true;
     SDL_PumpEvents();
     return SDL_PeepEvents(nullptr, 0, SDL_PEEKEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT) > 0;
 }
@@ -80,8 +80,10 @@ bool Sdl2_DispatchOneMessage() {
         HostWindow_OnChar(code);
         return true;
     }
+    if (Sdl2_InstanceServeOne()) return true;
     SDL_Event e;
     if (!SDL_PollEvent(&e)) return false;
+    if (e.type == s.wakeEvent) return true;  // the request itself waits in its own queue
     if (e.type == s.timerEvent) {
         SDL_FlushEvent(s.timerEvent);
         HostWindow_OnTimer();
@@ -131,7 +133,7 @@ bool Sdl2_DispatchOneMessage() {
 }
 
 void Sdl2_WaitForInput(uint32_t maxMs) {
-    if (!Sdl2_State().pendingChars.empty()) return;
+    if (!Sdl2_State().pendingChars.empty() || Sdl2_InstanceRequestWaiting()) return;
     SDL_WaitEventTimeout(nullptr, int(maxMs));
 }
 

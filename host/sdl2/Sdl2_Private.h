@@ -5,6 +5,9 @@
 
 #include <cstdint>
 #include <deque>
+#include <string>
+
+struct HostInstanceRequest;
 
 struct Sdl2State {
     SDL_Window* window = nullptr;
@@ -13,6 +16,7 @@ struct Sdl2State {
     SDL_Cursor* wait = nullptr;
     SDL_TimerID timer = 0;
     uint32_t timerEvent = 0;            // our registered event type for ticks
+    uint32_t wakeEvent = 0;             // ours too: a later start's request waits
     std::deque<uint32_t> pendingChars;  // further characters of one text-input event
 };
 
@@ -28,3 +32,16 @@ bool Sdl2_DispatchOneMessage();
 void Sdl2_WaitForInput(uint32_t maxMs);
 void Sdl2_TimerStart();
 void Sdl2_TimerStop();
+
+// Requests of later starts (Sdl2_Instance.cpp). The first runs on the
+// listening thread; the rest on the main thread.
+void Sdl2_InstanceRequested(const HostInstanceRequest& request);
+void Sdl2_InstanceEventsUp(uint32_t wakeEvent);
+void Sdl2_InstanceEventsDown();
+bool Sdl2_InstanceRequestWaiting();
+// Raises the window for the oldest waiting request and hands its file over as
+// a drop; false when none waits.
+bool Sdl2_InstanceServeOne();
+
+// X11 extras (Sdl2_Desktop.cpp): activation with a launcher's startup id.
+void Sdl2_Activate(const std::string& startupId);

@@ -52,7 +52,9 @@ void CreateMainWindow() {
     s.renderer = SDL_CreateRenderer(s.window, -1, 0);
     if (!s.renderer) s.renderer = SDL_CreateRenderer(s.window, -1, SDL_RENDERER_SOFTWARE);
     if (!s.renderer) WindowFailed(kCouldNotObtainContext);
-    s.timerEvent = SDL_RegisterEvents(1);
+    s.timerEvent = SDL_RegisterEvents(2);
+    s.wakeEvent = s.timerEvent + 1;
+    Sdl2_InstanceEventsUp(s.wakeEvent);
     s.arrow = SDL_CreateSystemCursor(SDL_SYSTEM_CURSOR_ARROW);
     s.wait = SDL_CreateSystemCursor(SDL_SYSTEM_CURSOR_WAIT);
     SDL_StartTextInput();
@@ -68,6 +70,7 @@ void CreateMainWindow() {
 void DestroyMainWindow() {
     Sdl2State& s = Sdl2_State();
     HostWindow_OnDestroyed();
+    Sdl2_InstanceEventsDown();
     if (s.arrow) SDL_FreeCursor(s.arrow);
     if (s.wait) SDL_FreeCursor(s.wait);
     if (s.renderer) SDL_DestroyRenderer(s.renderer);
@@ -188,4 +191,5 @@ extern const HostBackend kSdl2Backend = {
     Sdl2_TimerStop,
     ShowMessage,
     FileDialog,
+    Sdl2_InstanceRequested,
 };
