@@ -61,6 +61,10 @@ struct HostBackend {
     // and wakes the message pump. Null for a backend that takes no part in
     // the single-instance rule.
     void (*InstanceRequested)(const HostInstanceRequest& request);
+
+    // The user interface scale the desktop asks for: 1 for ordinary screens, 2
+    // for a 4K screen at twice the density. Read once the window exists.
+    double (*DisplayScale)();
 };
 
 // The backend chosen by Host_SelectBackend (the default one if none was chosen).

@@ -73,6 +73,12 @@ void SetCursorWait(HostDriver* driver, HostMethod*, void*) {
     if (State(driver)->pixels) HostBackend_Current()->SetCursor(kHostCursorWait);
 }
 
+// The desktop's interface scale in percent (100 on an ordinary screen).
+void GetDisplayScale(HostDriver*, HostMethod*, void* argument) {
+    const double scale = HostBackend_Current()->DisplayScale();
+    *static_cast<uint32_t*>(argument) = uint32_t(scale * 100 + 0.5);
+}
+
 void Destruct(HostDriver* driver, HostMethod*, void*) {
     if (driver->useCount != 1) return;
     VideoState* video = State(driver);
@@ -98,6 +104,7 @@ HostDriver* HostDrivers_RegisterVideo() {
     Host_DriverAddMethod(driver, "Video_Resize", Resize);
     Host_DriverAddMethod(driver, "Video_SetCursorArrow", SetCursorArrow);
     Host_DriverAddMethod(driver, "Video_SetCursorWait", SetCursorWait);
+    Host_DriverAddMethod(driver, "Video_GetDisplayScale", GetDisplayScale);
     // Listed twice; lookup takes the first, so the second is never reached.
     Host_DriverAddMethod(driver, "Video_Resize", Resize);
     Host_DriverAddMethod(driver, "DESTRUCT", Destruct);

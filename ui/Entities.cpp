@@ -4,6 +4,7 @@
 #include "host/Host.h"
 #include "ui/Toolkit.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -29,6 +30,8 @@ constexpr const char* kOrientationPortrait = "portrait";
 
 constexpr int32_t kScreenDivisor = 18;  // the minimal object size is 1/18 of the shorter side
 constexpr int32_t kNormalCap = 48;
+constexpr uint32_t kUnscaledPercent = 100;
+constexpr uint32_t kMaxScalePercent = 400;
 
 void DefineNumber(EntityTable* table, const char* name, int64_t value) {
     Entity_Define(table, name, std::to_string(value).c_str());
@@ -107,11 +110,21 @@ void Toolkit_SetMinimalObjectSize(Toolkit* toolkit, int32_t sx, int32_t sy, int3
     }
 }
 
+void Toolkit_MeasureDisplayScale(Toolkit* toolkit) {
+    uint32_t percent = kUnscaledPercent;  // pre-filled: an absent driver leaves it
+    Host_Call("video", "Video_GetDisplayScale", &percent);
+    toolkit->displayScalePercent = std::clamp(percent, kUnscaledPercent, kMaxScalePercent);
+}
+
 void Toolkit_SetMetricsFromScreen(Toolkit* toolkit) {
     const uint32_t shorter =
         toolkit->screenWidth < toolkit->screenHeight ? toolkit->screenWidth : toolkit->screenHeight;
     const int32_t s = static_cast<int32_t>(shorter / kScreenDivisor);
-    Toolkit_SetMinimalObjectSize(toolkit, s, s, kNormalCap, kNormalCap);
+    // The cap keeps controls at a comfortable size on large screens; on a dense
+    // one the same comfortable size takes more pixels. Below the cap the screen
+    // share already grows with the density.
+    const int32_t cap = static_cast<int32_t>(kNormalCap * toolkit->displayScalePercent / kUnscaledPercent);
+    Toolkit_SetMinimalObjectSize(toolkit, s, s, cap, cap);
 }
 
 int32_t Toolkit_MetricPixels(const Toolkit* toolkit, const char* name) {

@@ -27,7 +27,11 @@ void Toolkit_MeasureScreen(Toolkit* toolkit);
 // Stores the minimal object size (capped at maxX, maxY) and (re)defines the
 // metric entities from it.
 void Toolkit_SetMinimalObjectSize(Toolkit* toolkit, int32_t sx, int32_t sy, int32_t maxX, int32_t maxY);
-// The size the screen suggests, min(width, height) / 18, with the normal cap of 48.
+// Asks the "video" driver for the desktop's interface scale (100 percent when
+// it has none to give).
+void Toolkit_MeasureDisplayScale(Toolkit* toolkit);
+// The size the screen suggests, min(width, height) / 18, with the normal cap of
+// 48 pixels at a display scale of 100 percent, raised in proportion above it.
 void Toolkit_SetMetricsFromScreen(Toolkit* toolkit);
 
 // A metric entity read back as a decimal integer; 0 when it is not defined.

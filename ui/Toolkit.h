@@ -66,6 +66,10 @@ struct Toolkit {
     EntityTable systemEntities;  // the built-in entities
     EntityTable markupEntities;  // what ENTITY elements define; survives from form to form
 
+    // The desktop's interface scale in percent: 200 on a 4K screen set to
+    // double size. It raises the cap on the minimal object size.
+    uint32_t displayScalePercent = 100;
+
     // Minimal object size in pixels; the metric entities derive from it.
     int32_t minimalObjectSizeX = 1;
     int32_t minimalObjectSizeY = 1;

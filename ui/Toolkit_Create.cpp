@@ -27,6 +27,7 @@ std::unique_ptr<Toolkit> Toolkit_CreateWithArchive(std::unique_ptr<ResourceArchi
     std::unique_ptr<Toolkit> toolkit = Toolkit_CreateBare();
     toolkit->archive = std::move(archive);
     Toolkit_MeasureScreen(toolkit.get());
+    Toolkit_MeasureDisplayScale(toolkit.get());
     Toolkit_SetMetricsFromScreen(toolkit.get());
     Toolkit_LoadFont(toolkit.get());
     return toolkit;

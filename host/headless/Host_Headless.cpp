@@ -216,6 +216,13 @@ void ShowMessage(const char* caption, const char* text) {
     State().messages.push_back(std::string(caption) + text);
 }
 
+// A desktop's scale, as a test asks for it (PELLUCIDA_HEADLESS_SCALE, 1 by default).
+double DisplayScale() {
+    const char* env = std::getenv("PELLUCIDA_HEADLESS_SCALE");
+    const double scale = env ? std::atof(env) : 0.0;
+    return scale > 0 ? scale : 1.0;
+}
+
 bool FileDialog(bool, const std::string& current, std::string* chosen) {
     HeadlessState& s = State();
     s.proposals.push_back(current);
@@ -238,6 +245,7 @@ extern const HostBackend kHeadlessBackend = {
     WaitForInput,      TimerStart,
     TimerStop,         ShowMessage,
     FileDialog,        nullptr,
+    DisplayScale,
 };
 
 void Headless_PostChar(uint32_t code) {

@@ -1,7 +1,9 @@
-// SDL2 backend, what SDL2 does not do for us on X11: activating the window
-// with the launcher's startup id, so that window managers that refuse focus
-// stealing still let it forward. Xlib is used only when it was found at build
-// time; without it activation is SDL's alone.
+// SDL2 backend, what SDL2 does not do for us on X11: the interface scale (SDL
+// reports none there) and activating the window with the launcher's startup
+// id, so that window managers that refuse focus stealing still let it
+// forward. Xlib is used only when it was found at build time; without it the
+// scale comes from the screen's physical density and activation is SDL's.
+#include "host/Host_DisplayScale.h"
 #include "host/sdl2/Sdl2_Private.h"
 
 #include <algorithm>
@@ -84,4 +86,27 @@ void Sdl2_Activate(const std::string& startupId) {
 #else
     (void)startupId;
 #endif
+}
+
+double Sdl2_DisplayScale() {
+    SDL_Window* window = Sdl2_State().window;
+    if (!window) return 1.0;
+    // Where SDL knows the scale (Wayland, macOS) the framebuffer is already
+    // larger than the window in points.
+    int points = 0, pixels = 0, unused = 0;
+    SDL_GetWindowSize(window, &points, &unused);
+    if (Sdl2_State().renderer) SDL_GetRendererOutputSize(Sdl2_State().renderer, &pixels, &unused);
+    if (points > 0 && pixels > points) return double(pixels) / points;
+
+    const char* driver = SDL_GetCurrentVideoDriver();
+    if (!driver || std::strcmp(driver, "x11") != 0) return 1.0;
+    double xftDpi = 0;
+#if PELLUCIDA_HAVE_X11
+    if (const X11Window x = ToX11(window); x.display)
+        if (const char* resources = XResourceManagerString(x.display)) xftDpi = HostDisplay_XftDpi(resources);
+#endif
+    float screenDpi = 0;
+    if (SDL_GetDisplayDPI(SDL_GetWindowDisplayIndex(window), &screenDpi, nullptr, nullptr) != 0)
+        screenDpi = 0;
+    return HostDisplay_ChooseScale(std::getenv("GDK_SCALE"), xftDpi, screenDpi);
 }

@@ -43,5 +43,7 @@ bool Sdl2_InstanceRequestWaiting();
 // a drop; false when none waits.
 bool Sdl2_InstanceServeOne();
 
-// X11 extras (Sdl2_Desktop.cpp): activation with a launcher's startup id.
+// X11 extras (Sdl2_Desktop.cpp): activation with a launcher's startup id, and
+// the interface scale.
 void Sdl2_Activate(const std::string& startupId);
+double Sdl2_DisplayScale();

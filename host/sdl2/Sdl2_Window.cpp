@@ -19,6 +19,7 @@ namespace {
 
 constexpr int kInitialClientWidth = 800;
 constexpr int kInitialClientHeight = 480;
+constexpr uint32_t kMaximiseWaitMs = 500;
 constexpr const char* kCouldNotCreateWindow = "Could not create window\n";
 constexpr const char* kCouldNotObtainContext = "Could not obtain window device context\n";
 
@@ -37,6 +38,23 @@ void ShowMessage(const char* caption, const char* text) {
 [[noreturn]] void WindowFailed(const char* message) {
     HostBackend_ShowMessage(kHostMessageCaption, message);
     std::exit(0);
+}
+
+// The toolkit sizes its controls from the first framebuffer, so the window is
+// measured once maximised, as it is on Windows, where maximising is done when
+// the call returns. On X11 the window manager does it later: wait a moment for
+// it (a window manager may also refuse, or there may be none).
+void WaitForMaximised(SDL_Window* window) {
+    int startW = 0, startH = 0;
+    SDL_GetWindowSize(window, &startW, &startH);
+    const uint32_t deadline = SDL_GetTicks() + kMaximiseWaitMs;
+    while (!SDL_TICKS_PASSED(SDL_GetTicks(), deadline)) {
+        SDL_PumpEvents();
+        int w = 0, h = 0;
+        SDL_GetWindowSize(window, &w, &h);
+        if ((SDL_GetWindowFlags(window) & SDL_WINDOW_MAXIMIZED) && (w != startW || h != startH)) return;
+        SDL_Delay(10);
+    }
 }
 
 void CreateMainWindow() {
@@ -59,12 +77,13 @@ void CreateMainWindow() {
     s.wait = SDL_CreateSystemCursor(SDL_SYSTEM_CURSOR_WAIT);
     SDL_StartTextInput();
 
-    uint32_t width, height;
-    Sdl2_ClientSize(&width, &height);
-    HostWindow_OnCreated(width, height);
     SDL_ShowWindow(s.window);
     SDL_MaximizeWindow(s.window);
     SDL_RaiseWindow(s.window);
+    WaitForMaximised(s.window);
+    uint32_t width, height;
+    Sdl2_ClientSize(&width, &height);
+    HostWindow_OnCreated(width, height);
 }
 
 void DestroyMainWindow() {
@@ -192,4 +211,5 @@ extern const HostBackend kSdl2Backend = {
     ShowMessage,
     FileDialog,
     Sdl2_InstanceRequested,
+    Sdl2_DisplayScale,
 };

@@ -77,6 +77,32 @@ TEST(SystemMetrics, LargeInterfaceCapAndRedefinition) {
     EXPECT_EQ(count, 1u);
 }
 
+// A desktop scale raises the cap in proportion, so a 4K screen at twice the
+// density gets the controls and text a 1080p screen gets, in twice the
+// pixels; below the cap the screen share rules as before.
+TEST(SystemMetrics, DisplayScaleRaisesTheCap) {
+    struct Case {
+        uint32_t w, h, percent;
+        int32_t size, button, text;
+    };
+    const Case cases[] = {
+        {3840, 2160, 100, 48, 36, 18},  // 4K without a scale: as small as on 1080p
+        {3840, 2160, 200, 96, 72, 36},  {3840, 2160, 150, 72, 54, 27},
+        {3840, 2160, 400, 120, 90, 45},                                // the screen share (2160 / 18) rules
+        {2560, 1440, 125, 60, 45, 22},  {1280, 800, 200, 44, 33, 16},  // below the cap: unchanged
+    };
+    for (const Case& c : cases) {
+        auto tk = Toolkit_CreateBare();
+        Toolkit_SetScreen(tk.get(), c.w, c.h, c.w, nullptr);
+        tk->displayScalePercent = c.percent;
+        Toolkit_SetMetricsFromScreen(tk.get());
+        EXPECT_EQ(tk->minimalObjectSizeY, c.size) << c.w << " at " << c.percent;
+        EXPECT_EQ(Toolkit_MetricPixels(tk.get(), "&system-buttonSizePixels;"), c.button)
+            << c.w << " at " << c.percent;
+        EXPECT_EQ(Toolkit_TextHeight(tk.get()), c.text) << c.w << " at " << c.percent;
+    }
+}
+
 TEST(CharacterReferences, NamedAndHexadecimalAndANonHexDigitEndsTheText) {
     for (auto [in, out] : {std::pair<std::string, std::string>{"&quot;a&amp;b&apos;&gt;&lt;", "\"a&b'><"},
                            {"&#xc3;&#xB6;!", "\xc3\xb6!"},

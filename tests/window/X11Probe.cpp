@@ -7,6 +7,8 @@
 //   x11probe close TITLE               send WM_DELETE_WINDOW
 //   x11probe size TITLE                print the window's size
 //   x11probe compare TITLE PNG TOL     the window matches the picture, each channel within TOL
+//   x11probe resources TEXT            set the X resource database (RESOURCE_MANAGER)
+//   x11probe wm                        a window manager that only maps and maximises, until killed
 #include <lodepng.h>
 
 #include <X11/Xatom.h>
@@ -107,11 +109,50 @@ int Close(Display* display, Window window) {
     return 0;
 }
 
+// The least a window manager does for a program that asks to be maximised:
+// map what asks to be mapped, grant configure requests, and answer the
+// _NET_WM_STATE maximise message by covering the screen.
+int WindowManager(Display* display, Window root) {
+    XSelectInput(display, root, SubstructureRedirectMask | SubstructureNotifyMask);
+    XSync(display, False);
+    const Atom state = XInternAtom(display, "_NET_WM_STATE", False);
+    const Atom maxV = XInternAtom(display, "_NET_WM_STATE_MAXIMIZED_VERT", False);
+    const Atom maxH = XInternAtom(display, "_NET_WM_STATE_MAXIMIZED_HORZ", False);
+    XWindowAttributes screen;
+    XGetWindowAttributes(display, root, &screen);
+    std::printf("wm ready\n");
+    std::fflush(stdout);
+    for (;;) {
+        XEvent e;
+        XNextEvent(display, &e);
+        if (e.type == MapRequest) {
+            XMapWindow(display, e.xmaprequest.window);
+        } else if (e.type == ConfigureRequest) {
+            XWindowChanges changes{};
+            changes.x = e.xconfigurerequest.x;
+            changes.y = e.xconfigurerequest.y;
+            changes.width = e.xconfigurerequest.width;
+            changes.height = e.xconfigurerequest.height;
+            XConfigureWindow(display, e.xconfigurerequest.window,
+                             unsigned(e.xconfigurerequest.value_mask) & (CWX | CWY | CWWidth | CWHeight),
+                             &changes);
+        } else if (e.type == ClientMessage && e.xclient.message_type == state && e.xclient.data.l[0] == 1 &&
+                   (Atom(e.xclient.data.l[1]) == maxV || Atom(e.xclient.data.l[1]) == maxH)) {
+            const Atom both[2] = {maxV, maxH};
+            XChangeProperty(display, e.xclient.window, state, XA_ATOM, 32, PropModeReplace,
+                            reinterpret_cast<const unsigned char*>(both), 2);
+            XMoveResizeWindow(display, e.xclient.window, 0, 0, unsigned(screen.width),
+                              unsigned(screen.height));
+        }
+        XFlush(display);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 3) {
-        std::fprintf(stderr, "usage: x11probe wait|move|close|size|compare TITLE [args]\n");
+    if (argc < 2 || (argc < 3 && std::strcmp(argv[1], "wm") != 0)) {
+        std::fprintf(stderr, "usage: x11probe wait|move|close|size|compare|resources|wm TITLE [args]\n");
         return 2;
     }
     Display* display = XOpenDisplay(nullptr);
@@ -120,6 +161,14 @@ int main(int argc, char** argv) {
         return 2;
     }
     std::string command = argv[1];
+    if (command == "wm") return WindowManager(display, DefaultRootWindow(display));
+    if (command == "resources") {
+        XChangeProperty(display, DefaultRootWindow(display), XA_RESOURCE_MANAGER, XA_STRING, 8,
+                        PropModeReplace, reinterpret_cast<const unsigned char*>(argv[2]),
+                        int(std::strlen(argv[2])));
+        XCloseDisplay(display);
+        return 0;
+    }
     const char* title = argv[2];
     Window root = DefaultRootWindow(display);
 

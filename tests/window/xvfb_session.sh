@@ -1,6 +1,7 @@
 # Shared by the window tests (sourced, not run): a private Xvfb display, a
 # program started on it, and its closing as a window manager would close it.
-#   xvfb_start XVFB FIRST LAST   starts Xvfb on the first free display in the range
+#   xvfb_start XVFB FIRST LAST [SCREEN]   starts Xvfb on the first free display in the
+#                                range, with a screen of 1280x800x24 unless SCREEN says otherwise
 #   app_start COMMAND...         starts the program under test in the background
 #   fail MESSAGE                 reports, shows the program's output and exits 1
 #   app_close_expect_zero PROBE TITLE   WM_DELETE_WINDOW, then status 0 within 10 s
@@ -16,13 +17,13 @@ trap cleanup EXIT
 fail() { echo "FAIL: $*"; echo "--- program output"; cat "$workdir/app.log" 2>/dev/null; exit 1; }
 
 xvfb_start() {
-  local xvfb="$1" first="$2" last="$3" display="" n
+  local xvfb="$1" first="$2" last="$3" screen="${4:-1280x800x24}" display="" n
   # A free display number: the first whose lock file and socket are absent.
   for n in $(seq "$first" "$last"); do
     if [ ! -e "/tmp/.X$n-lock" ] && [ ! -e "/tmp/.X11-unix/X$n" ]; then display=":$n"; break; fi
   done
   [ -n "$display" ] || { echo "no free X display number"; exit 1; }
-  "$xvfb" "$display" -screen 0 1280x800x24 -nolisten tcp >"$workdir/xvfb.log" 2>&1 &
+  "$xvfb" "$display" -screen 0 "$screen" -nolisten tcp >"$workdir/xvfb.log" 2>&1 &
   xvfb_pid=$!
   export DISPLAY="$display"
   for _ in $(seq 1 100); do
