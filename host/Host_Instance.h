@@ -39,6 +39,9 @@ std::string HostOs_DisplayName();
 // The launcher's startup notification id or activation token given to this
 // process (empty when none): the running window needs it to be let forward.
 std::string HostOs_StartupId();
+// Once the window has used it: programs we start (a browser, a file dialog)
+// must not inherit it.
+void HostOs_ForgetStartupId();
 
 // The name under which instances of `program` on this display meet: the
 // program and the display, with characters unfit for a file name replaced.

@@ -9,6 +9,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
   clang libclang-rt-14-dev
   xvfb xauth libx11-dev
+  desktop-file-utils
   fonts-dejavu-core
 )
 

@@ -287,3 +287,8 @@ std::string HostOs_StartupId() {
         if (const char* value = std::getenv(variable); value && *value) return value;
     return "";
 }
+
+void HostOs_ForgetStartupId() {
+    unsetenv("DESKTOP_STARTUP_ID");
+    unsetenv("XDG_ACTIVATION_TOKEN");
+}

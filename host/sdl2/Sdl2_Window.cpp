@@ -4,6 +4,7 @@
 // dialogs. HiDPI: the framebuffer has the screen's real pixels. Dependencies:
 // SDL2; for file dialogs, zenity when it is installed.
 #include "host/Host_Backend.h"
+#include "host/Host_Instance.h"
 #include "host/Host_Threads.h"
 #include "host/Host_Window.h"
 #include "host/sdl2/Sdl2_Private.h"
@@ -81,6 +82,10 @@ void CreateMainWindow() {
     SDL_MaximizeWindow(s.window);
     SDL_RaiseWindow(s.window);
     WaitForMaximised(s.window);
+    // A launcher that started us shows busy feedback until the window says it
+    // is there.
+    Sdl2_Activate(HostOs_StartupId());
+    HostOs_ForgetStartupId();
     uint32_t width, height;
     Sdl2_ClientSize(&width, &height);
     HostWindow_OnCreated(width, height);
