@@ -1,11 +1,13 @@
 #include "host/Host_Run.h"
 
+#include "host/Host_Backend.h"
 #include "host/Host_Instance.h"
 
 #include "host/headless/Headless.h"
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 bool Host_ParseOption(const char* arg, HostOptions* options) {
     if (std::strncmp(arg, "--host=", 7) == 0) {
@@ -17,6 +19,25 @@ bool Host_ParseOption(const char* arg, HostOptions* options) {
         return true;
     }
     return false;
+}
+
+bool Host_HandOverToRunningInstance(const char* program, const HostOptions& options,
+                                    const std::string& openPath) {
+    if (!Host_SelectBackend(options.host.c_str())) return false;  // Host_Run says why
+    const HostBackend* backend = HostBackend_Current();
+    // Only a desktop window takes part: headless runs (tests, batch work) are
+    // many at a time by design.
+    if (!backend->InstanceRequested) return false;
+    HostInstanceRequest request;
+    request.startupId = HostOs_StartupId();
+    if (!openPath.empty()) {
+        // The running instance has a working folder of its own.
+        std::error_code ec;
+        const std::filesystem::path absolute = std::filesystem::absolute(openPath, ec);
+        request.path = ec ? openPath : absolute.lexically_normal().string();
+    }
+    const std::string name = HostInstance_Name(program, HostOs_DisplayName());
+    return HostOs_ClaimInstance("", name, request, backend->InstanceRequested) == kHostInstanceHandedOver;
 }
 
 int Host_Run(const char* program, const HostOptions& options, AppEventHandler handler) {
