@@ -1,6 +1,7 @@
-// What the tracking store's files share: the slot file layout, the Y, B - Y,
-// R - Y transform of compose mode, and the safe replacement of a slot file.
-// Not part of the store's public face (image/Tracking.h).
+// What the tracking store's files share: the slot file layout, the runs of
+// LZ4 blocks that hold the planes (the history's state files use them too),
+// the Y, B - Y, R - Y transform of compose mode, and the safe replacement of a
+// slot file. Not part of the store's public face (image/Tracking.h).
 #pragma once
 
 #include "image/Image.h"
@@ -22,6 +23,11 @@ constexpr uint32_t kTrackingBlockBytes = 8388608;  // 8 MiB of plane per block
 constexpr int kTrackingCompressBound = LZ4_COMPRESSBOUND(kTrackingBlockBytes);
 static_assert(kTrackingCompressBound == 8421520);
 constexpr uint32_t kTrackingReadBufferBytes = 16777216;  // largest block length a reader takes
+// LZ4 cannot expand one compressed byte into more than 255; with the 4-byte
+// length of every block, 256 bytes of plane per file byte is a safe ceiling.
+// A header that announces more samples than its file could hold is refused
+// before anything image-sized is allocated.
+constexpr uint64_t kTrackingMaxExpansion = 256;
 
 // How a plane of `samples` 8-byte samples is cut into blocks. Blocks are
 // numbered through the file: block i belongs to plane i / blocksPerPlane.
@@ -62,6 +68,27 @@ struct TrackingFileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using TrackingFile = std::unique_ptr<std::FILE, TrackingFileCloser>;
+
+// Appends three planes of `samples` samples each as runs of blocks (a 4-byte
+// compressed length, then the block's LZ4 bytes), compressed by all of the
+// host's workers; the number of bytes appended, or 0 when a write failed.
+uint64_t Tracking_WritePlanes(std::FILE* file, const int64_t* const planes[3], uint64_t samples);
+
+// How Tracking_ReadPlanes treats what it finds. A slot is read leniently: a
+// block that does not decompress to its size is said on the console
+// ("Error") and left zero, and samples are held to 0..clampTo (clampTo < 0:
+// not at all). A strict read refuses both instead.
+struct TrackingReadRules {
+    int64_t clampTo = -1;
+    bool strict = false;
+};
+
+// Reads the runs of blocks of three planes of `samples` samples each, in the
+// order Tracking_WritePlanes wrote them. False when the file ends early, a
+// block length exceeds the input buffer, or a strict rule is broken; after a
+// true answer every byte of the planes has been written.
+bool Tracking_ReadPlanes(std::FILE* file, int64_t* const planes[3], uint64_t samples,
+                         const TrackingReadRules& rules);
 
 // Compose mode, in place over the red, green and blue planes, split over the
 // host's workers. Forward: Y, B - Y, R - Y with Y = 0.299 R + 0.587 G +

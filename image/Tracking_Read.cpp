@@ -1,5 +1,6 @@
 // Reading a slot: link records are followed, a full record's planes are
-// restored block by block.
+// restored block by block (the history's state files read their planes here
+// too, under strict rules).
 //
 // Block i of a plane fills bytes i x 8 MiB onwards, up to 8 MiB or the plane's
 // end, as the writer cuts them; a block that does not decompress to exactly
@@ -37,10 +38,6 @@ constexpr const char* kBlockErrorText = "Error";
 // A chain of links longer than this loops back on itself.
 constexpr int kMaxLinkHops = 16;
 
-// LZ4 cannot expand one compressed byte into more than 255; with the 4-byte
-// length of every block, 256 bytes of plane per file byte is a safe ceiling.
-constexpr uint64_t kMaxExpansion = 256;
-
 constexpr uint64_t kParallelPlaneBytes = uint64_t{1} << 20;
 
 struct BlockReader {
@@ -50,8 +47,8 @@ struct BlockReader {
     // Samples of a plain record are held to 0..clampTo as they arrive, so that a
     // damaged file can never hand out-of-range data to code that indexes tables
     // with it; a composed record (signed differences) is clamped after
-    // conversion instead, and has clampTo < 0.
-    int64_t clampTo = -1;
+    // conversion instead, and has clampTo < 0. A strict read refuses instead.
+    TrackingReadRules rules;
 
     std::mutex mutex;
     std::condition_variable turn;
@@ -105,33 +102,24 @@ void DecompressBlocks(DecompressWorker* worker) {
         char* target = reinterpret_cast<char*>(reader.planes[layout.Plane(block)]) + layout.Offset(block);
         const int size = static_cast<int>(layout.Size(block));
         if (LZ4_decompress_safe(buffer.get(), target, length, size) != size) {
-            SayOnConsole(kBlockErrorText);
+            if (reader.rules.strict)
+                reader.failed.store(true);
+            else
+                SayOnConsole(kBlockErrorText);
             std::memset(target, 0, static_cast<size_t>(size));
-        } else if (reader.clampTo >= 0) {
+        } else if (reader.rules.clampTo >= 0) {
             int64_t* samples = reinterpret_cast<int64_t*>(target);
             const size_t count = static_cast<size_t>(size) / sizeof(int64_t);
-            const int64_t top = reader.clampTo;
-            for (size_t i = 0; i < count; ++i) samples[i] = std::clamp<int64_t>(samples[i], 0, top);
+            const int64_t top = reader.rules.clampTo;
+            if (reader.rules.strict) {
+                bool outside = false;
+                for (size_t i = 0; i < count; ++i) outside |= samples[i] < 0 || samples[i] > top;
+                if (outside) reader.failed.store(true);
+            } else {
+                for (size_t i = 0; i < count; ++i) samples[i] = std::clamp<int64_t>(samples[i], 0, top);
+            }
         }
     }
-}
-
-bool ReadPlanes(std::FILE* file, ImageBuffer* image, const TrackingLayout& layout, bool compose) {
-    BlockReader reader;
-    reader.clampTo = compose ? -1 : image->maxValue;
-    reader.planes[0] = image->red;
-    reader.planes[1] = image->green;
-    reader.planes[2] = image->blue;
-    reader.layout = layout;
-    reader.file = file;
-    DecompressWorker worker;
-    worker.reader = &reader;
-    if (layout.planeBytes < kParallelPlaneBytes) {
-        DecompressBlocks(&worker);
-    } else {
-        Host_RunWorkers(worker, &DecompressBlocks);
-    }
-    return !reader.failed.load();
 }
 
 ImageBuffer* ReadSlot(int a, int b, bool compose, int hops) {
@@ -162,18 +150,38 @@ ImageBuffer* ReadSlot(int a, int b, bool compose, int hops) {
     // Images never exceed 32 bits: their maximum is computed in 32-bit arithmetic.
     if (bitDepth == 0 || bitDepth > 32) return nullptr;
     const uint64_t samples = uint64_t{stride} * height;
-    if (samples > (fileBytes - kTrackingHeaderBytes) * kMaxExpansion / 24) return nullptr;
+    if (samples > (fileBytes - kTrackingHeaderBytes) * kTrackingMaxExpansion / 24) return nullptr;
 
     // Every byte of the planes is either decompressed or zeroed below.
     ImagePtr image(Image_Create(static_cast<int32_t>(stride), static_cast<int32_t>(height)));
     image->bitDepth = static_cast<uint16_t>(bitDepth);
     image->maxValue = (int64_t{1} << bitDepth) - 1;
-    if (!ReadPlanes(file.get(), image.get(), Tracking_Layout(samples), compose)) return nullptr;
+    int64_t* const planes[3] = {image->red, image->green, image->blue};
+    TrackingReadRules rules;
+    rules.clampTo = compose ? -1 : image->maxValue;
+    if (!Tracking_ReadPlanes(file.get(), planes, samples, rules)) return nullptr;
     if (compose) Tracking_ComposeBack(image.get());
     return image.release();
 }
 
 }  // namespace
+
+bool Tracking_ReadPlanes(std::FILE* file, int64_t* const planes[3], uint64_t samples,
+                         const TrackingReadRules& rules) {
+    BlockReader reader;
+    reader.rules = rules;
+    for (int p = 0; p < 3; ++p) reader.planes[p] = planes[p];
+    reader.layout = Tracking_Layout(samples);
+    reader.file = file;
+    DecompressWorker worker;
+    worker.reader = &reader;
+    if (reader.layout.planeBytes < kParallelPlaneBytes) {
+        DecompressBlocks(&worker);
+    } else {
+        Host_RunWorkers(worker, &DecompressBlocks);
+    }
+    return !reader.failed.load();
+}
 
 ImageBuffer* Tracking_ReadSlot(int a, int b, bool compose) {
     return ReadSlot(a, b, compose, 0);

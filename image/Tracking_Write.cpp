@@ -43,8 +43,8 @@ struct BlockWriter {
 
     std::mutex mutex;
     std::condition_variable turn;
-    uint32_t nextBlock = 0;                     // the block whose turn it is to be written
-    uint64_t fileBytes = kTrackingHeaderBytes;  // what the file holds once all are written
+    uint32_t nextBlock = 0;  // the block whose turn it is to be written
+    uint64_t bytes = 0;      // appended so far
     std::atomic<bool> failed{false};
 };
 
@@ -83,7 +83,7 @@ void CompressBlocks(CompressWorker* worker) {
         writer.turn.wait(lock, [&] { return writer.nextBlock == block; });
         if (!writer.failed.load(std::memory_order_relaxed)) {
             if (length > 0 && AppendBlock(writer.file, buffer.get(), length)) {
-                writer.fileBytes += 4 + static_cast<uint64_t>(length);
+                writer.bytes += 4 + static_cast<uint64_t>(length);
             } else {
                 writer.failed.store(true, std::memory_order_relaxed);
             }
@@ -91,25 +91,6 @@ void CompressBlocks(CompressWorker* worker) {
         ++writer.nextBlock;
         writer.turn.notify_all();
     }
-}
-
-// Appends the three planes; the size the file must have, or 0 on failure.
-uint64_t WritePlanes(std::FILE* file, const ImageBuffer* image) {
-    BlockWriter writer;
-    writer.planes[0] = image->red;
-    writer.planes[1] = image->green;
-    writer.planes[2] = image->blue;
-    writer.layout =
-        Tracking_Layout(static_cast<uint64_t>(image->stride) * static_cast<uint64_t>(image->height));
-    writer.file = file;
-    CompressWorker worker;
-    worker.writer = &writer;
-    if (writer.layout.planeBytes < kParallelPlaneBytes) {
-        CompressBlocks(&worker);
-    } else {
-        Host_RunWorkers(worker, &CompressBlocks);
-    }
-    return writer.failed.load() ? 0 : writer.fileBytes;
 }
 
 bool WriteHeader(std::FILE* file, const ImageBuffer* image) {
@@ -122,6 +103,21 @@ bool WriteHeader(std::FILE* file, const ImageBuffer* image) {
 }
 
 }  // namespace
+
+uint64_t Tracking_WritePlanes(std::FILE* file, const int64_t* const planes[3], uint64_t samples) {
+    BlockWriter writer;
+    for (int p = 0; p < 3; ++p) writer.planes[p] = planes[p];
+    writer.layout = Tracking_Layout(samples);
+    writer.file = file;
+    CompressWorker worker;
+    worker.writer = &writer;
+    if (writer.layout.planeBytes < kParallelPlaneBytes) {
+        CompressBlocks(&worker);
+    } else {
+        Host_RunWorkers(worker, &CompressBlocks);
+    }
+    return writer.failed.load() ? 0 : writer.bytes;
+}
 
 bool Tracking_WriteSlot(int a, int b, ImageBuffer* image, bool compose) {
     if (!image || !image->red || !image->green || !image->blue || image->stride <= 0 || image->height <= 0) {
@@ -141,7 +137,10 @@ bool Tracking_WriteSlot(int a, int b, ImageBuffer* image, bool compose) {
 
     bool ok = WriteHeader(file.get(), image);
     if (compose) Tracking_ComposeForward(image);
-    const uint64_t expected = ok ? WritePlanes(file.get(), image) : 0;
+    const int64_t* const planes[3] = {image->red, image->green, image->blue};
+    const uint64_t samples = static_cast<uint64_t>(image->stride) * static_cast<uint64_t>(image->height);
+    const uint64_t planeBytes = ok ? Tracking_WritePlanes(file.get(), planes, samples) : 0;
+    const uint64_t expected = planeBytes ? kTrackingHeaderBytes + planeBytes : 0;
     if (compose) Tracking_ComposeBack(image);
 
     // Every write was checked as it went; closing can still report what the
