@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 // The folder of the running executable, with a trailing separator.
@@ -29,3 +30,11 @@ char Host_PathSeparator();
 
 // Asks the desktop to open a web link; a failure is not reported.
 void HostOs_ShowURL(const char* url);
+
+// An exclusive lock on the file `path` (created when missing) that lasts until
+// HostOs_UnlockFile or the end of the process, however it ends: the system
+// lets go of it for a process that crashed or was killed. A handle, or -1 when
+// another holder has it or the file cannot be opened. Two handles of one
+// process on one file exclude each other too.
+int64_t HostOs_LockFile(const char* path);
+void HostOs_UnlockFile(int64_t handle);

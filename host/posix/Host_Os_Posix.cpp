@@ -2,7 +2,9 @@
 // /proc/self/exe, the XDG state folder, and opening links with xdg-open.
 #include "host/Host_Os.h"
 
+#include <fcntl.h>
 #include <spawn.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -104,4 +106,20 @@ void HostOs_ShowURL(const char* url) {
         while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
         }
     }
+}
+
+int64_t HostOs_LockFile(const char* path) {
+    // flock belongs to the open file description, so a second open of the same
+    // file, in this process or another, is refused while the first holds it.
+    const int fd = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0) return -1;
+    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+void HostOs_UnlockFile(int64_t handle) {
+    if (handle >= 0) close(static_cast<int>(handle));  // closing lets go of the lock
 }
