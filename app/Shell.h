@@ -6,6 +6,7 @@
 // parameter.
 #pragma once
 
+#include "app/Shell_History.h"
 #include "formats/File_Load.h"
 #include "formats/File_LoadQuestions.h"
 #include "image/Image.h"
@@ -77,6 +78,7 @@ struct Shell {
     bool artefacts = false;   // the load found a stacking-artefact border...
     ArtefactBox artefactBox;  // ...and this is the box inside it (Crop starts from it)
     ShellUndo undo;
+    ShellHistory history;  // every kept state on disk, and the recovery of a run that died
 
     // The main view's screen stretch for linear data (display only).
     bool screenStretch = true;
@@ -151,8 +153,9 @@ void Shell_Save(Shell* shell);
 
 // Makes `result` (and `resultMask`, when the step changed the mask) the
 // working data and records the state before as the undo step, under the wait
-// cursor.
-void Shell_CommitResult(Shell* shell, ImagePtr result, ImagePtr resultMask);
+// cursor; the new state goes into the history as made by `caption` (the
+// module's name).
+void Shell_CommitResult(Shell* shell, ImagePtr result, ImagePtr resultMask, const char* caption = nullptr);
 // "BtUn": swaps the working data with the undo step.
 void Shell_Undo(Shell* shell);
 // "BtMH", "BtMV": the mirrors, one undoable step each.

@@ -178,6 +178,8 @@ void Shell_OnMainButton(Shell* shell, uint32_t id) {
         Shell_ShowSupport(shell);
     } else if (id == Id("BtAb")) {
         Shell_ShowAbout(shell);
+    } else if (id == Id("BTrU")) {
+        Shell_ShowRestore(shell);
     } else if (id == Id("BtST")) {
         shell->screenStretch = !shell->screenStretch;
         Shell_RefreshMain(shell);

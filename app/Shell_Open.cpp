@@ -116,6 +116,7 @@ void Finish(Shell* shell) {
     shell->artefacts = load->info.artefacts;
     shell->artefactBox = load->info.box;
     shell->undo = ShellUndo{};
+    Shell_HistoryRecord(shell, Shell_HistoryLoadCaption(load->path));
     Shell_RefreshMain(shell);
 }
 

@@ -1,6 +1,7 @@
 // The headless script's lines that need the program's widgets: they act as a
 // user would, by posting pointer input at the widget's place on the screen,
-// so everything between the window and the handler is exercised.
+// so everything between the window and the handler is exercised. "crash"
+// ends the process on the spot, as a crash or a kill would.
 #include "app/Shell.h"
 
 #include "host/headless/Headless.h"
@@ -8,10 +9,13 @@
 #include "ui/Toolkit_Dispatch.h"
 #include "ui/WidgetKinds.h"
 #include "ui/widgets/LevelSetter.h"
+#include "ui/widgets/List.h"
 
 #include <cstdlib>
 
 namespace {
+
+constexpr int kCrashStatus = 70;
 
 bool Fail(std::string* error, const std::string& why) {
     *error = why;
@@ -120,6 +124,24 @@ bool Shell_ScriptCommand(const std::vector<std::string>& words, std::string* err
         Headless_PostPointerMove(x1, y1);
         Headless_PostButton(x1, y1, false);
         return true;
+    }
+    if (verb == "select" && words.size() == 3) {
+        // A click on the list's row, which must be in view.
+        Widget* list = FindOnTop(ui, words[1], error);
+        int32_t row = 0;
+        if (!list) return false;
+        const auto* record = Widget_Record<ListRecord>(list);
+        if (!record) return Fail(error, words[1] + " is not a list");
+        if (!ParseInt(words[2], &row) || row < 0 || size_t(row) >= record->items.size())
+            return Fail(error, words[1] + " has no row " + words[2]);
+        const PixelRect r = List_RowRect(ui, list, row);
+        if (r.height <= 0) return Fail(error, "row " + words[2] + " of " + words[1] + " is out of view");
+        Click(r);
+        return true;
+    }
+    if (verb == "crash" && words.size() == 1) {
+        // No close, no clean-up, no flushing: what a crash or a kill leaves.
+        std::_Exit(kCrashStatus);
     }
     return Fail(error, "wrong number of words");
 }

@@ -54,6 +54,8 @@ constexpr const char* kStartupForms[] = {
     "Pellucida_NoxCrop_MainForm.xml",
     "Pellucida_NoxLayer_MainForm.xml",
     "Pellucida_NoxShrink_MainForm.xml",
+    // Ours: the history's Restore form.
+    kRestoreFormEntry,
 };
 
 constexpr uint32_t kSplashFormId = Widget_PackId("Spsh");
@@ -174,6 +176,7 @@ void Shell_StartMainForm(Shell* shell) {
     shell->mainFormUp = true;
     Shell_RefreshMain(shell);
     Host_Call("video", "Video_SetCursorArrow", nullptr);
+    Shell_HistoryStart(shell);
     if (!shell->openOnStart.empty()) Shell_OpenPath(shell, std::exchange(shell->openOnStart, {}));
 }
 
@@ -184,6 +187,7 @@ void Shell_TearDownUi(Shell* shell) {
     if (shell->loading) Image_Free(shell->loading->image);
     shell->loading.reset();
     if (shell->module) Shell_LeaveModule(shell, false);  // waits for its computation
+    Shell_HistoryEnd(shell);  // a clean close: no recovery question next time
     shell->pendingLoad.reset();
     shell->shelf.children.clear();
     shell->ui.reset();

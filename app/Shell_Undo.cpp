@@ -42,7 +42,7 @@ bool StoreWorking(Shell* shell) {
 
 }  // namespace
 
-void Shell_CommitResult(Shell* shell, ImagePtr result, ImagePtr resultMask) {
+void Shell_CommitResult(Shell* shell, ImagePtr result, ImagePtr resultMask, const char* caption) {
     if (!result) return;
     {
         CursorWaitScope wait;
@@ -51,6 +51,7 @@ void Shell_CommitResult(Shell* shell, ImagePtr result, ImagePtr resultMask) {
     }
     Shell_SetImage(shell, std::move(result));
     if (resultMask) shell->mask = std::move(resultMask);
+    Shell_HistoryRecord(shell, caption ? caption : kHistoryStepCaption);
     Shell_RefreshMain(shell);
 }
 
@@ -104,5 +105,5 @@ void Shell_RunMainFormModule(Shell* shell, uint32_t buttonId) {
         Image_Free(mask);
         return;
     }
-    Shell_CommitResult(shell, ImagePtr(image), ImagePtr(mask));
+    Shell_CommitResult(shell, ImagePtr(image), ImagePtr(mask), module->name);
 }

@@ -38,7 +38,8 @@ struct HeadlessCommand {
 // command, verb first); false with the reason when the line fails.
 using HeadlessAppCommandFn = bool (*)(const std::vector<std::string>& words, std::string* error);
 // The verbs the program carries out, in addition to the backend's own.
-inline constexpr const char* kHeadlessAppVerbs[] = {"press", "answer", "expect-box", "set", "drag"};
+inline constexpr const char* kHeadlessAppVerbs[] = {"press", "answer", "expect-box", "set",
+                                                    "drag",  "select", "crash"};
 // Status of a program whose script line failed.
 inline constexpr int kHeadlessScriptFailedStatus = 3;
 

@@ -4,6 +4,7 @@
 #include "app/Shell.h"
 #include "app/Cli.h"
 #include "formats/Jpeg_Write.h"
+#include "image/History.h"
 #include "support/Files.h"
 #include "support/TestData.h"
 
@@ -273,4 +274,76 @@ TEST_F(ShellTest, BoxesMatchTheirReviewedPictures) {
     const ProgramRun run = Program(script + "answer Cancel\n", "1280x720");
     ASSERT_EQ(run.status, 0) << run.err;
     for (const auto& [before, name] : steps) CompareGolden(Path((name + ".png").c_str()), "box_" + name);
+// The history: a run that ends without closing (a crash after the mirror) is
+// offered back at the next start, and its state saves as the mirror saved in
+// a run that closed normally; that normal run is never offered. Discard drops
+// what a dead run left.
+TEST_F(ShellTest, ARunThatEndedWithoutClosingIsOfferedBack) {
+    const std::string mirror = Open(bundled) + "answer Linear\npress BtMH\n";
+    ASSERT_EQ(Program(mirror + Save(Path("mirrored.tif"))).status, 0);
+    EXPECT_EQ(Program(mirror + "crash\n").status, 70);
+    ProgramRun run =
+        Program("expect-box Restore last session?\nanswer Restore\n" + Save(Path("recovered.tif")));
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(ReadFileBytes(Path("recovered.tif")), ReadFileBytes(Path("mirrored.tif")));
+
+    const std::string history = (dir.Path() / "history").string() + "/";
+    const size_t states = History_List(history).size();
+    EXPECT_EQ(states, 4u);  // two runs that mirrored after loading
+    EXPECT_EQ(Program(mirror + "crash\n").status, 70);
+    run = Program("expect-box Restore last session?\nanswer Discard\n");
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(History_List(history).size(), states);
+}
+
+// Restore brings the loaded state back as a new step that Undo takes back;
+// every kept state is in the history under what made it. With no history
+// the button is greyed out.
+TEST_F(ShellTest, RestoreBringsBackAnEarlierStateAsAnUndoableStep) {
+    EXPECT_NE(Program("press BTrU\n").err.find("BTrU is greyed out"), std::string::npos);
+    const ProgramRun run =
+        Program(Open(bundled) + "answer Linear\n" + Save(Path("loaded.tif")) + "press BtMH\n" +
+                Save(Path("mirrored.tif")) + "press BTrU\nselect RsLs 1\npress RsOk\n" +
+                Save(Path("restored.tif")) + "press BtUn\n" + Save(Path("undone.tif")));
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(ReadFileBytes(Path("restored.tif")), ReadFileBytes(Path("loaded.tif")));
+    EXPECT_EQ(ReadFileBytes(Path("undone.tif")), ReadFileBytes(Path("mirrored.tif")));
+    std::vector<std::string> captions;
+    for (const HistoryEntry& entry : History_List((dir.Path() / "history").string() + "/"))
+        captions.push_back(entry.state.caption);
+    EXPECT_EQ(captions,
+              (std::vector<std::string>{"Restored: File loaded: M94-Seestar-stack.tif", "Mirror left-right",
+                                        "File loaded: M94-Seestar-stack.tif"}));
+}
+
+// The Restore form's reviewed picture, over states of fixed times and sizes.
+TEST_F(ShellTest, RestoreFormMatchesItsReviewedPicture) {
+    const std::string history = (dir.Path() / "history").string() + "/";
+    fs::create_directories(history);
+    const struct {
+        const char* caption;
+        int32_t width, height;
+        bool mask;
+    } states[] = {{"File loaded: M94-Seestar-stack.tif", 960, 720, false},
+                  {"AutoDev", 960, 720, false},
+                  {"Crop", 812, 604, false},
+                  {"Bin", 406, 302, true},
+                  {"Restored: Crop", 812, 604, false}};
+    int64_t time = 1767225600000;  // 2026-01-01 00:00 UTC
+    int number = 1;
+    for (const auto& s : states) {
+        ImagePtr image(Image_CreateCleared(s.width, s.height));
+        ImagePtr mask(s.mask ? Image_CreateCleared(s.width, s.height) : nullptr);
+        HistoryState state;
+        state.caption = s.caption;
+        state.name = bundled;
+        state.timeMs = time += 97000;
+        const std::string path = history + "0000000000001-00000001_00000" + std::to_string(number++) + ".pst";
+        ASSERT_TRUE(History_WriteFile(path, state, image.get(), mask.get()));
+    }
+    EnvScope utc("TZ", "UTC");
+    const std::string shot = Path("restore.png");
+    const ProgramRun run = Program("press BTrU\nscreenshot " + shot + "\n", "1920x1080");
+    ASSERT_EQ(run.status, 0) << run.err;
+    CompareGolden(shot, "restore_1920x1080");
 }

@@ -69,6 +69,18 @@ int32_t List_RowHeight(const Toolkit* toolkit) {
     return text + (text * 3 + 3) / 4;
 }
 
+PixelRect List_RowRect(const Toolkit* toolkit, const Widget* list, int32_t index) {
+    const auto* record = Widget_Record<ListRecord>(list);
+    if (!record) return {};
+    const PixelRect r = Widget_PixelRect(toolkit, list);
+    const DrawRect body = Body(toolkit, {r.x, r.y, r.width, r.height});
+    const int32_t shown = index - record->firstVisible;
+    if (shown < 0 || shown >= VisibleRows(toolkit, body)) return {};
+    const DrawRect inner = Paint_Inset(body, 2);
+    const int32_t rowHeight = List_RowHeight(toolkit);
+    return {inner.x, inner.y + shown * rowHeight, inner.width, rowHeight};
+}
+
 int List_Handle(Toolkit* toolkit, Widget* widget, const WidgetEvent* event) {
     auto* record = Widget_Record<ListRecord>(widget);
     if (!record) return 0;

@@ -3,6 +3,7 @@
 // not fit scroll so that the chosen one stays in view.
 #pragma once
 
+#include "ui/Toolkit.h"
 #include "ui/WidgetKinds.h"
 
 #include <string>
@@ -14,3 +15,5 @@ void List_SetItems(Toolkit* toolkit, Widget* list, std::vector<std::string> item
 void List_Select(Toolkit* toolkit, Widget* list, int32_t index);
 // The height of one row for the toolkit's text.
 int32_t List_RowHeight(const Toolkit* toolkit);
+// Where row `index` is on the screen; empty when it is scrolled out of view.
+PixelRect List_RowRect(const Toolkit* toolkit, const Widget* list, int32_t index);
