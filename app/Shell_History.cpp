@@ -60,6 +60,7 @@ void TakeUp(Shell* shell, const std::string& path) {
     Shell_SetImage(shell, std::move(image));
     shell->mask = std::move(mask);
     shell->currentName = state.name;
+    shell->outcome = LoadOutcome{state.linear, state.tracking};
     shell->artefacts = false;
     shell->undo = ShellUndo{};
     Shell_RefreshMain(shell);
@@ -134,6 +135,8 @@ void Shell_HistoryRecord(Shell* shell, const std::string& caption) {
     state.caption = caption;
     state.name = shell->currentName;
     state.timeMs = NowMs();
+    state.linear = shell->outcome.linear;
+    state.tracking = shell->outcome.tracking;
     // A mask of another size than the image (left from before a step that
     // changed the size) is not part of the state.
     const ImageBuffer* mask = shell->mask.get();

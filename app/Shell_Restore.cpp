@@ -62,6 +62,7 @@ void OnRestore(Toolkit*, Widget*, void* user) {
     // with the undo step only.
     shell->history.dropMask = mask == nullptr;
     shell->currentName = state.name;
+    shell->outcome = LoadOutcome{state.linear, state.tracking};
     Shell_CommitResult(shell, std::move(image), std::move(mask), RestoredCaption(state.caption).c_str());
 }
 

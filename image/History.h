@@ -5,7 +5,8 @@
 // up again at the next start.
 //
 // A state file ("<run>_<number>.pst") holds a header (what made the state,
-// when, the working file's name, the size, mono, whether a mask follows), the
+// when, the working file's name, the size, mono, linear and tracked, whether
+// a mask follows), the
 // image's red, green and blue planes as runs of LZ4 blocks in the tracking
 // store's format, and, when there is one, the mask's bit depth and its three
 // planes the same way. Files are written under a temporary name and renamed
@@ -31,6 +32,8 @@ struct HistoryState {
     int32_t height = 0;
     bool mono = false;
     bool hasMask = false;
+    bool linear = true;    // what the load decided about the data: it is linear...
+    bool tracking = true;  // ...and its signal is tracked
 };
 
 struct HistoryEntry {

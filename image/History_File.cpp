@@ -2,7 +2,8 @@
 //
 // Layout (integers little-endian):
 //   0  "PLHS", version 1
-//   8  width, height, bitDepth, flags (1 mono, 2 a mask follows)
+//   8  width, height, bitDepth, flags (1 mono, 2 a mask follows, 4 linear,
+//      8 tracked)
 //   24 time in milliseconds since 1970 (8 bytes)
 //   32 caption length, name length, then the caption and the name
 //   .. the image's red, green and blue planes as runs of LZ4 blocks (the
@@ -26,6 +27,9 @@ constexpr uint32_t kVersion = 1;
 constexpr uint32_t kFixedBytes = 40;
 constexpr uint32_t kFlagMono = 1;
 constexpr uint32_t kFlagMask = 2;
+constexpr uint32_t kFlagLinear = 4;
+constexpr uint32_t kFlagTracking = 8;
+constexpr uint32_t kFlagsKnown = kFlagMono | kFlagMask | kFlagLinear | kFlagTracking;
 // Captions and names are short; a longer length is damage.
 constexpr uint32_t kMaxTextBytes = 4096;
 constexpr const char* kTemporarySuffix = ".tmp";
@@ -73,7 +77,7 @@ bool ReadHeader(std::FILE* file, uint64_t fileBytes, HistoryState* state, uint32
     const uint32_t nameBytes = Tracking_GetWord(fixed + 36);
     if (width == 0 || width > INT32_MAX || height == 0 || height > INT32_MAX || !ValidDepth(depth))
         return false;
-    if ((flags & ~(kFlagMono | kFlagMask)) != 0) return false;
+    if ((flags & ~kFlagsKnown) != 0) return false;
     if (captionBytes > kMaxTextBytes || nameBytes > kMaxTextBytes) return false;
     const uint64_t total = uint64_t{kFixedBytes} + captionBytes + nameBytes;
     if (total > fileBytes) return false;
@@ -90,6 +94,8 @@ bool ReadHeader(std::FILE* file, uint64_t fileBytes, HistoryState* state, uint32
     state->height = static_cast<int32_t>(height);
     state->mono = (flags & kFlagMono) != 0;
     state->hasMask = (flags & kFlagMask) != 0;
+    state->linear = (flags & kFlagLinear) != 0;
+    state->tracking = (flags & kFlagTracking) != 0;
     *bitDepth = depth;
     *headerBytes = total;
     return true;
@@ -128,7 +134,8 @@ bool History_WriteFile(const std::string& path, const HistoryState& state, const
     PutWord(&header, static_cast<uint32_t>(image->width));
     PutWord(&header, static_cast<uint32_t>(image->height));
     PutWord(&header, image->bitDepth);
-    PutWord(&header, (image->mono ? kFlagMono : 0) | (mask ? kFlagMask : 0));
+    PutWord(&header, (image->mono ? kFlagMono : 0) | (mask ? kFlagMask : 0) |
+                         (state.linear ? kFlagLinear : 0) | (state.tracking ? kFlagTracking : 0));
     PutWord64(&header, static_cast<uint64_t>(state.timeMs));
     PutWord(&header, static_cast<uint32_t>(state.caption.size()));
     PutWord(&header, static_cast<uint32_t>(state.name.size()));

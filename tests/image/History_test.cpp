@@ -82,8 +82,10 @@ TEST_F(History, StatesRoundTripWithAndWithoutMaskAndMono) {
         ImagePtr image = MakeImage(c.width, c.height, c.depth, c.mono, seed++);
         ImagePtr mask = c.mask ? MakeImage(c.width, c.height, 16, false, seed++) : nullptr;
         const std::string path = File("state.pst");
-        ASSERT_TRUE(
-            History_WriteFile(path, State("Mirror left-right", 1700000000123), image.get(), mask.get()));
+        HistoryState written = State("Mirror left-right", 1700000000123);
+        written.linear = !c.mono;  // every pair of the two load flags, over the four small cases
+        written.tracking = !c.mask;
+        ASSERT_TRUE(History_WriteFile(path, written, image.get(), mask.get()));
         EXPECT_EQ(dir_.Count(), 1u) << "no temporary file left";
 
         HistoryState header, whole;
@@ -97,6 +99,7 @@ TEST_F(History, StatesRoundTripWithAndWithoutMaskAndMono) {
             EXPECT_EQ(std::vector<int32_t>({s.width, s.height}), std::vector<int32_t>({c.width, c.height}));
             EXPECT_EQ(s.mono, c.mono);
             EXPECT_EQ(s.hasMask, c.mask);
+            EXPECT_EQ(std::vector<bool>({s.linear, s.tracking}), std::vector<bool>({!c.mono, !c.mask}));
         }
         ASSERT_TRUE(backImage);
         EXPECT_TRUE(SameImage(*backImage, *image));
@@ -179,7 +182,7 @@ TEST_F(History, DamagedFilesAreRefused) {
         {12, 0x80000000u},   // height beyond a signed 32-bit value
         {8, 100000},         // more samples than the file could hold
         {16, 33},            // bit depth
-        {20, 4},             // an unknown flag
+        {20, 16},            // an unknown flag
         {20, 3},             // mono, but the planes differ
         {32, 5000},          // caption longer than any caption
         {36, 4000},          // a name that swallows the planes
