@@ -66,10 +66,12 @@ void TakeUp(Shell* shell, const std::string& path) {
     Shell_RefreshMain(shell);
 }
 
+// "Restore" is the last button, the one Enter answers: a user who only wants
+// the box gone keeps the work.
 void OnRecoveryAnswer(Toolkit*, uint32_t button, void* user) {
     Shell* shell = static_cast<Shell*>(user);
     ShellHistory& history = shell->history;
-    if (button == 0) {
+    if (button == 1) {
         TakeUp(shell, history.recoveryPath);
     } else {
         for (const std::string& run : history.deadRuns) History_RemoveRun(history.run.folder, run);
@@ -118,7 +120,7 @@ void Shell_HistoryStart(Shell* shell) {
         std::vector<char> text(std::strlen(kRecoveryText) + row.size() + 1);
         std::snprintf(text.data(), text.size(), kRecoveryText, row.c_str());
         MessageBox_Show(shell->ui.get(), kRecoveryTitle, text.data(), kMessageBoxWarning, OnRecoveryAnswer,
-                        shell, 2, kRecoveryRestoreButton, kRecoveryDiscardButton);
+                        shell, 2, kRecoveryDiscardButton, kRecoveryRestoreButton);
         return;
     }
 }

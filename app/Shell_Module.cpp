@@ -240,5 +240,5 @@ void Shell_LeaveModule(Shell* shell, bool keep) {
     }
     if (m->def->logged) Shell_LogParameters(shell, m->form);
     if (m->def->globalStretch) shell->globalStretchKept = true;
-    Shell_CommitResult(shell, std::move(m->result), std::move(m->resultMask));
+    Shell_CommitResult(shell, std::move(m->result), std::move(m->resultMask), m->def->name);
 }

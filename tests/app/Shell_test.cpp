@@ -274,6 +274,8 @@ TEST_F(ShellTest, BoxesMatchTheirReviewedPictures) {
     const ProgramRun run = Program(script + "answer Cancel\n", "1280x720");
     ASSERT_EQ(run.status, 0) << run.err;
     for (const auto& [before, name] : steps) CompareGolden(Path((name + ".png").c_str()), "box_" + name);
+}
+
 // The history: a run that ends without closing (a crash after the mirror) is
 // offered back at the next start, and its state saves as the mirror saved in
 // a run that closed normally; that normal run is never offered. Discard drops
