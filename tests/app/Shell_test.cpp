@@ -3,10 +3,15 @@
 // its boxes, then the files it wrote, its log and pictures of its screen.
 #include "app/Shell.h"
 #include "app/Cli.h"
+#include "app/Shell_Module.h"
 #include "formats/Jpeg_Write.h"
 #include "image/History.h"
 #include "support/Files.h"
 #include "support/TestData.h"
+#include "ui/Entities.h"
+#include "ui/Toolkit_Create.h"
+#include "ui/markup/Markup_Form.h"
+#include "ui/widgets/LevelSetter.h"
 
 #include <gtest/gtest.h>
 #include <lodepng.h>
@@ -59,6 +64,25 @@ protected:
     }
     std::string Path(const char* name) { return (dir.Path() / name).string(); }
 };
+
+// pellucida-cli in this process, its console output dropped.
+int Cli(std::vector<std::string> args) {
+    args.insert(args.begin(), "pellucida-cli");
+    std::vector<char*> argv;
+    for (auto& a : args) argv.push_back(a.data());
+    testing::internal::CaptureStdout();
+    const int status = Cli_Run(int(argv.size()), argv.data());
+    testing::internal::GetCapturedStdout();
+    return status;
+}
+
+// The lines of the log from the last "--- " block title on.
+std::string LastBlock(const std::string& log) {
+    const size_t at = log.rfind("--- ");
+    if (at == std::string::npos) return {};
+    const size_t end = log.find("File saved [", at);
+    return log.substr(at, end == std::string::npos ? std::string::npos : end - at);
+}
 
 std::string Open(const std::string& path) {
     return "dialog " + path + "\npress BtOp\n";
@@ -133,13 +157,9 @@ TEST_F(ShellTest, OpenAnswerAndSaveGiveTheCommandLinesFile) {
         ASSERT_EQ(run.status, 0) << run.err;
 
         const std::string cliOut = Path((std::string("cli-") + c.out).c_str());
-        std::vector<std::string> args = {"pellucida-cli", "process", in, "-o", cliOut};
+        std::vector<std::string> args = {"process", in, "-o", cliOut};
         args.insert(args.end(), c.cliAnswers.begin(), c.cliAnswers.end());
-        std::vector<char*> argv;
-        for (auto& a : args) argv.push_back(a.data());
-        testing::internal::CaptureStdout();
-        ASSERT_EQ(Cli_Run(int(argv.size()), argv.data()), 0);
-        testing::internal::GetCapturedStdout();
+        ASSERT_EQ(Cli(args), 0);
         EXPECT_EQ(ReadFileBytes(Path(c.out)), ReadFileBytes(cliOut));
     }
 }
@@ -348,4 +368,69 @@ TEST_F(ShellTest, RestoreFormMatchesItsReviewedPicture) {
     const ProgramRun run = Program("press BTrU\nscreenshot " + shot + "\n", "1920x1080");
     ASSERT_EQ(run.status, 0) << run.err;
     CompareGolden(shot, "restore_1920x1080");
+}
+
+// AutoDev kept in the window gives the command line's file and parameter
+// block; it is one undoable step (Undo gives the image before it).
+TEST_F(ShellTest, AutoDevKeptInTheWindowEqualsTheCommandLine) {
+    const ProgramRun run = Program(Open(bundled) + "answer Linear\n" + Save(Path("before.tif")) +
+                                   "press BtAD\nset LvS1 200\nidle\npress BtKp\n" + Save(Path("window.tif")) +
+                                   "press BtUn\n" + Save(Path("undone.tif")));
+    ASSERT_EQ(run.status, 0) << run.err;
+    const std::string window = LastBlock(ReadText(dir.Path() / "Pellucida.log"));
+    ASSERT_EQ(Cli({"process", bundled, "--autodev=blur=200", "-o", Path("cli.tif")}), 0);
+    EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
+    EXPECT_EQ(ReadFileBytes(Path("undone.tif")), ReadFileBytes(Path("before.tif")));
+    EXPECT_EQ(window, LastBlock(ReadText(dir.Path() / "Pellucida.log")));
+    EXPECT_NE(window.find("Parameter [Detail Blur] set to [21.0 pixels]\n"), std::string::npos) << window;
+}
+
+// A RoI dragged either way is the same RoI; without one, "No RoI" is greyed out.
+TEST_F(ShellTest, AutoDevRegionOfInterestFromADragInEitherDirection) {
+    std::string blocks[2];
+    const char* drags[2] = {"drag View 100 80 300 200\n", "drag View 300 200 100 80\n"};
+    for (int i = 0; i < 2; ++i) {
+        const ProgramRun run = Program(Open(bundled) + "answer Linear\npress BtAD\n" + drags[i] +
+                                       "idle\npress BtAl\n" + drags[i] + "idle\npress BtKp\n");
+        ASSERT_EQ(run.status, 0) << run.err;
+        blocks[i] = LastBlock(ReadText(dir.Path() / "Pellucida.log"));
+    }
+    EXPECT_EQ(blocks[0], blocks[1]);
+    EXPECT_EQ(blocks[0].find("RoI X1] set to [0 pixels]"), std::string::npos) << blocks[0];
+    const ProgramRun whole = Program(Open(bundled) + "answer Linear\npress BtAD\nidle\npress BtAl\n");
+    EXPECT_EQ(whole.status, 3);
+    EXPECT_NE(whole.err.find("BtAl is greyed out"), std::string::npos) << whole.err;
+}
+
+// The AutoDev form with its preview, without and with a RoI.
+TEST_F(ShellTest, AutoDevFormMatchesItsReviewedPictures) {
+    for (const std::string size : {"800x480", "1920x1080"}) {
+        const ProgramRun run =
+            Program(Open(bundled) + "answer Linear\npress BtAD\nidle\nscreenshot " + Path("whole.png") +
+                        "\ndrag View 40 30 160 120\nidle\nscreenshot " + Path("roi.png") + "\npress BtCl\n",
+                    size);
+        ASSERT_EQ(run.status, 0) << run.err;
+        CompareGolden(Path("whole.png"), "autodev_" + size);
+        CompareGolden(Path("roi.png"), "autodev_roi_" + size);
+    }
+}
+
+// The parameter block lists the setters a form has, in identifier order, each
+// with its caption and value text: "LvS0" and "LvS2" without "LvS1" are two lines.
+TEST_F(ShellTest, ParameterBlockListsTheSettersTheFormHas) {
+    std::vector<uint32_t> pixels(640 * 480);
+    std::unique_ptr<Toolkit> tk = Toolkit_CreateBare();
+    Toolkit_SetScreen(tk.get(), 640, 480, 640, pixels.data());
+    const std::string markup =
+        "<FORM ID=\"TstM\"><LABEL ID=\"LbTi\" Text=\"Test\"></LABEL><LEVELSETTER ID=\"LvS2\"></LEVELSETTER>"
+        "<LEVELSETTER ID=\"LvS0\"></LEVELSETTER></FORM>";
+    Widget* form = Form_LoadText(tk.get(), "test", reinterpret_cast<const uint8_t*>(markup.data()),
+                                 markup.size(), tk->root.get());
+    ASSERT_NE(form, nullptr);
+    Widget* zero = Widget_FindById(form, Widget_PackId("LvS0"));
+    LevelSetter_Setup(tk.get(), zero, 10, 3);
+    LevelSetter_SetCaption(tk.get(), zero, "Zero");
+    Shell_LogParameters(nullptr, form);
+    EXPECT_EQ(ReadText(dir.Path() / "Pellucida.log"),
+              "--- Test\nParameter [Zero] set to [3]\nParameter [] set to [0]\n");
 }
