@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -30,28 +31,32 @@ std::vector<int64_t> Luminance(const ImageBuffer* image) {
     return l;
 }
 
+// Segments as (first, last) pairs.
+std::vector<std::pair<int64_t, int64_t>> Ranges(const std::vector<AutoDevSegment>& segments) {
+    std::vector<std::pair<int64_t, int64_t>> out;
+    for (const AutoDevSegment& s : segments) out.emplace_back(s.first, s.last);
+    return out;
+}
+
 }  // namespace
 
 // The kernel settings the setters stand for, on a 100 x 80 image.
 TEST(AutoDevSettings, FromThePositions) {
     struct Case {
         int32_t x0, y0, x1, y1;
-        int32_t roiX, roiY, roiWidth, roiHeight;
+        std::vector<int32_t> roi;  // x, y, width, height
         double p4;
     } cases[] = {
         // The whole image is max - min of the corners, a little less than its area.
-        {0, 0, kParamLast, kParamLast, 0, 0, 99, 79, 0.15 * (99.0 * 79.0 / 8000.0)},
-        {60, 50, 20, 10, 20, 10, 40, 40, 0.15 * (1600.0 / 8000.0)},     // corners in any order
-        {60, 50, 60, 10, 60, 10, 0, 40, 0.15},                          // zero area: p4 as set
-        {0, 0, 5000, 79, 0, 0, 99, 79, 0.15 * (99.0 * 79.0 / 8000.0)},  // clamped by the setters
+        {0, 0, kParamLast, kParamLast, {0, 0, 99, 79}, 0.15 * (99.0 * 79.0 / 8000.0)},
+        {60, 50, 20, 10, {20, 10, 40, 40}, 0.15 * (1600.0 / 8000.0)},     // corners in any order
+        {60, 50, 60, 10, {60, 10, 0, 40}, 0.15},                          // zero area: p4 as set
+        {0, 0, 5000, 79, {0, 0, 99, 79}, 0.15 * (99.0 * 79.0 / 8000.0)},  // clamped by the setters
     };
     for (const Case& c : cases) {
         const AutoDevParams p{.roiX0 = c.x0, .roiY0 = c.y0, .roiX1 = c.x1, .roiY1 = c.y1};
         const AutoDevSettings s = AutoDev_Settings(p, 100, 80, false);
-        EXPECT_EQ(s.roiX, c.roiX);
-        EXPECT_EQ(s.roiY, c.roiY);
-        EXPECT_EQ(s.roiWidth, c.roiWidth);
-        EXPECT_EQ(s.roiHeight, c.roiHeight);
+        EXPECT_EQ((std::vector<int32_t>{s.roiX, s.roiY, s.roiWidth, s.roiHeight}), c.roi);
         EXPECT_DOUBLE_EQ(s.p4, c.p4);
     }
     // "off" on the form, yet a half-width of 0.5: the blur is not skipped.
@@ -99,51 +104,36 @@ TEST(AutoDevRun, FlatImagesThroughTheIdentityCurve) {
 TEST(AutoDevCurve, SegmentsCloseWhenTheCountExceedsNAndTheLastEndsAtTheTop) {
     std::vector<uint32_t> counts(kAutoDevValues, 0);
     std::vector<int64_t> weights(kAutoDevValues, 0);
-    // 3 x 4096 pixels: N = 3.
-    counts[10] = 2;
-    counts[20] = 2;  // 4 > 3: closes [0, 20]
-    counts[30] = 5;  // closes [21, 30]
-    counts[40] = 1;  // left over: [31, 2^24 - 1]
-    weights[10] = 100;
-    weights[20] = 300;
-    weights[30] = 0;
-    weights[40] = 600;
+    // 3 x 4096 pixels: N = 3. 2 + 2 > 3 closes [0, 20], 5 closes [21, 30], the
+    // one left over is [31, 2^24 - 1].
+    for (auto [value, count, weight] : {std::tuple{10, 2, 100}, {20, 2, 300}, {30, 5, 0}, {40, 1, 600}})
+        counts[value] = count, weights[value] = weight;
     const AutoDevHistogram h{counts.data(), weights.data(), 10, 40};
     const std::vector<AutoDevSegment> s = AutoDev_Segments(h, 3 * 4096);
-    ASSERT_EQ(s.size(), 3u);
-    EXPECT_EQ(s[0].first, 0);
-    EXPECT_EQ(s[0].last, 20);
+    ASSERT_EQ(Ranges(s), (std::vector<std::pair<int64_t, int64_t>>{{0, 20}, {21, 30}, {31, kAutoDevMax}}));
     EXPECT_EQ(s[0].weight, 400);
-    EXPECT_EQ(s[1].first, 21);
-    EXPECT_EQ(s[1].last, 30);
-    EXPECT_EQ(s[2].first, 31);
-    EXPECT_EQ(s[2].last, kAutoDevMax);
     // Shares (w << 24) / total, outputs running over the 24-bit range.
     EXPECT_EQ(s[0].ya, 0);
     EXPECT_EQ(s[0].yb, (int64_t{400} << 24) / 1000);
     EXPECT_EQ(s[1].ya, s[0].yb);
     EXPECT_EQ(s[1].yb, s[1].ya);  // no weight, no output range
     EXPECT_EQ(s[2].yb, s[2].ya + (int64_t{600} << 24) / 1000);
-    // Linear inside a segment, truncating.
+    // Linear inside a segment, truncating; one whose ends are equal maps to its Ya.
     EXPECT_EQ(AutoDev_CurveValue(s[0], 0), 0);
     EXPECT_EQ(AutoDev_CurveValue(s[0], 20), s[0].yb);
     EXPECT_EQ(AutoDev_CurveValue(s[0], 10), (10 * s[0].ya + 10 * s[0].yb) / 20);
-}
+    EXPECT_EQ(AutoDev_CurveValue(AutoDevSegment{7, 7, 1, 1234, 5678}, 7), 1234);
 
-TEST(AutoDevCurve, SegmentClosedOnTheTopValueLeavesNoEmptySegmentAndNoWeightMeansIdentity) {
-    std::vector<uint32_t> counts(kAutoDevValues, 0);
-    std::vector<int64_t> weights(kAutoDevValues, 0);
+    // Closed on the top value: no empty segment after it; no weight at all: no curve.
+    std::fill(counts.begin(), counts.end(), 0);
+    std::fill(weights.begin(), weights.end(), 0);
     counts[kAutoDevMax] = 4096;  // N = 1
     weights[kAutoDevMax] = 5;
-    const AutoDevHistogram h{counts.data(), weights.data(), kAutoDevMax, kAutoDevMax};
-    const std::vector<AutoDevSegment> s = AutoDev_Segments(h, 4096);
-    ASSERT_EQ(s.size(), 1u);
-    EXPECT_EQ(s[0].first, 0);
-    EXPECT_EQ(s[0].last, kAutoDevMax);
+    const AutoDevHistogram top{counts.data(), weights.data(), kAutoDevMax, kAutoDevMax};
+    EXPECT_EQ(Ranges(AutoDev_Segments(top, 4096)),
+              (std::vector<std::pair<int64_t, int64_t>>{{0, kAutoDevMax}}));
     weights[kAutoDevMax] = 0;
-    EXPECT_TRUE(AutoDev_Segments(h, 4096).empty());
-    // A segment whose ends are equal maps to its Ya.
-    EXPECT_EQ(AutoDev_CurveValue(AutoDevSegment{7, 7, 1, 1234, 5678}, 7), 1234);
+    EXPECT_TRUE(AutoDev_Segments(top, 4096).empty());
 }
 
 // Data taken for monochrome may still differ a little between channels; the
