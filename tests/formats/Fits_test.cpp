@@ -105,6 +105,9 @@ const Crafted kValues[] = {
             {0, 536870912, 805306368, kTop}),
     Crafted("DATAMIN and DATAMAX clamp integers", 16, 4, 1, 1, {{"DATAMIN", "100.0"}, {"DATAMAX", "300.0"}},
             {0, 100, 200, 1000}, {0, 0, 536870912, kTop}),
+    // Given a range, floats are clamped to it instead of to 0..128.
+    Crafted("DATAMIN and DATAMAX clamp floats", -32, 4, 1, 1, {{"DATAMIN", "1.0"}, {"DATAMAX", "3.0"}},
+            {-5, 2, 3, 200}, {0, 536870912, kTop, kTop}),
     // Width 2: the 1/16 share pushed from every last column lands on the first
     // column of the row after next, through the flat array. The 128 samples
     // are pinned by their digest.
