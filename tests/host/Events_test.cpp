@@ -21,8 +21,7 @@ TEST_F(HostTest, StartComesFirstThenResizedWithTheWindowSize) {
     ASSERT_GE(events.size(), 2u);
     EXPECT_EQ(events[0].kind, kAppEventStart);
     EXPECT_EQ(events[1].kind, kAppEventResized);
-    EXPECT_EQ(events[1].payload[0], 800u);
-    EXPECT_EQ(events[1].payload[1], 480u);
+    EXPECT_EQ(std::pair(events[1].payload[0], events[1].payload[1]), std::pair(800u, 480u));
     EXPECT_EQ(VideoValue("Video_GetPixelsPerRow"), 800u);
 }
 
@@ -130,8 +129,7 @@ TEST_F(HostTest, ResizeRebuildsTheFramebufferAndIgnoresMinimisingAndUnchangedSiz
     Settle();
     auto resized = EventsOfKind(kAppEventResized);
     ASSERT_EQ(resized.size(), 1u);
-    EXPECT_EQ(resized[0].payload[0], 801u);
-    EXPECT_EQ(resized[0].payload[1], 301u);
+    EXPECT_EQ(std::pair(resized[0].payload[0], resized[0].payload[1]), std::pair(801u, 301u));
     EXPECT_EQ(VideoValue("Video_GetHeight"), 301u);
     EXPECT_EQ(VideoValue("Video_GetPixelsPerRow"), 804u);  // rows rounded up to a multiple of 4
 }
@@ -201,8 +199,7 @@ TEST(Pump, SeveralResizesInOnePumpGiveOneResizeWithTheLastSize) {
     g_remaining = 3;
     Host_LoopPass();
     ASSERT_EQ(g_resizes.size(), 1u);
-    EXPECT_EQ(g_resizes[0].width, 101u);
-    EXPECT_EQ(g_resizes[0].height, 50u);
+    EXPECT_EQ(std::pair(g_resizes[0].width, g_resizes[0].height), std::pair(101u, 50u));
     Host_DestroyState();
 }
 

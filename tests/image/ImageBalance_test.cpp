@@ -53,9 +53,8 @@ TEST(ImageBalance, MatchesBackgroundsAndWhitensStarsWithoutGainWhateverSaturated
         }
         ColourBalance balance;
         ASSERT_TRUE(Image_MeasureOscBalance(image.get(), &balance));
-        EXPECT_EQ(balance.background[0], 1000);
-        EXPECT_EQ(balance.background[1], 2000);
-        EXPECT_EQ(balance.background[2], 800);
+        EXPECT_EQ(std::vector<int64_t>(std::begin(balance.background), std::end(balance.background)),
+                  (std::vector<int64_t>{1000, 2000, 800}));
         EXPECT_EQ(balance.signalPixels, 100);
         // The weakest channel (blue) keeps its scale; the others come down to it.
         EXPECT_DOUBLE_EQ(balance.gain[2], 1.0);
@@ -66,9 +65,8 @@ TEST(ImageBalance, MatchesBackgroundsAndWhitensStarsWithoutGainWhateverSaturated
         for (int c = 0; c < 3; ++c) EXPECT_EQ(ChannelMedian(image.get(), c), 800) << "channel " << c;
         // A star pixel (7, 11) with noise (49 + 143) % 5 - 2 = 0: excess 3000 in every channel.
         const int64_t i = 11 * 200 + 7;
-        EXPECT_EQ(image->red[i], 3800);
-        EXPECT_EQ(image->green[i], 3800);
-        EXPECT_EQ(image->blue[i], 3800);
+        EXPECT_EQ((std::vector<int64_t>{image->red[i], image->green[i], image->blue[i]}),
+                  std::vector<int64_t>(3, 3800));
     }
 }
 
@@ -86,9 +84,8 @@ TEST(ImageBalance, WithoutSignalOnlyTheBackgroundsAreMatched) {
     EXPECT_EQ(balance.signalPixels, 0);
     for (double g : balance.gain) EXPECT_EQ(g, 1.0);
     Image_ApplyBalance(image.get(), balance);
-    EXPECT_EQ(image->red[0], 400);
-    EXPECT_EQ(image->green[0], 400);
-    EXPECT_EQ(image->blue[5], 402);
+    EXPECT_EQ((std::vector<int64_t>{image->red[0], image->green[0], image->blue[5]}),
+              (std::vector<int64_t>{400, 400, 402}));
 }
 
 TEST(ImageBalance, OnlyTheOscAnswerOnColourDataTouchesTheSamples) {
