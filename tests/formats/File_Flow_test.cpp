@@ -29,11 +29,12 @@ TEST(FileNames, OpenableAndSaveableNamesAndTheDefaultSaveName) {
                                                 SaveFormat::kTiff, SaveFormat::kTiff, SaveFormat::kTiff}));
 
     EXPECT_EQ(File_DefaultSaveName(nullptr), "NewFile.tiff");
-    EXPECT_EQ(File_DefaultSaveName(""), "NewFile.tiff");
-    EXPECT_EQ(File_DefaultSaveName("/data/m42.fits"), "/data/m42.tiff");
-    EXPECT_EQ(File_DefaultSaveName("/data/m42.FIT"), "/data/m42.tiff");
-    EXPECT_EQ(File_DefaultSaveName("/data/m42.fts"), "/data/m42.tiff");
-    EXPECT_EQ(File_DefaultSaveName("/data/m42.png"), "/data/m42.png");
+    for (auto [name, save] : {std::pair{"", "NewFile.tiff"},
+                              {"/data/m42.fits", "/data/m42.tiff"},
+                              {"/data/m42.FIT", "/data/m42.tiff"},
+                              {"/data/m42.fts", "/data/m42.tiff"},
+                              {"/data/m42.png", "/data/m42.png"}})
+        EXPECT_EQ(File_DefaultSaveName(name), save);
 }
 
 // A 30-bit image filled with `value`.

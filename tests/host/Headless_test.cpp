@@ -7,6 +7,7 @@
 #include <lodepng.h>
 
 #include <fstream>
+#include <tuple>
 
 namespace {
 
@@ -20,15 +21,13 @@ TEST(HeadlessScript, ParsesEveryCommand) {
         &script, &error))
         << error;
     ASSERT_EQ(script.commands.size(), 15u);
-    EXPECT_EQ(script.commands[0].kind, HeadlessCommand::kTick);
-    EXPECT_EQ(script.commands[0].a, 3u);
-    EXPECT_EQ(script.commands[1].a, uint32_t('A'));
-    EXPECT_EQ(script.commands[2].a, 233u);
-    EXPECT_EQ(script.commands[3].a, 27u);
-    EXPECT_EQ(script.commands[8].a, 640u);
-    EXPECT_EQ(script.commands[11].text, "out dir/a b.png");
-    EXPECT_TRUE(script.commands[12].cancel);
-    EXPECT_EQ(script.commands[13].text, "/x/y.fits");
+    const auto& c = script.commands;
+    EXPECT_EQ(c[0].kind, HeadlessCommand::kTick);
+    EXPECT_EQ((std::vector<uint32_t>{c[0].a, c[1].a, c[2].a, c[3].a, c[8].a}),
+              (std::vector<uint32_t>{3, 'A', 233, 27, 640}));
+    EXPECT_EQ(c[11].text, "out dir/a b.png");
+    EXPECT_TRUE(c[12].cancel);
+    EXPECT_EQ(c[13].text, "/x/y.fits");
 }
 
 TEST(HeadlessScript, RefusesWhatItDoesNotUnderstand) {
@@ -74,9 +73,7 @@ TEST_F(HeadlessRun, PaintPresentsTheFramebufferAndTheScreenDumpIsWhatWasPresente
     for (uint32_t y : {0u, 123u, 479u}) {
         for (uint32_t x : {0u, 300u, 799u}) {
             const unsigned char* p = &rgb[(y * 800 + x) * 3];
-            EXPECT_EQ(p[0], x & 0xFF);
-            EXPECT_EQ(p[1], y & 0xFF);
-            EXPECT_EQ(p[2], 0x5A);
+            EXPECT_EQ(std::tuple(p[0], p[1], p[2]), std::tuple(x & 0xFF, y & 0xFF, 0x5A));
         }
     }
     Host_Call("video", "Video_Blit", nullptr);

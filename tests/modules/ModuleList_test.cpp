@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <set>
+#include <tuple>
 
 namespace {
 
@@ -106,12 +107,9 @@ TEST(ModuleList, ValueTextsAndLogBlocks) {
 TEST(PipelineParse, OptionsComeFromTheRows) {
     const AutoDevParams full =
         As<AutoDevParams>(Parse("--autodev=blur=490,curve=1000,tone=0,outside=100,roi=10:20:30:40"));
-    EXPECT_EQ(full.blur, 490);
-    EXPECT_EQ(full.curve, 1000);
-    EXPECT_EQ(full.tone, 0);
-    EXPECT_EQ(full.outside, 100);
-    EXPECT_EQ(full.roiX0, 10);
-    EXPECT_EQ(full.roiY1, 40);
+    EXPECT_EQ((std::vector<int32_t>{full.blur, full.outside, full.roiX0, full.roiY0, full.roiX1, full.roiY1,
+                                    full.curve, full.tone}),
+              (std::vector<int32_t>{490, 100, 10, 20, 30, 40, 1000, 0}));
     EXPECT_EQ(As<AutoDevParams>(Parse("--autodev")).roiX1, kParamLast);
     EXPECT_EQ(As<BinParams>(Parse("--bin=7071")).scale, 7071);
     EXPECT_EQ(As<RotateParams>(Parse("--rotate=3599")).angle, 3599);
@@ -148,11 +146,8 @@ TEST(PipelineRun, CropCutsImageAndMaskAndLogs) {
     p.mask = MakeImage(50, 40, 30, [](int32_t x, int32_t, int) { return x; }).release();
     std::string log;
     ASSERT_TRUE(Pipeline_RunStep(Parse("--crop=30:25:10:5"), &p.image, &p.mask, nullptr, &log));
-    EXPECT_EQ(p.image->width, 21);
-    EXPECT_EQ(p.image->height, 21);
-    EXPECT_EQ(Pixel(p.image, 0, 0, 0), 510);
-    EXPECT_EQ(p.mask->width, 21);
-    EXPECT_EQ(Pixel(p.mask, 0, 0, 0), 10);
+    EXPECT_EQ(std::tuple(p.image->width, p.image->height, Pixel(p.image, 0, 0, 0)), std::tuple(21, 21, 510));
+    EXPECT_EQ(std::tuple(p.mask->width, p.mask->height, Pixel(p.mask, 0, 0, 0)), std::tuple(21, 21, 10));
     EXPECT_EQ(log.rfind("--- Crop\n", 0), 0u);
     // Corners past the image are clamped by the setters' ranges.
     ASSERT_TRUE(Pipeline_RunStep(Parse("--crop=0:0:999:999"), &p.image, &p.mask, nullptr, &log));
@@ -164,12 +159,10 @@ TEST(PipelineRun, GeometrySteps) {
     p.image = MakeImage(60, 40, 30, [](int32_t x, int32_t y, int) { return y * 100 + x; }).release();
     std::string log;
     ASSERT_TRUE(Pipeline_RunStep(Parse("--rotate=900"), &p.image, &p.mask, nullptr, &log));
-    EXPECT_EQ(p.image->width, 40);
-    EXPECT_EQ(p.image->height, 60);
+    EXPECT_EQ(std::pair(p.image->width, p.image->height), std::pair(40, 60));
     EXPECT_EQ(log, "--- Rotate\nParameter [Angle] set to [90.00]\n");
     ASSERT_TRUE(Pipeline_RunStep(Parse("--bin=5000"), &p.image, &p.mask, nullptr, &log));
-    EXPECT_EQ(p.image->width, 20);
-    EXPECT_EQ(p.image->height, 30);
+    EXPECT_EQ(std::pair(p.image->width, p.image->height), std::pair(20, 30));
     ASSERT_TRUE(Pipeline_RunStep(Parse("--bin=0"), &p.image, &p.mask, nullptr, &log));
     EXPECT_EQ(p.image->width, 20);  // no result: unchanged
     EXPECT_TRUE(log.empty());

@@ -17,10 +17,11 @@ TEST(DrawColour, OneRuleWithTheIconDecoderAndAnExactRoundTrip) {
         ASSERT_EQ(Draw_565FromPixel(pixel), colour);
         ASSERT_EQ(Draw_Quantize(pixel), pixel) << "a pixel on the rule maps onto itself";
     }
-    EXPECT_EQ(Draw_PixelFrom565(0xFFFF), 0x00F8FCF8u);
-    EXPECT_EQ(Draw_PixelFrom565(0xF800), 0x00F80000u);
-    EXPECT_EQ(Draw_PixelFrom565(0x07E0), 0x0000FC00u);
-    EXPECT_EQ(Draw_PixelFrom565(0x001F), 0x000000F8u);
+    for (auto [colour, pixel] : {std::pair{0xFFFF, 0x00F8FCF8u},
+                                 {0xF800, 0x00F80000u},
+                                 {0x07E0, 0x0000FC00u},
+                                 {0x001F, 0x000000F8u}})
+        EXPECT_EQ(Draw_PixelFrom565(Colour565(colour)), pixel);
 }
 
 TEST(DrawColour, EightBitChannelsRoundToTheNearestLevel) {
@@ -58,10 +59,9 @@ TEST(DrawColour, BlendingIsExactAtTheEndsAndRoundsInBetween) {
 }
 
 TEST(DrawColour, CoverageBecomesAlphaWithFullCoverageOpaque) {
-    EXPECT_EQ(Draw_AlphaFromCoverage(0), 0u);
-    EXPECT_EQ(Draw_AlphaFromCoverage(127), 127u);
-    EXPECT_EQ(Draw_AlphaFromCoverage(128), 129u);
-    EXPECT_EQ(Draw_AlphaFromCoverage(255), 256u);
+    EXPECT_EQ((std::vector<uint32_t>{Draw_AlphaFromCoverage(0), Draw_AlphaFromCoverage(127),
+                                     Draw_AlphaFromCoverage(128), Draw_AlphaFromCoverage(255)}),
+              (std::vector<uint32_t>{0, 127, 129, 256}));
 }
 
 }  // namespace
