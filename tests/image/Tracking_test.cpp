@@ -4,10 +4,11 @@
 #include "image/Tracking.h"
 #include "image/Tracking_Internal.h"
 
-#include "fuzz/FuzzCheck.h"
+#include "fuzz/FuzzTracking.h"
 #include "host/Host.h"
 #include "host/headless/Headless.h"
 #include "support/Files.h"
+#include "support/FuzzReplay.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -347,22 +348,10 @@ TEST_F(TrackingStore, FailedWriteShowsTheSwapErrorAndKeepsTheEarlierState) {
 }
 
 // The slot reader's fuzz corpus (every crasher the fuzzer ever found is kept
-// there), replayed in every build, the sanitizer build included.
+// there), through the fuzz target's own step.
 TEST_F(TrackingStore, EveryKeptFuzzInputIsReadOrRefusedSafely) {
-    const fs::path corpus = fs::path(PELLUCIDA_TEST_SOURCE_DIR) / "fuzz" / "corpus" / "TrackingSlot";
-    ASSERT_TRUE(fs::is_directory(corpus));
-    int inputs = 0, images = 0;
-    for (const auto& entry : fs::directory_iterator(corpus)) {
-        SCOPED_TRACE(entry.path().filename().string());
-        fs::copy_file(entry.path(), Slot(0, 0), fs::copy_options::overwrite_existing);
-        ImagePtr image(Tracking_ReadSlot(0, 0, fs::file_size(entry.path()) % 2 == 1));
-        ++inputs;
-        images += image != nullptr;
-        // The promises the fuzz target traps on, kept in a child process.
-        EXPECT_EXIT((Fuzz_CheckImage(image.get()), std::exit(0)), testing::ExitedWithCode(0), "");
-    }
-    EXPECT_GE(inputs, 4);
-    EXPECT_GE(images, 2);  // the seeds hold real slots
+    Fuzz_Replay("TrackingSlot",
+                [](const Bytes& bytes, const fs::path&) { Fuzz_TrackingSlot(bytes.data(), bytes.size()); });
 }
 
 class TrackingDamagedSlot : public TrackingStore {

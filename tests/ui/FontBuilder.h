@@ -7,6 +7,7 @@
 #include "ui/font/Font_Format.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <tuple>
 #include <vector>
@@ -29,19 +30,18 @@ struct TestFont {
     std::vector<std::pair<int16_t, int16_t>> zones;
     std::vector<std::tuple<uint16_t, uint16_t, int16_t>> kerning;
 
-    static void Put16(std::vector<uint8_t>& out, int v) {
-        out.push_back(uint8_t(v & 255));
-        out.push_back(uint8_t((v >> 8) & 255));
+    static void Put16(std::vector<uint8_t>& out, std::initializer_list<int> values) {
+        for (int v : values) {
+            out.push_back(uint8_t(v & 255));
+            out.push_back(uint8_t((v >> 8) & 255));
+        }
     }
 
     std::vector<uint8_t> Bytes() const {
         std::vector<uint8_t> out = {'S', 'Q', 'F', designSize};
-        Put16(out, ascent);
-        Put16(out, replacement);
-        Put16(out, int(glyphs.size()));
-        Put16(out, int(glyphs.size()));
-        for (const auto& g : glyphs) Put16(out, g.code);
-        for (size_t i = 0; i < glyphs.size(); ++i) Put16(out, int(i));
+        Put16(out, {ascent, replacement, int(glyphs.size()), int(glyphs.size())});
+        for (const auto& g : glyphs) Put16(out, {g.code});
+        for (size_t i = 0; i < glyphs.size(); ++i) Put16(out, {int(i)});
         const size_t offsets = out.size();
         out.resize(out.size() + 4 * glyphs.size());
         for (size_t i = 0; i < glyphs.size(); ++i) {
@@ -57,35 +57,24 @@ struct TestFont {
                     bool on = true;
                     for (auto [oc, op] : g.offCurve) on = on && !(size_t(oc) == c && size_t(op) == p);
                     flags.push_back(on ? kFontOnCurve : 0);
-                    Put16(xs, g.contours[c][p].first - lx);
-                    Put16(ys, g.contours[c][p].second - ly);
+                    Put16(xs, {g.contours[c][p].first - lx});
+                    Put16(ys, {g.contours[c][p].second - ly});
                     lx = g.contours[c][p].first;
                     ly = g.contours[c][p].second;
                 }
             }
             std::vector<uint8_t> body = counts;
-            body.insert(body.end(), flags.begin(), flags.end());
-            body.insert(body.end(), xs.begin(), xs.end());
-            body.insert(body.end(), ys.begin(), ys.end());
+            for (const auto* part : {&flags, &xs, &ys}) body.insert(body.end(), part->begin(), part->end());
             if (body.size() % 2) body.push_back(0);
             out.push_back(uint8_t(g.contours.size()));
             out.push_back(uint8_t(body.size() / 2));
-            Put16(out, g.advance);
-            Put16(out, g.stemX);
-            Put16(out, g.secondStemX);
+            Put16(out, {g.advance, g.stemX, g.secondStemX});
             out.insert(out.end(), body.begin(), body.end());
         }
-        Put16(out, int(zones.size()));
-        for (auto [f, o] : zones) {
-            Put16(out, f);
-            Put16(out, o);
-        }
-        Put16(out, int(kerning.size()));
-        for (auto [l, r, a] : kerning) {
-            Put16(out, l);
-            Put16(out, r);
-            Put16(out, a);
-        }
+        Put16(out, {int(zones.size())});
+        for (auto [f, o] : zones) Put16(out, {f, o});
+        Put16(out, {int(kerning.size())});
+        for (auto [l, r, a] : kerning) Put16(out, {l, r, a});
         return out;
     }
 };
