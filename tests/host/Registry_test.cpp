@@ -153,10 +153,9 @@ TEST_F(RegistryTest, UnloadAllFreesDependantsFirst) {
     HostDriver* pointer = Driver("pointer", {"DESTRUCT"});
     HostDriver* fileDialog = Driver("filedialog", {"DESTRUCT"});
     Driver("os", {"DESTRUCT"}, false);  // inactive drivers are resumed and unloaded too
-    Host_DriverAddDependency(event, video);
-    Host_DriverAddDependency(keyboard, event);
-    Host_DriverAddDependency(pointer, event);
-    Host_DriverAddDependency(fileDialog, video);
+    for (auto [user, used] :
+         {std::pair{event, video}, {keyboard, event}, {pointer, event}, {fileDialog, video}})
+        Host_DriverAddDependency(user, used);
     Host_DriversUnloadAll();
     EXPECT_EQ(g_calls, (std::vector<std::string>{"keyboard.DESTRUCT", "pointer.DESTRUCT", "event.DESTRUCT",
                                                  "filedialog.DESTRUCT", "video.DESTRUCT", "os.DESTRUCT"}));

@@ -49,8 +49,7 @@ TEST(CropCut, PixelXYIsSourcePixelXPlusDxYPlusDyWithCornersInAnyOrder) {
              {CropRect{5, 7, 24, 19}, CropRect{24, 19, 5, 7}, CropRect{24, 7, 5, 19}}) {
             ImagePtr out(Crop_Image(image.get(), rect));
             ASSERT_TRUE(out);
-            EXPECT_EQ(out->width, 20);
-            EXPECT_EQ(out->height, 13);
+            EXPECT_EQ(std::pair(out->width, out->height), std::pair(20, 13));
             for (int c = 0; c < 3; ++c)
                 for (int32_t y = 0; y < out->height; ++y)
                     for (int32_t x = 0; x < out->width; ++x)
