@@ -66,9 +66,7 @@ TEST(DrawShapes, ShapesStayInsideTheClip) {
     }
     for (int32_t y = 0; y < 40; ++y)
         for (int32_t x = 0; x < 40; ++x)
-            if (x < 10 || x >= 20 || y < 10 || y >= 20) {
-                ASSERT_EQ(c.At(x, y), 0u) << x << "," << y;
-            }
+            ASSERT_TRUE((x >= 10 && x < 20 && y >= 10 && y < 20) || c.At(x, y) == 0u) << x << "," << y;
     EXPECT_EQ(c.At(15, 15), Draw_PixelFrom565(kWhite));
 }
 
