@@ -50,16 +50,9 @@ ImagePtr Grey(int64_t value, bool alpha) {
 }  // namespace
 
 TEST(LoadQuestions, OrderAndButtonsFollowTheFile) {
-    LoadInfo greyFits;
-    greyFits.reader = FileReaderKind::kFits;
-    greyFits.grey = true;
-    LoadInfo rgbTiff = greyFits;
-    rgbTiff.reader = FileReaderKind::kTiff;
-    rgbTiff.grey = false;
-    rgbTiff.askDataGaps = true;
-    rgbTiff.artefacts = true;
-    LoadInfo jpeg = greyFits;
-    jpeg.reader = FileReaderKind::kJpeg;
+    const LoadInfo greyFits{.reader = FileReaderKind::kFits, .grey = true};
+    const LoadInfo rgbTiff{.reader = FileReaderKind::kTiff, .askDataGaps = true, .artefacts = true};
+    const LoadInfo jpeg{.reader = FileReaderKind::kJpeg, .grey = true};
     struct Case {
         const LoadInfo* info;
         std::vector<std::pair<std::string, int>> buttons;
@@ -85,10 +78,7 @@ TEST(LoadQuestions, OrderAndButtonsFollowTheFile) {
               (std::vector<std::string>{"Linear", "Non-linear sRGB source"}));
     EXPECT_EQ(std::string(q.text).rfind("Have the pixels in this dataset been non-linearly stretched\n\n", 0),
               0u);
-    LoadAnswers gapsAnswered;
-    gapsAnswered.dataGaps = 0;
-    gapsAnswered.artefacts = 0;
-    ASSERT_TRUE(File_NextLoadQuestion(rgbTiff, gapsAnswered, &q));
+    ASSERT_TRUE(File_NextLoadQuestion(rgbTiff, LoadAnswers{.dataGaps = 0, .artefacts = 0}, &q));
     EXPECT_EQ(q.buttons.size(), 3u);
     EXPECT_STREQ(q.buttons[1], "Linear, from OSC/DSLR with Bayer matrix and not white balanced");
     ASSERT_TRUE(File_NextLoadQuestion(jpeg, LoadAnswers{}, &q));
@@ -101,15 +91,11 @@ TEST(LoadQuestions, OrderAndButtonsFollowTheFile) {
 TEST(LoadQuestions, AnswersActAndAreLoggedInOrder) {
     TempDir dir;
     SetEnv("PELLUCIDA_STATE_DIR", dir.Path().string());
-    LoadInfo info;
-    info.reader = FileReaderKind::kFits;
-    info.grey = true;
-    info.askDataGaps = true;
+    LoadInfo info{.reader = FileReaderKind::kFits, .grey = true, .askDataGaps = true};
     ImagePtr image = Grey(int64_t{1} << 28, true);
-    LoadAnswers answers;
-    answers.dataGaps = 0;  // Interpolate: the gaps take the median of the rest, alpha stays
-    answers.dataset = 1;   // Non-linear
-    answers.reverse = 0;   // reversed: linear again, tracking on
+    // Interpolate (the gaps take the median of the rest, alpha stays), non-linear,
+    // reversed (linear again, tracking on).
+    LoadAnswers answers{.dataGaps = 0, .dataset = 1, .reverse = 0};
     const int64_t opaqueBefore = image->red[5];
     const LoadOutcome outcome = File_ApplyLoadAnswers(image.get(), info, answers);
     EXPECT_TRUE(outcome.linear && outcome.tracking);

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <regex>
 #include <string>
+#include <tuple>
 #include <vector>
 
 struct ManifestEntry {
@@ -73,13 +74,12 @@ void Manifest_CheckEveryRead(const std::string& reader, size_t atLeast, Read rea
             continue;
         }
         ASSERT_NE(image, nullptr);
-        EXPECT_EQ(image->width, e.width);
-        EXPECT_EQ(image->height, e.height);
-        EXPECT_EQ(image->stride, e.width);
-        EXPECT_EQ(image->mono, e.mono ? 1 : 0);
-        EXPECT_EQ(image->alpha != nullptr, e.alpha);
-        EXPECT_EQ(image->bitDepth, e.depth > 0 ? e.depth : image->bitDepth);
-        EXPECT_EQ(image->maxValue, int64_t((uint64_t{1} << image->bitDepth) - 1));
+        // Width, height, stride, grey, alpha, depth (when stated) and maximum.
+        EXPECT_EQ(std::tuple(image->width, image->height, image->stride, image->mono, image->alpha != nullptr,
+                             image->bitDepth, image->maxValue),
+                  std::tuple(e.width, e.height, e.width, e.mono ? 1 : 0, e.alpha,
+                             e.depth > 0 ? e.depth : image->bitDepth,
+                             int64_t((uint64_t{1} << image->bitDepth) - 1)));
         check(e, *image);
     }
 }

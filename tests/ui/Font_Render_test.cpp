@@ -55,8 +55,7 @@ TEST(FontRender, AdvanceSpacingAndKerningMoveThePen) {
     EXPECT_EQ(Font_MeasureText(*font, 48, "II").width, 36) << "the advance holds the spacing's allowance";
     font->letterSpacing = -4;
     const TextMetrics m = Font_MeasureText(*font, 48, "I");
-    EXPECT_EQ(m.ascent, 36);
-    EXPECT_EQ(m.descent, 12);
+    EXPECT_EQ(std::pair(m.ascent, m.descent), std::pair(36, 12));
 
     DrawCanvas c(60, 30);
     EXPECT_EQ(Font_DrawText(c.surface, *font, 0, 25, 48, "IJ", kWhite), 25);
