@@ -68,6 +68,13 @@ bool PlanesEqual(const ImageBuffer& a, const ImageBuffer& b) {
            std::memcmp(a.blue, b.blue, n) == 0;
 }
 
+// The slot reads back with exactly the planes of `image`.
+void ExpectSlotHolds(int a, int b, const ImageBuffer& image, bool compose = false) {
+    ImagePtr back(Tracking_ReadSlot(a, b, compose));
+    ASSERT_TRUE(back) << a << b;
+    EXPECT_TRUE(PlanesEqual(*back, image)) << a << b;
+}
+
 // Parses a full record the way the layout describes it, block by block, with
 // no help from the reader: each block is decompressed on its own.
 std::vector<Bytes> ParseRecord(const Bytes& bytes, size_t blocksExpected) {
@@ -164,9 +171,7 @@ TEST_F(TrackingStore, ComposeStoresLuminanceAndColourDifferences) {
     }
 
     // Reading with compose gives what the write left in the image.
-    ImagePtr back(Tracking_ReadSlot(2, 0, true));
-    ASSERT_TRUE(back);
-    EXPECT_TRUE(PlanesEqual(*back, *image));
+    ExpectSlotHolds(2, 0, *image, true);
 }
 
 TEST_F(TrackingStore, RoundTripIsExactAndPlanesSplitIntoBlocksOfEightMebibytesWhateverTheWorkers) {
@@ -236,12 +241,8 @@ TEST_F(TrackingStore, ReplacedRecordIsReusedForTheNextWriteAndCutToSize) {
     // exactly the new record, nothing of the old one behind it.
     ASSERT_TRUE(Tracking_WriteSlot(0, 2, small.get(), false));
     EXPECT_EQ(ParseRecord(ReadFileBytes(Slot(0, 2)), 4).size(), 3u);
-    ImagePtr back(Tracking_ReadSlot(0, 2, false));
-    ASSERT_TRUE(back);
-    EXPECT_TRUE(PlanesEqual(*back, *small));
-    ImagePtr stillThere(Tracking_ReadSlot(0, 1, false));
-    ASSERT_TRUE(stillThere);
-    EXPECT_TRUE(PlanesEqual(*stillThere, *other));
+    ExpectSlotHolds(0, 2, *small);
+    ExpectSlotHolds(0, 1, *other);
     EXPECT_EQ(TakeOnlyMessage(), "");
 }
 
@@ -253,9 +254,7 @@ TEST_F(TrackingStore, LinkRecordsNameTheSlotToReadAndLoopsEndInNull) {
     ASSERT_TRUE(Tracking_WriteLink(1, 2, 3));
     EXPECT_EQ(ReadFileBytes(Slot(1, 2)), (Bytes{3, 0, 0, 0}));
     EXPECT_EQ(Tracking_ReadLink(1, 2), 3u);
-    ImagePtr back(Tracking_ReadSlot(1, 2, false));
-    ASSERT_TRUE(back);
-    EXPECT_TRUE(PlanesEqual(*back, *three));
+    ExpectSlotHolds(1, 2, *three);
 
     // A full record written over the link replaces it; 0 would read as a full
     // record and cannot be named.
@@ -315,9 +314,7 @@ TEST_F(TrackingStore, SlotThatCannotBeWrittenShowsWhyAndTheProgramGoesOn) {
 
     // Still running, and other slots still work.
     ASSERT_TRUE(Tracking_WriteSlot(0, 2, image.get(), false));
-    ImagePtr back(Tracking_ReadSlot(0, 2, false));
-    ASSERT_TRUE(back);
-    EXPECT_TRUE(PlanesEqual(*back, *image));
+    ExpectSlotHolds(0, 2, *image);
 }
 
 TEST_F(TrackingStore, FailedWriteShowsTheSwapErrorAndKeepsTheEarlierState) {
