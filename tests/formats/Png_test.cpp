@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <lodepng.h>
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -100,12 +101,8 @@ TEST(PngRefused, DamagedOrImpossibleFiles) {
     // A header announcing 60000 x 60000 pixels in a file of a few hundred bytes
     // could never decode and is refused before anything is allocated.
     auto huge = good;
-    for (int i : {16, 20}) {
-        huge[i] = 0;
-        huge[i + 1] = 0;
-        huge[i + 2] = 0xEA;
-        huge[i + 3] = 0x60;
-    }
+    const uint8_t side[4] = {0, 0, 0xEA, 0x60};                     // 60000, big-endian
+    for (int i : {16, 20}) std::copy_n(side, 4, huge.begin() + i);  // width and height
     lodepng_chunk_generate_crc(huge.data() + 8);
     unsigned w = 0, h = 0;
     LodePNGState state;

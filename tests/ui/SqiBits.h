@@ -21,13 +21,9 @@ struct BitWriter {
         for (int i = 0; i < width; ++i) Bit((v >> i) & 1u);
     }
     // A node: its value, then its split bit.
-    void Leaf(uint32_t v, int width) {
+    void Node(uint32_t v, int width, bool split) {
         Value(v, width);
-        Bit(0);
-    }
-    void Split(uint32_t v, int width) {
-        Value(v, width);
-        Bit(1);
+        Bit(split);
     }
 };
 
@@ -38,7 +34,7 @@ inline BitWriter Nodes(const char* words, int width) {
         const bool split = *p == 'S';
         char* end = nullptr;
         const uint32_t v = uint32_t(std::strtoul(p + 1, &end, 10));
-        split ? w.Split(v, width) : w.Leaf(v, width);
+        w.Node(v, width, split);
         p = *end ? end + 1 : end;
     }
     return w;
@@ -65,10 +61,9 @@ inline std::vector<uint8_t> File(uint16_t w, uint16_t h, uint32_t mode, const Bi
 inline std::vector<uint8_t> Uniform(uint16_t w, uint16_t h, uint32_t mode, uint32_t r, uint32_t g, uint32_t b,
                                     uint32_t a) {
     BitWriter planes[4];
-    planes[0].Leaf(r, 5);
-    planes[1].Leaf(g, 6);
-    planes[2].Leaf(b, 5);
-    planes[3].Leaf(a, 8);
+    const uint32_t values[4] = {r, g, b, a};
+    const int widths[4] = {5, 6, 5, 8};
+    for (int i = 0; i < 4; ++i) planes[i].Node(values[i], widths[i], false);
     return File(w, h, mode, planes);
 }
 
