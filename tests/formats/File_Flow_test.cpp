@@ -4,6 +4,7 @@
 #include "formats/File_Names.h"
 #include "formats/Stacking_Artefacts.h"
 #include "image/Image.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -39,11 +40,7 @@ TEST(FileNames, OpenableAndSaveableNamesAndTheDefaultSaveName) {
 
 // A 30-bit image filled with `value`.
 ImagePtr Filled(int w, int h, int64_t value) {
-    ImagePtr image(Image_CreateCleared(w, h));
-    Image_SetBitDepth(image.get(), 30);
-    for (int64_t* plane : {image->red, image->green, image->blue})
-        for (int i = 0; i < w * h; ++i) plane[i] = value;
-    return image;
+    return MakeImage(w, h, 30, [value](int32_t, int32_t, int) { return value; });
 }
 
 void Set(ImageBuffer* image, int x, int y, int64_t value) {

@@ -5,6 +5,7 @@
 #include "host/Shell_Log.h"
 #include "image/Image.h"
 #include "support/Files.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -35,10 +36,7 @@ Asked Walk(const LoadInfo& info, const std::vector<std::pair<std::string, int>>&
 }
 
 ImagePtr Grey(int64_t value, bool alpha) {
-    ImagePtr image(Image_Create(4, 2));
-    Image_SetBitDepth(image.get(), 30);
-    for (int64_t* plane : {image->red, image->green, image->blue})
-        for (int32_t i = 0; i < 8; ++i) plane[(i / 4) * image->stride + i % 4] = value + i;
+    ImagePtr image = MakeImage(4, 2, 30, [value](int32_t x, int32_t y, int) { return value + y * 4 + x; });
     if (alpha) {
         Image_AddAlpha(image.get());
         for (int32_t i = 0; i < 8; ++i)

@@ -6,6 +6,7 @@
 #include "image/Image.h"
 #include "support/Files.h"
 #include "support/TestData.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -31,16 +32,9 @@ size_t FindMarker(const std::vector<uint8_t>& bytes, uint8_t code) {
 
 // A smooth test picture written by the program's own writer, as file bytes.
 std::vector<uint8_t> WrittenJpeg(int width, int height) {
-    ImagePtr image(Image_Create(width, height));
-    image->bitDepth = 8;
-    image->maxValue = 255;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            const size_t i = size_t(y) * size_t(width) + size_t(x);
-            image->red[i] = x * 255 / (width - 1);
-            image->green[i] = y * 255 / (height - 1);
-            image->blue[i] = 128;
-        }
+    ImagePtr image = MakeImage(width, height, 8, [&](int32_t x, int32_t y, int c) {
+        return c == 0 ? x * 255 / (width - 1) : c == 1 ? y * 255 / (height - 1) : 128;
+    });
     TempDir dir;
     const std::string path = dir.File("w.jpg");
     EXPECT_EQ(Jpeg_Write(image.get(), path.c_str()), 1);

@@ -5,6 +5,7 @@
 #include "formats/Png_Write.h"
 #include "image/Image.h"
 #include "support/Files.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 #include <lodepng.h>
@@ -118,14 +119,11 @@ TEST(PngWriter, WritesEightBitRgbThatReadsBack) {
     const std::string path = dir.File("out.png");
     for (int depth : {30, 16, 8, 4}) {
         SCOPED_TRACE(depth);
-        ImagePtr image(Image_Create(5, 3));
-        image->bitDepth = uint16_t(depth);
-        image->maxValue = (int64_t{1} << depth) - 1;
-        for (int i = 0; i < 15; ++i) {
-            image->red[i] = (int64_t(i) * 0x9E3779B9) & image->maxValue;
-            image->green[i] = image->maxValue - image->red[i];
-            image->blue[i] = image->maxValue;
-        }
+        const int64_t max = (int64_t{1} << depth) - 1;
+        ImagePtr image = MakeImage(5, 3, depth, [max](int32_t x, int32_t y, int c) {
+            const int64_t v = (int64_t(y * 5 + x) * 0x9E3779B9) & max;
+            return c == 0 ? v : c == 1 ? max - v : max;
+        });
         image->red[0] = -1;  // out of range below clamps to 0
         Image_AddAlpha(image.get());
         ASSERT_EQ(Png_Write(image.get(), path.c_str()), 1);

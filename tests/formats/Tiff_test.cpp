@@ -6,6 +6,7 @@
 #include "formats/Tiff_Write.h"
 #include "image/Image.h"
 #include "support/Files.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -169,17 +170,11 @@ namespace {
 
 // A test image of the given depth whose samples differ in every plane.
 ImagePtr Pattern(int32_t width, int32_t height, int depth) {
-    ImagePtr image(Image_Create(width, height));
-    image->bitDepth = uint16_t(depth);
-    image->maxValue = (int64_t{1} << depth) - 1;
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x) {
-            const size_t i = size_t(y) * size_t(width) + size_t(x);
-            image->red[i] = (int64_t(x) * 7919 + y * 104729) & image->maxValue;
-            image->green[i] = (int64_t(x) * 31 + y * 1000003 + 5) & image->maxValue;
-            image->blue[i] = image->maxValue - image->red[i];
-        }
-    return image;
+    const int64_t max = (int64_t{1} << depth) - 1;
+    return MakeImage(width, height, depth, [max](int32_t x, int32_t y, int c) {
+        const int64_t red = (int64_t(x) * 7919 + y * 104729) & max;
+        return c == 0 ? red : c == 1 ? (int64_t(x) * 31 + y * 1000003 + 5) & max : max - red;
+    });
 }
 
 // The expected file, assembled here field by field from the fixed layout.

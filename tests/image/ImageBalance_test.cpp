@@ -7,6 +7,7 @@
 #include "formats/File_Load.h"
 #include "formats/Fits_Read.h"
 #include "support/TestData.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -18,18 +19,11 @@ namespace {
 // A 200 x 200 sky at (1000, 2000, 800) with a little deterministic noise and
 // 100 "stars" of excess (2, 4, 1) x 3000 on single pixels.
 ImagePtr GreenSky() {
-    ImagePtr image(Image_Create(200, 200));
-    image->bitDepth = 16;
-    image->maxValue = 65535;
-    const int64_t sky[3] = {1000, 2000, 800}, star[3] = {6000, 12000, 3000};
-    int64_t* planes[3] = {image->red, image->green, image->blue};
-    for (int32_t y = 0; y < 200; ++y)
-        for (int32_t x = 0; x < 200; ++x) {
-            const bool isStar = x % 20 == 7 && y % 20 == 11;
-            const int64_t noise = ((x * 7 + y * 13) % 5) - 2;
-            for (int c = 0; c < 3; ++c) planes[c][y * 200 + x] = sky[c] + noise + (isStar ? star[c] : 0);
-        }
-    return image;
+    return MakeImage(200, 200, 16, [](int32_t x, int32_t y, int c) {
+        const int64_t sky[3] = {1000, 2000, 800}, star[3] = {6000, 12000, 3000};
+        const bool isStar = x % 20 == 7 && y % 20 == 11;
+        return sky[c] + ((x * 7 + y * 13) % 5) - 2 + (isStar ? star[c] : 0);  // with a little noise
+    });
 }
 
 int64_t ChannelMedian(const ImageBuffer* image, int c) {
@@ -71,14 +65,10 @@ TEST(ImageBalance, MatchesBackgroundsAndWhitensStarsWithoutGainWhateverSaturated
 }
 
 TEST(ImageBalance, WithoutSignalOnlyTheBackgroundsAreMatched) {
-    ImagePtr image(Image_Create(64, 64));
-    image->bitDepth = 16;
-    image->maxValue = 65535;
-    for (int64_t i = 0; i < 64 * 64; ++i) {
-        image->red[i] = 500 + i % 3;
-        image->green[i] = 900 + i % 3;
-        image->blue[i] = 400 + i % 3;
-    }
+    ImagePtr image = MakeImage(64, 64, 16, [](int32_t x, int32_t y, int c) {
+        const int64_t base[3] = {500, 900, 400};
+        return base[c] + (y * 64 + x) % 3;
+    });
     ColourBalance balance;
     ASSERT_TRUE(Image_MeasureOscBalance(image.get(), &balance));
     EXPECT_EQ(balance.signalPixels, 0);

@@ -2,6 +2,8 @@
 // resampling, with the exact values the record's rules fix.
 #include "image/Image.h"
 
+#include "support/TestImages.h"
+
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -19,15 +21,7 @@ V Plane(const int64_t* plane, const ImageBuffer* image) {
 
 // An image whose red plane holds f(x, y), green f(x, y) + 1 and blue f(x, y) + 2.
 ImagePtr Filled(int32_t width, int32_t height, int64_t (*f)(int32_t x, int32_t y)) {
-    ImagePtr image(Image_Create(width, height));
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x) {
-            const size_t i = size_t(y) * size_t(width) + size_t(x);
-            image->red[i] = f(x, y);
-            image->green[i] = f(x, y) + 1;
-            image->blue[i] = f(x, y) + 2;
-        }
-    return image;
+    return MakeImage(width, height, 16, [f](int32_t x, int32_t y, int c) { return f(x, y) + c; });
 }
 
 int64_t PixelHash(int32_t x, int32_t y) {

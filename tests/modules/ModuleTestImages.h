@@ -1,9 +1,10 @@
-// Small images for the module tests: made from a function of (x, y, channel),
-// compared plane by plane, and a synthetic sky.
+// Small images for the module tests: compared plane by plane, and a synthetic
+// sky.
 #pragma once
 
 #include "image/Image.h"
 #include "support/Files.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -11,23 +12,6 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
-
-template <class F>
-ImagePtr MakeImage(int32_t width, int32_t height, int bitDepth, F value) {
-    ImagePtr image(Image_Create(width, height));
-    image->bitDepth = static_cast<uint16_t>(bitDepth);
-    image->maxValue = (int64_t{1} << bitDepth) - 1;
-    int64_t* planes[3] = {image->red, image->green, image->blue};
-    for (int c = 0; c < 3; ++c)
-        for (int32_t y = 0; y < height; ++y)
-            for (int32_t x = 0; x < width; ++x) planes[c][int64_t{y} * image->stride + x] = value(x, y, c);
-    return image;
-}
-
-inline int64_t Pixel(const ImageBuffer* image, int c, int32_t x, int32_t y) {
-    const int64_t* planes[3] = {image->red, image->green, image->blue};
-    return planes[c][int64_t{y} * image->stride + x];
-}
 
 // First differing sample, or "" when the images are the same size and equal.
 inline std::string ImageDifference(const ImageBuffer* a, const ImageBuffer* b) {
