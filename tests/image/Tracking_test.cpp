@@ -9,6 +9,7 @@
 #include "host/headless/Headless.h"
 #include "support/Files.h"
 #include "support/FuzzReplay.h"
+#include "support/TestImages.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -40,19 +41,14 @@ constexpr size_t kBlock = 8388608;  // 8 MiB: the largest block of a plane
 using Bytes = std::vector<uint8_t>;
 using V = std::vector<int64_t>;
 
-// Noisy 30-bit content that LZ4 cannot squeeze much, like real sky.
-ImagePtr MakeImage(int32_t width, int32_t height, uint32_t seed) {
-    ImagePtr image(Image_Create(width, height));
-    image->bitDepth = 30;
-    image->maxValue = (int64_t{1} << 30) - 1;
-    uint64_t state = 0x9E3779B97F4A7C15ull * (seed + 1);
-    for (int64_t* plane : {image->red, image->green, image->blue}) {
-        for (int64_t i = 0; i < int64_t{width} * height; ++i) {
-            state = state * 6364136223846793005ull + 1442695040888963407ull;
-            plane[i] = (i * 997 % 700000000) + static_cast<int64_t>(state >> 44);  // a gradient plus noise
-        }
-    }
-    return image;
+// Noisy 30-bit content that LZ4 cannot squeeze much, like real sky: a
+// gradient plus 20 bits of noise.
+ImagePtr Noisy(int32_t width, int32_t height, uint32_t seed) {
+    return MakeImage(width, height, 30, [=](int32_t x, int32_t y, int c) {
+        const int64_t i = int64_t{y} * width + x;
+        return i * 997 % 700000000 +
+               int64_t(TestHash(uint64_t(i) * 3 + uint64_t(c) + (uint64_t(seed) << 40)) >> 44);
+    });
 }
 
 // Words of the file are little-endian, as the planes are.
@@ -124,14 +120,14 @@ TEST_F(TrackingStore, SlotFilesAreNamedByTheirTwoNumbersInTheDataFolder) {
     EXPECT_EQ(Slot(0, 9), dir_.Path() / "QV09.trk");
     EXPECT_EQ(Slot(10, 3).filename().string(), "QV:3.trk");  // no guard: 10 is the character after '9'
 
-    ImagePtr image = MakeImage(5, 4, 1);
+    ImagePtr image = Noisy(5, 4, 1);
     ASSERT_TRUE(Tracking_WriteSlot(0, 1, image.get(), false));
     EXPECT_EQ(dir_.Count(), 1u) << "nothing left pending";
     EXPECT_TRUE(fs::exists(Slot(0, 1)));
 }
 
 TEST_F(TrackingStore, ComposeStoresLuminanceAndColourDifferences) {
-    ImagePtr image = MakeImage(5, 1, 0);
+    ImagePtr image = Noisy(5, 1, 0);
     const int64_t top = image->maxValue;
     const int64_t rgb[5][3] = {{7, 11, 13}, {100, 0, 0}, {0, 999, 0}, {0, 0, 999}, {top, top, top}};
     for (int i = 0; i < 5; ++i) {
@@ -188,7 +184,7 @@ TEST_F(TrackingStore, RoundTripIsExactAndPlanesSplitIntoBlocksOfEightMebibytesWh
     uint32_t seed = 3;
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.width << " x " << c.height);
-        ImagePtr image = MakeImage(c.width, c.height, seed++);
+        ImagePtr image = Noisy(c.width, c.height, seed++);
         if (c.depth == 16) {
             for (int64_t* plane : {image->red, image->green, image->blue})
                 for (int32_t i = 0; i < c.width * c.height; ++i) plane[i] &= 0xFFFF;
@@ -229,11 +225,11 @@ TEST_F(TrackingStore, RoundTripIsExactAndPlanesSplitIntoBlocksOfEightMebibytesWh
 }
 
 TEST_F(TrackingStore, ReplacedRecordIsReusedForTheNextWriteAndCutToSize) {
-    ImagePtr large = MakeImage(700, 500, 16);
-    ImagePtr small = MakeImage(30, 20, 17);
+    ImagePtr large = Noisy(700, 500, 16);
+    ImagePtr small = Noisy(30, 20, 17);
     ASSERT_TRUE(Tracking_WriteSlot(0, 1, large.get(), false));
     const Bytes first = ReadFileBytes(Slot(0, 1));
-    ImagePtr other = MakeImage(700, 500, 18);
+    ImagePtr other = Noisy(700, 500, 18);
     ASSERT_TRUE(Tracking_WriteSlot(0, 1, other.get(), false));
     EXPECT_EQ(ReadFileBytes(Tracking_SparePath()), first) << "the replaced record becomes the spare";
 
@@ -247,8 +243,8 @@ TEST_F(TrackingStore, ReplacedRecordIsReusedForTheNextWriteAndCutToSize) {
 }
 
 TEST_F(TrackingStore, LinkRecordsNameTheSlotToReadAndLoopsEndInNull) {
-    ImagePtr three = MakeImage(9, 7, 7);
-    ImagePtr one = MakeImage(9, 7, 8);
+    ImagePtr three = Noisy(9, 7, 7);
+    ImagePtr one = Noisy(9, 7, 8);
     ASSERT_TRUE(Tracking_WriteSlot(3, 2, three.get(), false));
     ASSERT_TRUE(Tracking_WriteSlot(1, 3, one.get(), false));  // same first number, other second
     ASSERT_TRUE(Tracking_WriteLink(1, 2, 3));
@@ -299,7 +295,7 @@ TEST_F(TrackingStore, SlotThatCannotBeWrittenShowsWhyAndTheProgramGoesOn) {
         bool compose;
     } cases[] = {{dir_.Path() / "plain" / "state", kCouldNotCreate, true},
                  {dir_.Path(), kCouldNotModify, false}};
-    ImagePtr image = MakeImage(6, 5, 11);
+    ImagePtr image = Noisy(6, 5, 11);
     ImagePtr before(Image_Clone(image.get()));
     for (const auto& c : cases) {
         SCOPED_TRACE(c.message);
@@ -322,14 +318,14 @@ TEST_F(TrackingStore, FailedWriteShowsTheSwapErrorAndKeepsTheEarlierState) {
     GTEST_SKIP() << "needs /dev/full to make a write fail half way";
 #else
     if (!fs::exists("/dev/full")) GTEST_SKIP() << "needs /dev/full to make a write fail half way";
-    ImagePtr earlier = MakeImage(300, 200, 13);
+    ImagePtr earlier = Noisy(300, 200, 13);
     ASSERT_TRUE(Tracking_WriteSlot(0, 1, earlier.get(), false));
     const Bytes earlierBytes = ReadFileBytes(Slot(0, 1));
 
     // The new contents land on a device that is always full.
     fs::remove(Tracking_SparePath());
     fs::create_symlink("/dev/full", Tracking_SparePath());
-    ImagePtr later = MakeImage(300, 200, 14);
+    ImagePtr later = Noisy(300, 200, 14);
     ImagePtr laterBefore(Image_Clone(later.get()));
     EXPECT_FALSE(Tracking_WriteSlot(0, 1, later.get(), true));
     EXPECT_THAT(TakeOnlyMessage(), testing::EndsWith(kSwapError));
@@ -355,7 +351,7 @@ class TrackingDamagedSlot : public TrackingStore {
 protected:
     void SetUp() override {
         TrackingStore::SetUp();
-        image_ = MakeImage(1100, 1000, 15);  // two blocks a plane
+        image_ = Noisy(1100, 1000, 15);  // two blocks a plane
         ASSERT_TRUE(Tracking_WriteSlot(2, 2, image_.get(), false));
         good_ = ReadFileBytes(Slot(2, 2));
     }

@@ -28,16 +28,6 @@ inline std::string ImageDifference(const ImageBuffer* a, const ImageBuffer* b) {
     return "";
 }
 
-// Deterministic pseudo-random samples.
-inline uint64_t TestHash(uint64_t x) {
-    x ^= x >> 33;
-    x *= 0xff51afd7ed558ccdULL;
-    x ^= x >> 33;
-    x *= 0xc4ceb9fe1a85ec53ULL;
-    x ^= x >> 33;
-    return x;
-}
-
 // A linear sky at `bitDepth`: a faint per-channel gradient, a nebula lobe,
 // stars of several sizes (a few clipped at the maximum) and noise in every
 // sample, so that the blur, the weight map and the segments all have work.

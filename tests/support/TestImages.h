@@ -1,4 +1,5 @@
-// Test images made from a function of (x, y, channel), and their samples.
+// Test images made from a function of (x, y, channel), their samples, and
+// deterministic pseudo-random numbers to fill them with.
 #pragma once
 
 #include "image/Image.h"
@@ -20,4 +21,14 @@ ImagePtr MakeImage(int32_t width, int32_t height, int bitDepth, F value) {
 inline int64_t Pixel(const ImageBuffer* image, int c, int32_t x, int32_t y) {
     const int64_t* planes[3] = {image->red, image->green, image->blue};
     return planes[c][int64_t{y} * image->stride + x];
+}
+
+// Deterministic pseudo-random samples.
+inline uint64_t TestHash(uint64_t x) {
+    x ^= x >> 33;
+    x *= 0xff51afd7ed558ccdULL;
+    x ^= x >> 33;
+    x *= 0xc4ceb9fe1a85ec53ULL;
+    x ^= x >> 33;
+    return x;
 }

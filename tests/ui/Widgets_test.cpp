@@ -3,6 +3,7 @@
 // level setters and their value labels, lists, the image view's zoom, pan and
 // regions, the histogram's bins.
 #include "ToolkitFixture.h"
+#include "support/TestImages.h"
 #include "ui/Theme.h"
 #include "ui/widgets/Field.h"
 #include "ui/widgets/Histogram.h"
@@ -214,12 +215,10 @@ TEST_F(ToolkitTest, ImageViewFitsZoomsPansAndReportsRegions) {
 TEST_F(ToolkitTest, HistogramCountsEverySampleIntoNumBins) {
     Widget* histogram = W("Hist");
     EXPECT_EQ(Histogram_BinCount(histogram), 256u);
-    ImagePtr image(Image_Create(4, 2));
-    image->bitDepth = 16;
-    image->maxValue = 65535;
-    const int64_t values[8] = {0, 255, 256, 65535, 32768, 32767, 1000, 1000};
-    for (int i = 0; i < 8; ++i) image->red[i] = image->green[i] = image->blue[i] = values[i];
-    image->green[0] = 65535;
+    const int64_t values[8] = {0, 255, 256, 65535, 32768, 32767, 1000, 1000};  // green's first is 65535
+    ImagePtr image = MakeImage(4, 2, 16, [&](int32_t x, int32_t y, int c) {
+        return c == 1 && x + y == 0 ? 65535 : values[y * 4 + x];
+    });
     Histogram_SetImage(tk.get(), histogram, image.get());
     const auto* record = Widget_Record<HistogramRecord>(histogram);
     ASSERT_EQ(record->bins[0].size(), 256u);
