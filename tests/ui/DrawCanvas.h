@@ -39,6 +39,17 @@ struct DrawCanvas {
     }
 };
 
+inline bool DrawTest_Inside(const DrawRect& r, int32_t x, int32_t y) {
+    return x >= r.x && x < r.x + r.width && y >= r.y && y < r.y + r.height;
+}
+
+// Every pixel of the canvas is expected(x, y); the first that is not is named.
+template <class F>
+void DrawTest_ExpectPixels(const DrawCanvas& c, F expected) {
+    for (int32_t y = 0; y < c.height; ++y)
+        for (int32_t x = 0; x < c.width; ++x) ASSERT_EQ(c.At(x, y), expected(x, y)) << "at " << x << "," << y;
+}
+
 inline std::filesystem::path DrawTest_SourceDir() {
     return PELLUCIDA_TEST_SOURCE_DIR;
 }

@@ -18,13 +18,10 @@ TEST(DrawBlit, ClipsOnEverySideAndKeepsTheSourceAlignment) {
     for (auto [x, y] : {std::pair{-3, -2}, std::pair{7, 5}, std::pair{2, 1}, std::pair{-20, 0}}) {
         DrawCanvas c(10, 8, kSentinel);
         Draw_Blit(c.surface, x, y, block);
-        for (int32_t py = 0; py < 8; ++py)
-            for (int32_t px = 0; px < 10; ++px) {
-                const int32_t i = px - x, j = py - y;
-                const bool inside = i >= 0 && i < 8 && j >= 0 && j < 6;
-                ASSERT_EQ(c.At(px, py), inside ? Draw_Quantize(source(i, j)) : kSentinel)
-                    << "at " << x << "," << y << " pixel " << px << "," << py;
-            }
+        SCOPED_TRACE(testing::Message() << "blit at " << x << "," << y);
+        DrawTest_ExpectPixels(c, [&](int32_t px, int32_t py) {
+            return DrawTest_Inside({x, y, 8, 6}, px, py) ? Draw_Quantize(source(px - x, py - y)) : kSentinel;
+        });
         EXPECT_TRUE(c.PaddingIs(kSentinel));
     }
 }

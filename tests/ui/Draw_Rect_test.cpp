@@ -29,11 +29,9 @@ TEST(DrawRect, FillsAreClippedToTheSurfaceAndTheClip) {
         EXPECT_EQ(d.surface.clip.width, 4);
     }
     EXPECT_EQ(d.surface.clip.width, 16) << "the scope restores the whole surface";
-    for (int32_t y = 0; y < 16; ++y)
-        for (int32_t x = 0; x < 16; ++x) {
-            const bool inside = x >= 6 && x < 8 && y >= 4 && y < 8;
-            ASSERT_EQ(d.At(x, y), inside ? Draw_PixelFrom565(kRed) : kSentinel) << x << "," << y;
-        }
+    DrawTest_ExpectPixels(d, [](int32_t x, int32_t y) {
+        return DrawTest_Inside({6, 4, 2, 4}, x, y) ? Draw_PixelFrom565(kRed) : kSentinel;
+    });
 }
 
 TEST(DrawRect, EmptyAndHugeRectanglesDrawNothingOrStayInside) {
@@ -51,12 +49,10 @@ TEST(DrawRect, EmptyAndHugeRectanglesDrawNothingOrStayInside) {
 TEST(DrawRect, StrokeDrawsTheBorderInside) {
     DrawCanvas c(10, 8, kSentinel);
     Draw_StrokeRect(c.surface, {1, 1, 8, 6}, 2, kRed);
-    for (int32_t y = 0; y < 8; ++y)
-        for (int32_t x = 0; x < 10; ++x) {
-            const bool inRect = x >= 1 && x < 9 && y >= 1 && y < 7;
-            const bool inHole = x >= 3 && x < 7 && y >= 3 && y < 5;
-            ASSERT_EQ(c.At(x, y), inRect && !inHole ? Draw_PixelFrom565(kRed) : kSentinel) << x << "," << y;
-        }
+    DrawTest_ExpectPixels(c, [](int32_t x, int32_t y) {
+        const bool border = DrawTest_Inside({1, 1, 8, 6}, x, y) && !DrawTest_Inside({3, 3, 4, 2}, x, y);
+        return border ? Draw_PixelFrom565(kRed) : kSentinel;
+    });
     DrawCanvas thick(6, 6, kSentinel);
     Draw_StrokeRect(thick.surface, {0, 0, 6, 6}, 9, kRed);  // thicker than half: a full fill
     for (uint32_t p : thick.pixels) {

@@ -18,11 +18,10 @@ TEST(FontRender, BoxOnTheGridFillsExactlyItsPixelsAndItsStemLandsOnAPixelBoundar
         DrawCanvas c(40, 40);
         const int32_t width = Font_DrawText(c.surface, *font, 5, 30, height, "I", kWhite);
         EXPECT_EQ(width, 14 * unit / 2);
-        for (int32_t y = 0; y < 40; ++y)
-            for (int32_t x = 0; x < 40; ++x) {
-                const bool inside = x >= 5 + unit && x < 5 + 5 * unit && y >= 30 - 10 * unit && y < 30;
-                ASSERT_EQ(c.At(x, y), inside ? kFull : 0u) << "height " << height << " at " << x << "," << y;
-            }
+        SCOPED_TRACE(height);
+        DrawTest_ExpectPixels(c, [unit](int32_t x, int32_t y) {
+            return DrawTest_Inside({5 + unit, 30 - 10 * unit, 4 * unit, 10 * unit}, x, y) ? kFull : 0u;
+        });
     }
 
     // At height 36 a unit is 0.75 px: the box's left edge at 2 units would be
