@@ -41,8 +41,8 @@ TEST_F(MarkupTest, PackedFirstCharacterMostSignificantAndNotCapturedByNavIds) {
     Widget* form = tk->root->children[2].get();
     ASSERT_EQ(form->children.size(), 2u);
     EXPECT_EQ(form->children[0]->id, Widget_PackId("BtOk"));
-    EXPECT_EQ(Rec<ButtonRecord>("BtOk")->navigation.navLeft, Widget_PackId("Left"));
-    EXPECT_EQ(Rec<ButtonRecord>("BtOk")->navigation.navRight, Widget_PackId("Rght"));
+    const NavigationRecord& nav = Rec<ButtonRecord>("BtOk")->navigation;
+    EXPECT_EQ(std::pair(nav.navLeft, nav.navRight), std::pair(Widget_PackId("Left"), Widget_PackId("Rght")));
     EXPECT_EQ(form->children[1]->id, 0u);  // NavLeftID's tail is not an ID
     EXPECT_EQ(Widget_Record<ButtonRecord>(form->children[1].get())->navigation.navLeft,
               Widget_PackId("Only"));
@@ -99,20 +99,18 @@ TEST_F(MarkupTest, EveryElementMakesItsKindWithItsAttributes) {
     EXPECT_EQ(Rec<HistogramRecord>("Hist")->numBins, 256u);
     EXPECT_TRUE(Rec<VirtualKeyboardRecord>("Keys")->numbersOnly);
     const auto* layout = Rec<LayoutRecord>("Layt");
-    EXPECT_EQ(layout->quadrant, kQuadrantSouth);
-    EXPECT_TRUE(layout->metaFocus && layout->fillBackground);
-    EXPECT_EQ(layout->navigation.quickKey, 'q');
+    EXPECT_EQ(
+        std::tuple(layout->quadrant, layout->metaFocus, layout->fillBackground, layout->navigation.quickKey),
+        std::tuple(kQuadrantSouth, true, true, 'q'));
     const auto* button = Rec<ButtonRecord>("Butn");
-    EXPECT_EQ(button->text + "|" + button->resource, "Keep|icon_alert.sqi");
-    EXPECT_EQ(button->textAlign, kAlignLeft);
-    EXPECT_TRUE(button->noGloss && button->flat);
-    EXPECT_EQ(button->rounded, 3u);
+    EXPECT_EQ(std::tuple(button->text, button->resource, button->textAlign, button->noGloss, button->flat,
+                         button->rounded),
+              std::tuple("Keep", "icon_alert.sqi", kAlignLeft, true, true, 3u));
     EXPECT_EQ(Rec<LabelRecord>("Labl")->align, kAlignRight);
     EXPECT_EQ(Rec<FieldRecord>("Fiel")->align, kAlignCenter);
     const auto* bitmap = Rec<BitmapRecord>("Bitm");
-    EXPECT_EQ(bitmap->fillMode, kFillNative);
-    EXPECT_EQ(bitmap->align, kAlignBottom);
-    EXPECT_TRUE(bitmap->fillBackground);
+    EXPECT_EQ(std::tuple(bitmap->fillMode, bitmap->align, bitmap->fillBackground),
+              std::tuple(kFillNative, kAlignBottom, true));
     EXPECT_EQ(Rec<SelectorRecord>("Sele")->items, (std::vector<std::string>{"One", "Two", "Three"}));
     // The setter's caption and value labels are its own children.
     Widget* setter = Find("LvS0");
