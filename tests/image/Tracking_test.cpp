@@ -127,14 +127,9 @@ TEST_F(TrackingStore, SlotFilesAreNamedByTheirTwoNumbersInTheDataFolder) {
 }
 
 TEST_F(TrackingStore, ComposeStoresLuminanceAndColourDifferences) {
-    ImagePtr image = Noisy(5, 1, 0);
-    const int64_t top = image->maxValue;
+    const int64_t top = (int64_t{1} << 30) - 1;
     const int64_t rgb[5][3] = {{7, 11, 13}, {100, 0, 0}, {0, 999, 0}, {0, 0, 999}, {top, top, top}};
-    for (int i = 0; i < 5; ++i) {
-        image->red[i] = rgb[i][0];
-        image->green[i] = rgb[i][1];
-        image->blue[i] = rgb[i][2];
-    }
+    ImagePtr image = MakeImage(5, 1, 30, [&](int32_t x, int32_t, int c) { return rgb[x][c]; });
     ASSERT_TRUE(Tracking_WriteSlot(2, 0, image.get(), true));
 
     // Stored as they lie: Y = trunc(0.299 R + 0.587 G + 0.114 B), B - Y, R - Y.
@@ -185,12 +180,7 @@ TEST_F(TrackingStore, RoundTripIsExactAndPlanesSplitIntoBlocksOfEightMebibytesWh
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.width << " x " << c.height);
         ImagePtr image = Noisy(c.width, c.height, seed++);
-        if (c.depth == 16) {
-            for (int64_t* plane : {image->red, image->green, image->blue})
-                for (int32_t i = 0; i < c.width * c.height; ++i) plane[i] &= 0xFFFF;
-            image->bitDepth = 16;
-            image->maxValue = 65535;
-        }
+        if (c.depth == 16) Image_SetBitDepth(image.get(), 16);
         ImagePtr before(Image_Clone(image.get()));
         // One worker, and more workers than blocks of a plane but fewer than of the file.
         SetEnv("PELLUCIDA_WORKERS", "1");
