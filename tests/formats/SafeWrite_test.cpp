@@ -7,6 +7,7 @@
 #include "formats/Tiff_Write.h"
 #include "image/Image.h"
 #include "support/Files.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -90,11 +91,9 @@ TEST_F(SafeWriteTest, EveryWriterThatFailsMidWayKeepsTheOldFile) {
     };
     const Writer writers[] = {{"old.tiff", &Tiff_Write}, {"old.png", &Png_Write}, {"old.jpg", &Jpeg_Write}};
     // Noise compresses badly, so every encoded file is far above the limit.
-    ImagePtr image(Image_Create(256, 256));
-    uint32_t seed = 12345;
-    for (int32_t i = 0; i < 256 * 256; ++i)
-        for (int64_t* plane : {image->red, image->green, image->blue})
-            plane[i] = (seed = seed * 1664525u + 1013904223u) >> 16;
+    ImagePtr image = MakeImage(256, 256, 16, [](int32_t x, int32_t y, int c) {
+        return int64_t(TestHash(uint64_t(y) << 20 | uint64_t(x) << 2 | uint64_t(c)) & 0xFFFF);
+    });
     for (const Writer& w : writers) {
         SCOPED_TRACE(w.name);
         const std::string target = Path(w.name);
