@@ -12,7 +12,7 @@
 inline void Fuzz_TrackingSlot(const uint8_t* data, size_t size) {
     FILE* slot = std::fopen(Tracking_SlotPath(0, 0).c_str(), "wb");
     if (!slot) return;
-    std::fwrite(data, 1, size, slot);
+    if (size) std::fwrite(data, 1, size, slot);  // an empty input may come without bytes
     std::fclose(slot);
     ImagePtr image(Tracking_ReadSlot(0, 0, size % 2 == 1));
     Fuzz_CheckImage(image.get());

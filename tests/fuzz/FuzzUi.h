@@ -27,7 +27,7 @@ inline void Fuzz_Archive(const uint8_t* data, size_t size) {
             .string();
     std::FILE* file = std::fopen(path.c_str(), "wb");
     if (!file) return;
-    std::fwrite(data, 1, size, file);
+    if (size) std::fwrite(data, 1, size, file);  // an empty input may come without bytes
     std::fclose(file);
     ResourceArchive archive;
     if (ResourceArchive_AddVolume(&archive, path.c_str()) != kResourceOk) return;
