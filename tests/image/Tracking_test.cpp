@@ -67,8 +67,8 @@ bool PlanesEqual(const ImageBuffer& a, const ImageBuffer& b) {
 // The slot reads back with exactly the planes of `image`.
 void ExpectSlotHolds(int a, int b, const ImageBuffer& image, bool compose = false) {
     ImagePtr back(Tracking_ReadSlot(a, b, compose));
-    ASSERT_TRUE(back) << a << b;
-    EXPECT_TRUE(PlanesEqual(*back, image)) << a << b;
+    ASSERT_TRUE(back) << "slot " << a << ", " << b;
+    EXPECT_TRUE(PlanesEqual(*back, image)) << "slot " << a << ", " << b;
 }
 
 // Parses a full record the way the layout describes it, block by block, with
