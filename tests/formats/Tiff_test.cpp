@@ -126,7 +126,7 @@ TEST(TiffLayouts, ScatteredStripsAreReadInOrder) {
     EXPECT_EQ(std::vector<int64_t>(image->red, image->red + 4), (std::vector<int64_t>{10, 20, 30, 40}));
 }
 
-TEST(TiffStructure, BadMagicLoopingDirectoriesAndEveryTruncationAreRefused) {
+TEST(TiffStructure, BadMagicLoopingDirectoriesAndEveryTruncationAreRefusedALaterDirectoryIsRead) {
     TiffBuilder t(true);
     t.Basic(5, 3, 3, 16, 2);
     t.Pixels(std::vector<uint8_t>(5 * 3 * 6, 0x5A), 12);
@@ -145,13 +145,12 @@ TEST(TiffStructure, BadMagicLoopingDirectoriesAndEveryTruncationAreRefused) {
         ReadMemory({'I', 'I', 42, 0, 8, 0, 0, 0, 1, 0, 0x0E, 0x01, 2, 0, 1, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0}),
         nullptr);
     EXPECT_EQ(ReadMemory({'I', 'I', 42, 0, 8, 0, 0, 0, 0, 0, 14, 0, 0, 0, 0, 0, 8, 0, 0, 0}), nullptr);
-}
 
-TEST(TiffStructure, ALaterDirectoryIsUsedWhenTheFirstHasNoImage) {
-    TiffBuilder t(false);
-    t.Basic(2, 1, 1, 8, 1);
-    t.Pixels({7, 9});
-    auto image = t.Build();
+    // A later directory is used when the first has no image.
+    TiffBuilder later(false);
+    later.Basic(2, 1, 1, 8, 1);
+    later.Pixels({7, 9});
+    auto image = later.Build();
     // Prepend-free trick: make the header point to an empty directory at the end
     // of the file whose next offset is the real one at 8.
     const uint32_t empty = uint32_t(image.size());

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
 
 using archive_test::Build;
@@ -25,20 +27,14 @@ std::unique_ptr<OpenedArchive> Open(const std::vector<uint8_t>& file, const std:
 }
 
 TEST(ResourceArchiveHeader, OnlyAVdskArchiveWithAnIndexIsAdded) {
-    archive_test::Options creator, type, noIndex;
-    creator.creator = "VDSX";
-    type.type = "DATA";
-    noIndex.withIndex = false;
-    struct Case {
-        const char* tag;
-        archive_test::Options options;
-        int code;
-    };
-    for (const Case& c : {Case{"ok", {}, kResourceOk}, Case{"creator", creator, kResourceCorrupt},
-                          Case{"type", type, kResourceCorrupt}, Case{"noindex", noIndex, kResourceNoIndex}}) {
-        auto a = Open(Build({{"a.xml", Bytes("x")}}, c.options), c.tag);
-        EXPECT_EQ(a->code, c.code) << c.tag;
-        EXPECT_EQ(a->archive.volumes.size(), c.code == kResourceOk ? 1u : 0u) << c.tag;
+    using archive_test::Options;
+    for (auto [tag, options, code] : {std::tuple{"ok", Options{}, kResourceOk},
+                                      {"creator", Options{.creator = "VDSX"}, kResourceCorrupt},
+                                      {"type", Options{.type = "DATA"}, kResourceCorrupt},
+                                      {"noindex", Options{.withIndex = false}, kResourceNoIndex}}) {
+        auto a = Open(Build({{"a.xml", Bytes("x")}}, options), tag);
+        EXPECT_EQ(a->code, code) << tag;
+        EXPECT_EQ(a->archive.volumes.size(), code == kResourceOk ? 1u : 0u) << tag;
     }
     ResourceArchive archive;
     EXPECT_EQ(ResourceArchive_AddVolume(&archive, "/nonexistent/pellucida/resources"), kResourceCannotOpen);
@@ -48,11 +44,9 @@ TEST(ResourceArchiveHeader, OnlyAVdskArchiveWithAnIndexIsAdded) {
 
 TEST(ResourceArchiveHeader, ZeroSpanBeforeTheIndexGivesEleven) {
     // Put an entry before the index: the walk must step over it by its span.
-    archive_test::Options options;
-    options.withIndex = false;
     archive_test::Layout layout;
-    std::vector<uint8_t> file =
-        Build({{"a.xml", Bytes("x")}, {"#", std::vector<uint8_t>(16384, 0)}}, options, &layout);
+    std::vector<uint8_t> file = Build({{"a.xml", Bytes("x")}, {"#", std::vector<uint8_t>(16384, 0)}},
+                                      archive_test::Options{.withIndex = false}, &layout);
     auto good = Open(file, "spanok");
     EXPECT_EQ(good->code, kResourceOk);
     file[layout.recordOffsets[0] + 12] = 0;  // span of slot 0
