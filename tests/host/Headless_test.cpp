@@ -68,8 +68,7 @@ TEST_F(HeadlessRun, PaintPresentsTheFramebufferAndTheScreenDumpIsWhatWasPresente
     std::vector<unsigned char> rgb;
     unsigned w = 0, h = 0;
     ASSERT_EQ(lodepng::decode(rgb, w, h, dir.File("dump.png"), LCT_RGB, 8), 0u);
-    ASSERT_EQ(w, 800u);
-    ASSERT_EQ(h, 480u);
+    ASSERT_EQ(std::pair(w, h), std::pair(800u, 480u));
     for (uint32_t y : {0u, 123u, 479u}) {
         for (uint32_t x : {0u, 300u, 799u}) {
             const unsigned char* p = &rgb[(y * 800 + x) * 3];
