@@ -14,6 +14,7 @@
 #include "ui/widgets/Label.h"
 #include "ui/widgets/LevelSetter.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <string>
@@ -117,10 +118,15 @@ void ScreenMessage(ModuleScreen* screen, const char* title, const char* text) {
 }
 constexpr ModuleScreenOps kScreenOps = {ScreenSetText, ScreenSetEnabled, ScreenParamsChanged, ScreenMessage};
 
+// The region in the working image's pixels, whichever copy the view shows.
 void OnRegion(Toolkit*, Widget*, const ImageRegion& region, void* user) {
     ShellModule* m = Current(static_cast<Shell*>(user));
-    if (m && m->def->screen && m->def->screen->region)
-        m->def->screen->region(&m->screen, {region.x, region.y, region.width, region.height});
+    if (!m || !m->def->screen || !m->def->screen->region) return;
+    const int32_t k = m->shownSmall ? m->smallFactor : 1;
+    const ImageBuffer& image = *static_cast<Shell*>(user)->image;
+    const int32_t x = region.x * k, y = region.y * k;
+    m->def->screen->region(&m->screen, {x, y, std::min(region.width * k, image.width - x),
+                                        std::min(region.height * k, image.height - y)});
 }
 
 void OnTick(Toolkit*, Widget*, uint32_t, uint32_t, void* user) {
@@ -208,6 +214,10 @@ void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
     if (m->view && module.screen && module.screen->region)
         ImageView_SetRegionCallback(m->view, OnRegion, shell);
     Shell_ShowForm(shell, form->id);
+    if (m->view) {
+        const PixelRect r = Widget_PixelRect(shell->ui.get(), m->view);
+        Shell_PrepareSmallPreview(m.get(), *shell->image, r.width, r.height);
+    }
     if (module.screen && module.screen->enter) module.screen->enter(&m->screen);
     Shell_ShowModuleImage(shell);
     Shell_StartModuleRun(shell);

@@ -23,13 +23,23 @@ struct ShellModule {
     ModuleParamsBuffer resultParams;
     bool showingBefore = false;
 
+    // A large image is first computed on a copy binned to about the view's
+    // size, so that a change shows at once; the exact result follows.
+    ImagePtr small;  // null when the image is small enough to compute whole
+    int32_t smallFactor = 1;
+    ImagePtr smallResult;
+    ModuleParamsBuffer smallParams;
+    bool runSmall = false;    // the running computation works on the small copy
+    bool shownSmall = false;  // the view shows the small copy's result
+
     // The computation on the background task. `restart` asks for the newest
     // positions once the running one has stopped; its result is dropped.
     bool running = false;
     bool restart = false;
     std::atomic<bool> cancel{false};
     std::atomic<int> percent{0};
-    ModuleParamsBuffer runParams;
+    ModuleParamsBuffer runParams;     // the setters' positions the run was started for
+    ModuleParamsBuffer runArgs;       // what it runs with (scaled for the small copy)
     ImageBuffer* runImage = nullptr;  // the task's; taken once it ended
     ImageBuffer* runMask = nullptr;
     ModuleRunStatus runStatus = ModuleRunStatus::kCancelled;
@@ -46,6 +56,15 @@ void Shell_StartModuleRun(Shell* shell);
 ModuleRunStatus Shell_RunModuleNow(Shell* shell);
 // The view shows the result (as the module marks it up) or the image before.
 void Shell_ShowModuleImage(Shell* shell);
+// Box-averages `image` by `factor` in both directions (the edge's partial
+// blocks average what they hold), for the quick preview.
+ImagePtr Shell_BinForPreview(const ImageBuffer& image, int32_t factor);
+// The binned copy for a view of this size: null when the image is at most
+// twice the view's size.
+void Shell_PrepareSmallPreview(ShellModule* module, const ImageBuffer& image, int32_t viewWidth,
+                               int32_t viewHeight);
+// The positions for the small copy: image coordinates divided by its factor.
+ModuleParamsBuffer Shell_SmallParams(const ShellModule& module);
 // Keep (the result becomes the working image) or Cancel.
 void Shell_LeaveModule(Shell* shell, bool keep);
 // The "Parameter [" block of a module form, from its widgets.

@@ -28,26 +28,45 @@ void Report(void* context, const char*, int percent) {
 void RunTask(void* context) {
     auto* m = static_cast<ShellModule*>(context);
     const KernelControl control{&m->cancel, Report, m};
-    m->runStatus = Module_Run(*m->def, m->runParams.bytes, &m->runImage, &m->runMask, &control);
+    m->runStatus = Module_Run(*m->def, m->runArgs.bytes, &m->runImage, &m->runMask, &control);
 }
 
 void SetProgressText(Shell* shell, ShellModule* m, const char* text) {
     if (Widget* label = Widget_FindById(m->form, Id("LbPg"))) Label_SetText(shell->ui.get(), label, text);
 }
 
-// Copies of the working data for one run.
-void PrepareRun(Shell* shell, ShellModule* m) {
+bool SameParams(const ModuleParamsBuffer& a, const ModuleParamsBuffer& b) {
+    return std::memcmp(a.bytes, b.bytes, sizeof a.bytes) == 0;
+}
+
+// Copies of the working data for one run: the small copy (without the mask,
+// which only a kept step needs) or the whole image.
+void PrepareRun(Shell* shell, ShellModule* m, bool small) {
     m->runParams = m->params;
-    m->runImage = Image_Clone(shell->image.get());
-    m->runMask = shell->mask && m->def->maskFollows ? Image_Clone(shell->mask.get()) : nullptr;
+    m->runSmall = small;
+    m->runArgs = small ? Shell_SmallParams(*m) : m->params;
+    m->runImage = Image_Clone(small ? m->small.get() : shell->image.get());
+    m->runMask = !small && shell->mask && m->def->maskFollows ? Image_Clone(shell->mask.get()) : nullptr;
     m->cancel = false;
     m->percent = 0;
+}
+
+// The quick copy goes first while the view is fitted (zoomed in, the user
+// looks at pixels the small copy does not have) and it has no result for
+// these positions yet.
+bool SmallFirst(const ShellModule& m) {
+    const ImageViewRecord* view = m.view ? Widget_Record<ImageViewRecord>(m.view) : nullptr;
+    return m.small && view && view->fit && !(m.smallResult && SameParams(m.smallParams, m.params));
 }
 
 // What the run left becomes the result when it finished with the newest
 // positions; otherwise it is dropped.
 void TakeRun(ShellModule* m, bool adopt) {
-    if (adopt && m->runStatus == ModuleRunStatus::kDone) {
+    if (adopt && m->runStatus == ModuleRunStatus::kDone && m->runSmall) {
+        m->smallResult.reset(m->runImage);
+        Image_Free(m->runMask);
+        m->smallParams = m->runParams;
+    } else if (adopt && m->runStatus == ModuleRunStatus::kDone) {
         m->result.reset(m->runImage);
         m->resultMask.reset(m->runMask);
         m->resultParams = m->runParams;
@@ -57,6 +76,7 @@ void TakeRun(ShellModule* m, bool adopt) {
         if (adopt && m->runStatus == ModuleRunStatus::kNoResult) {
             m->result.reset();  // the positions give none: the working image shows
             m->resultMask.reset();
+            m->smallResult.reset();
         }
     }
     m->runImage = m->runMask = nullptr;
@@ -73,7 +93,8 @@ void Shell_StartModuleRun(Shell* shell) {
         return;
     }
     if (Host_IsBackgroundRunning()) return;  // not ours: nothing else runs while a module is up
-    PrepareRun(shell, m);
+    if (m->result && SameParams(m->resultParams, m->params)) return;  // shown already
+    PrepareRun(shell, m, SmallFirst(*m));
     m->running = true;
     m->restart = false;
     SetProgressText(shell, m, "Computing...");
@@ -91,22 +112,20 @@ void Shell_PollModule(Shell* shell) {
     }
     Host_TakeBackgroundFinished();
     m->running = false;
-    const bool newest =
-        !m->restart && std::memcmp(m->runParams.bytes, m->params.bytes, sizeof m->params.bytes) == 0;
+    const bool newest = !m->restart && SameParams(m->runParams, m->params);
+    const bool small = m->runSmall;
     TakeRun(m, newest);
     SetProgressText(shell, m, "");
-    if (!newest) {
-        Shell_StartModuleRun(shell);
-        return;
-    }
-    Shell_ShowModuleImage(shell);
+    if (newest) Shell_ShowModuleImage(shell);
+    // After the quick preview the exact result; after a stale run the newest.
+    if (!newest || (small && m->runStatus == ModuleRunStatus::kDone)) Shell_StartModuleRun(shell);
 }
 
 ModuleRunStatus Shell_RunModuleNow(Shell* shell) {
     ShellModule* m = shell->module.get();
     CursorWaitScope wait;
-    PrepareRun(shell, m);
-    m->runStatus = Module_Run(*m->def, m->runParams.bytes, &m->runImage, &m->runMask, nullptr);
+    PrepareRun(shell, m, false);
+    m->runStatus = Module_Run(*m->def, m->runArgs.bytes, &m->runImage, &m->runMask, nullptr);
     const ModuleRunStatus status = m->runStatus;
     TakeRun(m, true);
     return status;
@@ -116,25 +135,37 @@ void Shell_ShowModuleImage(Shell* shell) {
     ShellModule* m = shell->module.get();
     if (!m || !m->view) return;
     Toolkit* ui = shell->ui.get();
-    const bool before = m->showingBefore || !m->result;
+    const bool before = m->showingBefore || (!m->result && !m->smallResult);
     if (Widget* toggle = Widget_FindById(m->form, Id("BtOr"))) {
         Button_SetText(ui, toggle, m->showingBefore ? kModuleAfterCaption : kModuleBeforeCaption);
-        Button_SetEnabled(ui, toggle, m->result != nullptr);
+        Button_SetEnabled(ui, toggle, m->result || m->smallResult);
     }
+    // Keep takes the exact result, computing it if only the quick one is shown.
     if (Widget* keep = Widget_FindById(m->form, Id("BtKp")))
-        Button_SetEnabled(ui, keep, m->result != nullptr || m->def->appliesOnKeep);
+        Button_SetEnabled(ui, keep, m->result || m->smallResult || m->def->appliesOnKeep);
     // Linear data is shown through the main view's screen stretch; a global
     // stretch's result is already meant for the eye.
     const bool stretchShown = shell->outcome.linear && shell->screenStretch && !shell->screenLuts.empty();
     const ImageBuffer* image = shell->image.get();
     const uint8_t* lut = stretchShown ? shell->screenLuts.data() : nullptr;
+    m->shownSmall = false;
     if (!before) {
+        // The exact result for these positions, else the quick one, else the
+        // last exact one while the newest is computed.
+        const bool exact = SameParams(m->resultParams, m->params) ||
+                           !(m->smallResult && SameParams(m->smallParams, m->params));
+        m->shownSmall = !exact;
+        const ImageBuffer* source = exact ? m->result.get() : m->smallResult.get();
         m->shown.reset();
         if (m->def->screen && m->def->screen->shade) {
-            m->shown.reset(Image_Clone(m->result.get()));
-            m->def->screen->shade(&m->screen, m->shown.get());
+            m->shown.reset(Image_Clone(source));
+            ModuleParamsBuffer scaled = exact ? m->params : Shell_SmallParams(*m);
+            ModuleScreen screen = m->screen;
+            screen.image = exact ? shell->image.get() : m->small.get();
+            screen.params = scaled.bytes;
+            m->def->screen->shade(&screen, m->shown.get());
         }
-        image = m->shown ? m->shown.get() : m->result.get();
+        image = m->shown ? m->shown.get() : source;
         if (m->def->globalStretch) lut = nullptr;
     }
     const ImageViewRecord* record = Widget_Record<ImageViewRecord>(m->view);

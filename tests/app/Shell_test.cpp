@@ -5,6 +5,7 @@
 #include "app/Cli.h"
 #include "app/Shell_Module.h"
 #include "formats/Jpeg_Write.h"
+#include "formats/Tiff_Write.h"
 #include "image/History.h"
 #include "support/Files.h"
 #include "support/TestData.h"
@@ -371,18 +372,35 @@ TEST_F(ShellTest, RestoreFormMatchesItsReviewedPicture) {
 }
 
 // AutoDev kept in the window gives the command line's file and parameter
-// block; it is one undoable step (Undo gives the image before it).
+// block; it is one undoable step (Undo gives the image before it). A large
+// image is previewed on a binned copy first: what is kept is still exact.
 TEST_F(ShellTest, AutoDevKeptInTheWindowEqualsTheCommandLine) {
-    const ProgramRun run = Program(Open(bundled) + "answer Linear\n" + Save(Path("before.tif")) +
-                                   "press BtAD\nset LvS1 200\nidle\npress BtKp\n" + Save(Path("window.tif")) +
-                                   "press BtUn\n" + Save(Path("undone.tif")));
-    ASSERT_EQ(run.status, 0) << run.err;
-    const std::string window = LastBlock(ReadText(dir.Path() / "Pellucida.log"));
-    ASSERT_EQ(Cli({"process", bundled, "--autodev=blur=200", "-o", Path("cli.tif")}), 0);
-    EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
-    EXPECT_EQ(ReadFileBytes(Path("undone.tif")), ReadFileBytes(Path("before.tif")));
-    EXPECT_EQ(window, LastBlock(ReadText(dir.Path() / "Pellucida.log")));
-    EXPECT_NE(window.find("Parameter [Detail Blur] set to [21.0 pixels]\n"), std::string::npos) << window;
+    ImagePtr large(Image_Create(2000, 1500));
+    large->bitDepth = 16;
+    large->maxValue = 65535;
+    for (int32_t y = 0; y < large->height; ++y)
+        for (int32_t x = 0; x < large->width; ++x) {
+            const size_t i = size_t(y) * size_t(large->stride) + size_t(x);
+            const int64_t sky = 3000 + x / 4 + ((x * 7919 + y * 104729) % 997);
+            const int64_t d = int64_t(x - 1000) * (x - 1000) + int64_t(y - 750) * (y - 750);
+            large->red[i] = sky + 40000 * 900 / (900 + d), large->green[i] = sky + 30000 * 900 / (900 + d);
+            large->blue[i] = sky + 20000 * 900 / (900 + d);
+        }
+    ASSERT_EQ(Tiff_Write(large.get(), Path("large.tif").c_str()), 1);
+    for (const std::string& in : {bundled, Path("large.tif")}) {
+        SCOPED_TRACE(in);
+        for (const char* name : {"before.tif", "window.tif", "undone.tif", "cli.tif"}) fs::remove(Path(name));
+        const ProgramRun run = Program(Open(in) + "answer Linear\n" + Save(Path("before.tif")) +
+                                       "press BtAD\nset LvS1 200\nidle\npress BtKp\n" +
+                                       Save(Path("window.tif")) + "press BtUn\n" + Save(Path("undone.tif")));
+        ASSERT_EQ(run.status, 0) << run.err;
+        const std::string window = LastBlock(ReadText(dir.Path() / "Pellucida.log"));
+        ASSERT_EQ(Cli({"process", in, "--autodev=blur=200", "-o", Path("cli.tif")}), 0);
+        EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
+        EXPECT_EQ(ReadFileBytes(Path("undone.tif")), ReadFileBytes(Path("before.tif")));
+        EXPECT_EQ(window, LastBlock(ReadText(dir.Path() / "Pellucida.log")));
+        EXPECT_NE(window.find("Parameter [Detail Blur] set to [21.0 pixels]\n"), std::string::npos) << window;
+    }
 }
 
 // A RoI dragged either way is the same RoI; without one, "No RoI" is greyed out.
