@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   g++ cmake ninja-build pkg-config
-  libsdl2-dev liblodepng-dev libstb-dev liblz4-dev
+  libsdl2-dev libdbus-1-dev liblodepng-dev libstb-dev liblz4-dev
   libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
   clang libclang-rt-14-dev
   xvfb xauth libx11-dev

@@ -47,3 +47,6 @@ bool Sdl2_InstanceServeOne();
 // the interface scale.
 void Sdl2_Activate(const std::string& startupId);
 double Sdl2_DisplayScale();
+
+// The open or save dialog (Sdl2_FileDialog.cpp), as HostBackend::FileDialog.
+bool Sdl2_FileDialog(bool save, const std::string& current, std::string* chosen);

@@ -1,17 +1,14 @@
 // SDL2 backend, window side: the main window titled "Pellucida" (800 x 480
 // client pixels, then maximised), the framebuffer blitted through a streaming
-// texture, the arrow and wait cursors, the plain message box and the file
-// dialogs. HiDPI: the framebuffer has the screen's real pixels. Dependencies:
-// SDL2; for file dialogs, zenity when it is installed.
+// texture, the arrow and wait cursors and the plain message box; the file
+// dialogs are Sdl2_FileDialog.cpp's. HiDPI: the framebuffer has the screen's
+// real pixels. Dependencies: SDL2.
 #include "host/Host_Backend.h"
 #include "host/Host_Instance.h"
 #include "host/Host_Threads.h"
 #include "host/Host_Window.h"
 #include "host/sdl2/Sdl2_Private.h"
 
-#include <sys/wait.h>
-
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -142,33 +139,6 @@ void SetCursor(HostCursor cursor) {
     if (shape) SDL_SetCursor(shape);
 }
 
-// SDL2 has no file dialogs of its own; zenity gives the desktop's.
-bool FileDialog(bool save, const std::string& current, std::string* chosen) {
-    std::string command = "zenity --file-selection --title=Pellucida";
-    if (save) command += " --save";
-    if (!current.empty()) {
-        std::string quoted = "'";
-        for (char c : current) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-        command += " --filename=" + quoted + "'";
-    }
-    command += " 2>/dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe) return false;
-    std::string out;
-    char buffer[4096];
-    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
-    int status = pclose(pipe);
-    if (status == -1 || !WIFEXITED(status)) return false;
-    if (WEXITSTATUS(status) == 127) {
-        HostBackend_ShowMessage(kHostMessageCaption, "File dialogs need zenity: please install it.\n");
-        return false;
-    }
-    while (!out.empty() && (out.back() == '\n' || out.back() == '\r')) out.pop_back();
-    if (WEXITSTATUS(status) != 0 || out.empty()) return false;
-    *chosen = out;
-    return true;
-}
-
 }  // namespace
 
 Sdl2State& Sdl2_State() {
@@ -214,7 +184,7 @@ extern const HostBackend kSdl2Backend = {
     Sdl2_TimerStart,
     Sdl2_TimerStop,
     ShowMessage,
-    FileDialog,
+    Sdl2_FileDialog,
     Sdl2_InstanceRequested,
     Sdl2_DisplayScale,
 };
