@@ -10,6 +10,7 @@ packages=(
   clang libclang-rt-14-dev
   xvfb xauth libx11-dev
   desktop-file-utils
+  dbus-daemon
   fonts-dejavu-core
 )
 

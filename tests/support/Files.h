@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,16 +44,27 @@ inline void UnsetEnv(const char* name) {
 #endif
 }
 
-// Sets an environment variable for the life of the object.
+// Sets an environment variable for the life of the object, then puts back
+// what was there (PATH must come back).
 class EnvScope {
 public:
-    EnvScope(const char* name, const std::string& value) : m_name(name) { SetEnv(name, value); }
-    ~EnvScope() { UnsetEnv(m_name); }
+    EnvScope(const char* name, const std::string& value) : m_name(name) {
+        if (const char* old = std::getenv(name)) m_old = old;
+        SetEnv(name, value);
+    }
+    ~EnvScope() {
+        if (m_old) {
+            SetEnv(m_name, *m_old);
+        } else {
+            UnsetEnv(m_name);
+        }
+    }
     EnvScope(const EnvScope&) = delete;
     EnvScope& operator=(const EnvScope&) = delete;
 
 private:
     const char* m_name;
+    std::optional<std::string> m_old;
 };
 
 // An empty folder of the running test's own, removed with everything in it at
@@ -65,7 +77,7 @@ public:
         std::string name = "pellucida";
         if (info) name += std::string("_") + info->test_suite_name() + "_" + info->name();
 #ifndef _WIN32
-        name += "_" + std::to_string(getpid());
+        name.append("_").append(std::to_string(getpid()));
 #endif
         std::replace(name.begin(), name.end(), '/', '_');  // parameterised names
         m_path = std::filesystem::temp_directory_path() / name;
