@@ -58,6 +58,11 @@ struct ShellUndo {
     int32_t height = 0;
     bool hadMask = false;
     bool mono = false;
+    // What the data was then: linear or stretched, a global stretch kept
+    // before, the tracked reference it had (in the reference's undo slot).
+    bool linear = true;
+    bool stretchKept = false;
+    bool reference = false;
 };
 
 struct Shell {
@@ -92,6 +97,9 @@ struct Shell {
     std::map<const ModuleDef*, ModuleParamsBuffer> moduleState;
     std::map<const ModuleDef*, uint32_t> moduleForms;  // the forms loaded, by identifier
     bool globalStretchKept = false;                    // a global stretch was kept since the load
+    // With tracking on, the linear data from before the first global stretch
+    // is kept in the tracking store, in the working image's geometry.
+    bool trackedReference = false;
 
     std::unique_ptr<ShellLoadTask> loading;
     std::unique_ptr<ShellPendingLoad> pendingLoad;
@@ -156,6 +164,16 @@ void Shell_Save(Shell* shell);
 // cursor; the new state goes into the history as made by `caption` (the
 // module's name).
 void Shell_CommitResult(Shell* shell, ImagePtr result, ImagePtr resultMask, const char* caption = nullptr);
+// A module's kept step: its result committed as above, and the tracked state
+// following it (a global stretch starts the tracked reference from the data
+// before it; a geometry step is applied to the reference too).
+void Shell_CommitStep(Shell* shell, const ModuleDef& module, const void* params, ImagePtr result,
+                      ImagePtr resultMask);
+// The tracked reference, converted back to colour; null when there is none
+// for the working image's size.
+ImagePtr Shell_TrackedReference(Shell* shell);
+// Undo's side of it: the flags and the references trade places with the undo step's.
+void Shell_TrackedUndo(Shell* shell);
 // "BtUn": swaps the working data with the undo step.
 void Shell_Undo(Shell* shell);
 // "BtMH", "BtMV": the mirrors, one undoable step each.

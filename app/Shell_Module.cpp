@@ -17,8 +17,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -116,7 +118,38 @@ void ScreenMessage(ModuleScreen* screen, const char* title, const char* text) {
     MessageBox_Show(ShellOf(screen)->ui.get(), title, text, kMessageBoxInformation, nullptr, nullptr, 1,
                     "OK");
 }
-constexpr ModuleScreenOps kScreenOps = {ScreenSetText, ScreenSetEnabled, ScreenParamsChanged, ScreenMessage};
+// The answer goes to the module that asked, if it is still up.
+void OnAsked(Toolkit*, uint32_t button, void* user) {
+    ShellModule* m = Current(static_cast<Shell*>(user));
+    if (!m || !m->answered) return;
+    std::exchange(m->answered, nullptr)(&m->screen, int(button));
+}
+void ScreenAsk(ModuleScreen* screen, const char* title, const char* text, const char* first,
+               const char* second, void (*answered)(ModuleScreen*, int)) {
+    Shell* shell = ShellOf(screen);
+    Current(shell)->answered = answered;
+    MessageBox_Show(shell->ui.get(), title, text, kMessageBoxInformation, OnAsked, shell, 2, first, second);
+}
+// The step starts again from the tracked reference; a running computation
+// (of the working image) is dropped.
+bool ScreenUseTrackedReference(ModuleScreen* screen) {
+    Shell* shell = ShellOf(screen);
+    ShellModule* m = Current(shell);
+    ImagePtr reference = Shell_TrackedReference(shell);
+    if (!m || !reference) return false;
+    m->source = std::move(reference);
+    m->result.reset();
+    m->smallResult.reset();
+    if (m->view) {
+        const PixelRect r = Widget_PixelRect(shell->ui.get(), m->view);
+        Shell_PrepareSmallPreview(m, *m->source, r.width, r.height);
+    }
+    if (m->running) m->restart = true, m->cancel = true;
+    Shell_StartModuleRun(shell);
+    return true;
+}
+constexpr ModuleScreenOps kScreenOps = {ScreenSetText, ScreenSetEnabled, ScreenParamsChanged,
+                                        ScreenMessage, ScreenAsk,        ScreenUseTrackedReference};
 
 // The region in the working image's pixels, whichever copy the view shows.
 void OnRegion(Toolkit*, Widget*, const ImageRegion& region, void* user) {
@@ -204,7 +237,14 @@ void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
     m->view = Widget_FindById(form, Id("View"));
     module.initParams(m->params.bytes);
     ModuleParamsBuffer& state = shell->moduleState[&module];
-    m->screen = {&kScreenOps, shell, shell->image.get(), m->params.bytes, state.bytes, shell->outcome.linear};
+    m->screen = {&kScreenOps,
+                 shell,
+                 shell->image.get(),
+                 m->params.bytes,
+                 state.bytes,
+                 shell->outcome.linear,
+                 shell->outcome.tracking,
+                 shell->globalStretchKept};
     shell->module = m;
 
     SetupSetters(shell, m.get());
@@ -249,6 +289,5 @@ void Shell_LeaveModule(Shell* shell, bool keep) {
         if (status != ModuleRunStatus::kDone) return;  // no result: nothing is committed
     }
     if (m->def->logged) Shell_LogParameters(shell, m->form);
-    if (m->def->globalStretch) shell->globalStretchKept = true;
-    Shell_CommitResult(shell, std::move(m->result), std::move(m->resultMask), m->def->name);
+    Shell_CommitStep(shell, *m->def, m->params.bytes, std::move(m->result), std::move(m->resultMask));
 }

@@ -16,6 +16,8 @@ struct ShellModule {
     Widget* view = nullptr;
     ModuleScreen screen{};
     ModuleParamsBuffer params;  // the positions the setters show
+    ImagePtr source;            // what the step starts from instead of the working image, or null
+    void (*answered)(ModuleScreen* screen, int button) = nullptr;  // the module's question up
 
     // The latest finished result, the positions it was computed with, and
     // what the view shows of it (a copy the module marked up, or null).

@@ -45,7 +45,7 @@ void PrepareRun(Shell* shell, ShellModule* m, bool small) {
     m->runParams = m->params;
     m->runSmall = small;
     m->runArgs = small ? Shell_SmallParams(*m) : m->params;
-    m->runImage = Image_Clone(small ? m->small.get() : shell->image.get());
+    m->runImage = Image_Clone(small ? m->small.get() : m->source ? m->source.get() : shell->image.get());
     m->runMask = !small && shell->mask && m->def->maskFollows ? Image_Clone(shell->mask.get()) : nullptr;
     m->cancel = false;
     m->percent = 0;

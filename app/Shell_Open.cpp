@@ -116,6 +116,8 @@ void Finish(Shell* shell) {
     shell->artefacts = load->info.artefacts;
     shell->artefactBox = load->info.box;
     shell->undo = ShellUndo{};
+    shell->globalStretchKept = false;  // new data: nothing kept of it yet
+    shell->trackedReference = false;
     Shell_HistoryRecord(shell, Shell_HistoryLoadCaption(load->path));
     Shell_RefreshMain(shell);
 }

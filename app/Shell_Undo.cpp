@@ -81,6 +81,8 @@ void Shell_Undo(Shell* shell) {
     }
     Shell_SetImage(shell, std::move(stored));
     shell->mask = std::move(storedMask);
+    Shell_TrackedUndo(shell);
+    shell->stretchStale = true;  // the screen stretch follows the linear flag
     std::fputs(shell->undo.redo ? "Redo\n" : "Undo\n", stdout);
     std::fflush(stdout);
     shell->undo.redo = !shell->undo.redo;
@@ -105,5 +107,6 @@ void Shell_RunMainFormModule(Shell* shell, uint32_t buttonId) {
         Image_Free(mask);
         return;
     }
-    Shell_CommitResult(shell, ImagePtr(image), ImagePtr(mask), module->name);
+    const ModuleParamsBuffer params = Module_DefaultParams(*module);
+    Shell_CommitStep(shell, *module, params.bytes, ImagePtr(image), ImagePtr(mask));
 }

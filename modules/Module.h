@@ -37,6 +37,12 @@ struct ModuleScreenOps {
     // them and the preview is computed again.
     void (*paramsChanged)(ModuleScreen* screen);
     void (*message)(ModuleScreen* screen, const char* title, const char* text);  // one "OK"
+    // A question with two answers; `answered` gets 0 or 1.
+    void (*ask)(ModuleScreen* screen, const char* title, const char* text, const char* first,
+                const char* second, void (*answered)(ModuleScreen* screen, int button));
+    // The computation starts from the tracked linear reference instead of the
+    // working image (false when there is none).
+    bool (*useTrackedReference)(ModuleScreen* screen);
 };
 struct ModuleScreen {
     const ModuleScreenOps* ops;
@@ -45,6 +51,8 @@ struct ModuleScreen {
     void* params;              // the module's parameter struct, as the setters show it
     void* state;               // the module's own, kept while the program runs
     bool linear;               // the data is still linear (the load's answers)
+    bool tracked;              // tracking is on
+    bool stretchedBefore;      // a global stretch was kept before
 };
 struct ModuleRegion {
     int32_t x = 0, y = 0, width = 0, height = 0;  // in image pixels

@@ -17,6 +17,14 @@ constexpr const char* kStretchedText =
     "You have indicated that this image has been already stretched and is no longer linear. Please note "
     "that AutoDev works best on data that is still linear.";
 
+constexpr const char* kPreviouslyTitle = "Previously Stretched";
+constexpr const char* kPreviouslyText =
+    "You have applied a global stretch before, using Develop or Auto Develop. Would you like to re-do a "
+    "global stretch (keeping any local stretching you did after the previous one intact), or would you like "
+    "to simply stretch the image as it currently is?";
+constexpr const char* kRedoButton = "Redo global stretch";
+constexpr const char* kAsIsButton = "Stretch the image as-is";
+
 constexpr uint32_t kStatusLabel = ModuleParams_Id("LbSz");
 constexpr uint32_t kNoRoiButton = ModuleParams_Id("BtAl");
 constexpr uint32_t kOutsideSetter = ModuleParams_Id("LvS2");
@@ -57,6 +65,12 @@ void Refresh(ModuleScreen* screen) {
     *static_cast<RememberedRoi*>(screen->state) = {screen->image->width, p.roiX0, p.roiY0, p.roiX1, p.roiY1};
 }
 
+// "Redo global stretch" starts from the linear data kept from before the
+// first stretch, in the image's present geometry.
+void OnPreviously(ModuleScreen* screen, int button) {
+    if (button == 0) screen->ops->useTrackedReference(screen);
+}
+
 void Enter(ModuleScreen* screen) {
     auto& p = *static_cast<AutoDevParams*>(screen->params);
     const auto& kept = *static_cast<const RememberedRoi*>(screen->state);
@@ -65,7 +79,10 @@ void Enter(ModuleScreen* screen) {
         screen->ops->paramsChanged(screen);
     }
     Refresh(screen);
-    if (!screen->linear) screen->ops->message(screen, kStretchedTitle, kStretchedText);
+    if (screen->tracked && screen->stretchedBefore)
+        screen->ops->ask(screen, kPreviouslyTitle, kPreviouslyText, kRedoButton, kAsIsButton, OnPreviously);
+    else if (!screen->tracked)
+        screen->ops->message(screen, kStretchedTitle, kStretchedText);
 }
 
 void Changed(ModuleScreen* screen, uint32_t) {

@@ -403,6 +403,20 @@ TEST_F(ShellTest, AutoDevKeptInTheWindowEqualsTheCommandLine) {
     }
 }
 
+// A second global stretch on tracked data asks first; "Redo global stretch"
+// starts again from the linear data, mirrored as the image was since: the
+// same as mirroring and stretching in one batch.
+TEST_F(ShellTest, RedoGlobalStretchStartsFromTheTrackedLinearData) {
+    const ProgramRun run =
+        Program(Open(bundled) +
+                "answer Linear\npress BtAD\nidle\npress BtKp\npress BtMH\npress BtAD\n"
+                "expect-box Previously Stretched\nanswer Redo global stretch\nidle\npress BtKp\n" +
+                Save(Path("redo.tif")));
+    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_EQ(Cli({"process", bundled, "--flip=h", "--autodev", "-o", Path("cli.tif")}), 0);
+    EXPECT_EQ(ReadFileBytes(Path("redo.tif")), ReadFileBytes(Path("cli.tif")));
+}
+
 // A RoI dragged either way is the same RoI; without one, "No RoI" is greyed out.
 TEST_F(ShellTest, AutoDevRegionOfInterestFromADragInEitherDirection) {
     std::string blocks[2];
