@@ -145,6 +145,7 @@ bool ScreenUseTrackedReference(ModuleScreen* screen) {
         Shell_PrepareSmallPreview(m, *m->source, r.width, r.height);
     }
     if (m->running) m->restart = true, m->cancel = true;
+    Shell_ShowModuleImage(shell);  // the results it showed are gone
     Shell_StartModuleRun(shell);
     return true;
 }

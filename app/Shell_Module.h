@@ -31,8 +31,9 @@ struct ShellModule {
     int32_t smallFactor = 1;
     ImagePtr smallResult;
     ModuleParamsBuffer smallParams;
-    bool runSmall = false;    // the running computation works on the small copy
-    bool shownSmall = false;  // the view shows the small copy's result
+    bool runSmall = false;                      // the running computation works on the small copy
+    bool shownSmall = false;                    // the view shows the small copy's result
+    int32_t shownWidth = -1, shownHeight = -1;  // the size of what the view shows
 
     // The computation on the background task. `restart` asks for the newest
     // positions once the running one has stopped; its result is dropped.

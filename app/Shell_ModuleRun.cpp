@@ -148,15 +148,18 @@ void Shell_ShowModuleImage(Shell* shell) {
     const bool stretchShown = shell->outcome.linear && shell->screenStretch && !shell->screenLuts.empty();
     const ImageBuffer* image = shell->image.get();
     const uint8_t* lut = stretchShown ? shell->screenLuts.data() : nullptr;
+    // What the view shows now stays alive until it shows the new picture (a
+    // result it showed may be gone already: its size was noted when shown).
+    const ImageViewRecord* record = Widget_Record<ImageViewRecord>(m->view);
+    ImagePtr previous = std::move(m->shown);
     m->shownSmall = false;
     if (!before) {
         // The exact result for these positions, else the quick one, else the
         // last exact one while the newest is computed.
-        const bool exact = SameParams(m->resultParams, m->params) ||
-                           !(m->smallResult && SameParams(m->smallParams, m->params));
+        const bool exact = m->result && (SameParams(m->resultParams, m->params) ||
+                                         !(m->smallResult && SameParams(m->smallParams, m->params)));
         m->shownSmall = !exact;
         const ImageBuffer* source = exact ? m->result.get() : m->smallResult.get();
-        m->shown.reset();
         if (m->def->screen && m->def->screen->shade) {
             m->shown.reset(Image_Clone(source));
             ModuleParamsBuffer scaled = exact ? m->params : Shell_SmallParams(*m);
@@ -168,9 +171,9 @@ void Shell_ShowModuleImage(Shell* shell) {
         image = m->shown ? m->shown.get() : source;
         if (m->def->globalStretch) lut = nullptr;
     }
-    const ImageViewRecord* record = Widget_Record<ImageViewRecord>(m->view);
-    const bool sameSize = record && record->image && record->image->width == image->width &&
-                          record->image->height == image->height;
+    const bool sameSize = m->shownWidth == image->width && m->shownHeight == image->height;
+    m->shownWidth = image->width;
+    m->shownHeight = image->height;
     const bool fit = !record || record->fit;
     const int32_t zoom = record ? record->zoom : 100;
     const int64_t cx = record ? record->centreX : 0, cy = record ? record->centreY : 0;
