@@ -6,6 +6,7 @@
 #include "host/Host_Threads.h"
 #include "modules/Module_List.h"
 #include "ui/MessageBox.h"
+#include "ui/ProgressDialog.h"
 #include "ui/Toolkit_Dispatch.h"
 #include "ui/WidgetKinds.h"
 #include "ui/widgets/Applet.h"
@@ -179,8 +180,10 @@ void OnButton(Toolkit*, Widget* button, void* user) {
     ShellModule* m = Current(shell);
     if (!m) return;
     const uint32_t id = button->id;
-    if (id == Id("BtKp") || id == Id("BtCl")) {
-        Shell_LeaveModule(shell, id == Id("BtKp"));
+    if (id == Id("BtKp")) {
+        Shell_KeepModule(shell);
+    } else if (id == Id("BtCl")) {
+        Shell_LeaveModule(shell, false);
     } else if (id == Id("BtOr")) {
         m->showingBefore = !m->showingBefore;
         Shell_ShowModuleImage(shell);
@@ -264,11 +267,26 @@ void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
     Shell_StartModuleRun(shell);
 }
 
+// The progress dialog of a Keep that waits for the exact result; its Cancel
+// goes back to the module.
+void Shell_KeepModule(Shell* shell) {
+    ShellModule* m = Current(shell);
+    if (!m || m->keepProgress) return;
+    const bool current =
+        m->result && std::memcmp(m->resultParams.bytes, m->params.bytes, sizeof m->params.bytes) == 0;
+    if (current || m->def->appliesOnKeep || !m->running) {
+        Shell_LeaveModule(shell, true);  // at once, or computed in place when nothing runs
+        return;
+    }
+    m->keepProgress = ProgressDialog_Show(shell->ui.get(), "Computing the full-resolution result");
+}
+
 void Shell_LeaveModule(Shell* shell, bool keep) {
     std::shared_ptr<ShellModule> m = shell->module;
     if (!m) return;
     // The form goes first, then the computation is waited for: leaving never
     // cuts one short, and its result counts only if it has the newest values.
+    if (m->keepProgress) ProgressDialog_Close(shell->ui.get(), std::exchange(m->keepProgress, nullptr));
     Shell_HideForm(shell, m->form->id);
     WaitForBackground();
     if (m->running) {

@@ -18,6 +18,7 @@ struct ShellModule {
     ModuleParamsBuffer params;  // the positions the setters show
     ImagePtr source;            // what the step starts from instead of the working image, or null
     void (*answered)(ModuleScreen* screen, int button) = nullptr;  // the module's question up
+    Widget* keepProgress = nullptr;  // Keep waits for the exact result under this dialog
 
     // The latest finished result, the positions it was computed with, and
     // what the view shows of it (a copy the module marked up, or null).
@@ -68,6 +69,9 @@ void Shell_PrepareSmallPreview(ShellModule* module, const ImageBuffer& image, in
                                int32_t viewHeight);
 // The positions for the small copy: image coordinates divided by its factor.
 ModuleParamsBuffer Shell_SmallParams(const ShellModule& module);
+// "BtKp": leaves with the exact result for the setters' positions; while it
+// is still computed, under a progress dialog whose Cancel goes back.
+void Shell_KeepModule(Shell* shell);
 // Keep (the result becomes the working image) or Cancel.
 void Shell_LeaveModule(Shell* shell, bool keep);
 // The "Parameter [" block of a module form, from its widgets.

@@ -7,12 +7,14 @@
 
 #include "host/CursorWaitScope.h"
 #include "host/Host_Threads.h"
+#include "ui/ProgressDialog.h"
 #include "ui/widgets/Button.h"
 #include "ui/widgets/ImageView.h"
 #include "ui/widgets/Label.h"
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -56,7 +58,8 @@ void PrepareRun(Shell* shell, ShellModule* m, bool small) {
 // these positions yet.
 bool SmallFirst(const ShellModule& m) {
     const ImageViewRecord* view = m.view ? Widget_Record<ImageViewRecord>(m.view) : nullptr;
-    return m.small && view && view->fit && !(m.smallResult && SameParams(m.smallParams, m.params));
+    return m.small && !m.keepProgress && view && view->fit &&
+           !(m.smallResult && SameParams(m.smallParams, m.params));
 }
 
 // What the run left becomes the result when it finished with the newest
@@ -104,10 +107,16 @@ void Shell_StartModuleRun(Shell* shell) {
 void Shell_PollModule(Shell* shell) {
     ShellModule* m = shell->module.get();
     if (!m || !m->running) return;
+    if (m->keepProgress && ProgressDialog_Cancelled(m->keepProgress)) {
+        ProgressDialog_Close(shell->ui.get(), std::exchange(m->keepProgress, nullptr));  // back to the module
+    }
     if (Host_IsBackgroundRunning()) {
+        const int percent = m->percent.load(std::memory_order_relaxed);
         char text[32];
-        std::snprintf(text, sizeof text, "Computing... %d%%", m->percent.load(std::memory_order_relaxed));
+        std::snprintf(text, sizeof text, "Computing... %d%%", percent);
         SetProgressText(shell, m, text);
+        if (m->keepProgress)
+            ProgressDialog_SetProgress(shell->ui.get(), m->keepProgress, m->runSmall ? 0 : percent);
         return;
     }
     Host_TakeBackgroundFinished();
@@ -117,6 +126,11 @@ void Shell_PollModule(Shell* shell) {
     TakeRun(m, newest);
     SetProgressText(shell, m, "");
     if (newest) Shell_ShowModuleImage(shell);
+    // A Keep that waited has its exact result now.
+    if (m->keepProgress && m->result && SameParams(m->resultParams, m->params)) {
+        Shell_LeaveModule(shell, true);
+        return;
+    }
     // After the quick preview the exact result; after a stale run the newest.
     if (!newest || (small && m->runStatus == ModuleRunStatus::kDone)) Shell_StartModuleRun(shell);
 }

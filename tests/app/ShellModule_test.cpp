@@ -1,6 +1,7 @@
 // The module framework's threads, in this process: a storm of setter changes
 // during one computation ends with the newest values shown, and Cancel while
-// a computation runs waits for it and leaves the working image as it was.
+// a computation runs waits for it and leaves the working image as it was; Keep
+// while one runs waits for the exact result and commits that.
 #include "app/Shell_Module.h"
 #include "host/Host_Threads.h"
 #include "modules/Module_List.h"
@@ -79,6 +80,27 @@ TEST_F(ShellModuleTest, CancelWhileComputingWaitsAndLeavesTheImage) {
     for (int64_t* plane : {shell.image->red, shell.image->green, shell.image->blue})
         EXPECT_EQ(std::memcmp(plane, before->red, n * sizeof(int64_t)), 0);
     EXPECT_FALSE(shell.undo.available);
+}
+
+TEST_F(ShellModuleTest, KeepWhileComputingCommitsTheExactResultOnceItIsDone) {
+    Settle();
+    const ImagePtr before(Image_Clone(shell.image.get()));
+    Move(200);
+    Shell_KeepModule(&shell);
+    ASSERT_NE(shell.module, nullptr);  // waiting, under its progress dialog
+    EXPECT_NE(shell.module->keepProgress, nullptr);
+    const ModuleDef& autodev = *shell.module->def;
+    const ModuleParamsBuffer params = shell.module->params;
+    Settle();
+    ASSERT_EQ(shell.module, nullptr);
+    ImageBuffer* expected = Image_Clone(before.get());
+    ImageBuffer* noMask = nullptr;
+    ASSERT_EQ(Module_Run(autodev, params.bytes, &expected, &noMask, nullptr), ModuleRunStatus::kDone);
+    const ImagePtr owned(expected);
+    const size_t n = size_t(expected->stride) * size_t(expected->height) * sizeof(int64_t);
+    EXPECT_EQ(std::memcmp(shell.image->red, expected->red, n), 0);
+    EXPECT_EQ(std::memcmp(shell.image->blue, expected->blue, n), 0);
+    EXPECT_TRUE(shell.undo.available);
 }
 
 }  // namespace
