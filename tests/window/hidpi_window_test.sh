@@ -33,7 +33,8 @@ check() {  # check RESOURCES GDK_SCALE EXPECTED-SCALE
   "$probe" wait "$title" 20 || fail "the window did not appear"
   headless "$3"
   local ok=""
-  for _ in $(seq 1 50); do
+  # Up to 30 s: under the sanitizers on a busy machine the 4K main form is slow to come.
+  for _ in $(seq 1 150); do
     if "$probe" compare "$title" "$workdir/main-$3.png" 0 >"$workdir/compare.log"; then ok=1; break; fi
     sleep 0.2
   done
