@@ -79,10 +79,9 @@ void OnButton(Toolkit*, Widget* button, void* user) {
 }
 
 // Whether the main form offers the module: a main-form operation runs at
-// once; a module with a form needs its screen and its form in the archive.
+// once; a module with a form needs its form in the archive.
 bool Offered(Shell* shell, const ModuleDef& module) {
-    if (!module.form) return true;
-    return module.screen && !Resources_LoadWhole(shell->ui.get(), module.form).empty();
+    return !module.form || !Resources_LoadWhole(shell->ui.get(), module.form).empty();
 }
 
 std::string EscapeMarkup(const char* text) {

@@ -251,13 +251,13 @@ void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
                  shell->globalStretchKept};
     shell->module = m;
 
-    SetupSetters(shell, m.get());
     BindButtons(shell, form);
     Shell_BindInfoButtons(shell, form);
     if (Widget* applet = FindApplet(form)) Applet_SetTick(applet, OnTick, shell);
     if (m->view && module.screen && module.screen->region)
         ImageView_SetRegionCallback(m->view, OnRegion, shell);
     Shell_ShowForm(shell, form->id);
+    SetupSetters(shell, m.get());  // laid out on screen: the captions can be measured
     if (m->view) {
         const PixelRect r = Widget_PixelRect(shell->ui.get(), m->view);
         Shell_PrepareSmallPreview(m.get(), *shell->image, r.width, r.height);

@@ -76,11 +76,8 @@ void TakeRun(ShellModule* m, bool adopt) {
     } else {
         Image_Free(m->runImage);
         Image_Free(m->runMask);
-        if (adopt && m->runStatus == ModuleRunStatus::kNoResult) {
-            m->result.reset();  // the positions give none: the working image shows
-            m->resultMask.reset();
-            m->smallResult.reset();
-        }
+        // Positions that give no result (Bin at scale 0) leave the picture
+        // shown; Keep then commits nothing.
     }
     m->runImage = m->runMask = nullptr;
 }

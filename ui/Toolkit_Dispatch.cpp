@@ -261,9 +261,16 @@ void Toolkit_DrawWidget(Toolkit* toolkit, Widget* widget) {
         return;
     }
     Widget* root = toolkit->root.get();
-    // Under a modal box a widget is covered: drawing it alone would paint over the box.
-    if (widget == root || (toolkit->currentForm && toolkit->currentForm != root &&
-                           !Widget_IsWithin(widget, toolkit->currentForm))) {
+    // Under a modal box, or in a form another one stacked on it covers (a
+    // module's form over the main form), a widget drawn alone would paint
+    // over what covers it: the whole screen is drawn in order instead.
+    const Widget* top = widget;
+    while (top->parent && top->parent != root) top = top->parent;
+    const bool stackedOver =
+        top->parent == root && !root->children.empty() && root->children.back().get() != top;
+    if (widget == root || stackedOver ||
+        (toolkit->currentForm && toolkit->currentForm != root &&
+         !Widget_IsWithin(widget, toolkit->currentForm))) {
         Toolkit_DrawAll(toolkit);
         return;
     }

@@ -12,6 +12,8 @@ ModuleRunStatus Run(ImageBuffer* image, const void* params, const KernelControl*
 
 }  // namespace
 
+extern const ModuleScreenHooks kBinScreen;
+
 extern const ModuleDef kBinModule = {
     .name = "Bin",
     .option = "bin",
@@ -27,5 +29,5 @@ extern const ModuleDef kBinModule = {
     .logged = true,
     .globalStretch = false,
     .run = Run,
-    .screen = nullptr,
+    .screen = &kBinScreen,
 };

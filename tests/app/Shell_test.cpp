@@ -417,6 +417,21 @@ TEST_F(ShellTest, RedoGlobalStretchStartsFromTheTrackedLinearData) {
     EXPECT_EQ(ReadFileBytes(Path("redo.tif")), ReadFileBytes(Path("cli.tif")));
 }
 
+// Bin with a preset and Rotate with a set angle, each kept, give the command
+// line's file; their forms as reviewed.
+TEST_F(ShellTest, BinAndRotateKeptInTheWindowEqualTheCommandLine) {
+    const ProgramRun run =
+        Program(Open(bundled) + "answer Linear\npress BSBi\npress Bt71\nidle\nscreenshot " + Path("bin.png") +
+                    "\npress BtKp\npress BtRt\nset LvS1 100\nidle\nscreenshot " + Path("rotate.png") +
+                    "\npress BtKp\n" + Save(Path("window.tif")),
+                "1280x720");
+    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_EQ(Cli({"process", bundled, "--bin=7071", "--rotate=100", "-o", Path("cli.tif")}), 0);
+    EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
+    CompareGolden(Path("bin.png"), "bin_1280x720");
+    CompareGolden(Path("rotate.png"), "rotate_1280x720");
+}
+
 // A RoI dragged either way is the same RoI; without one, "No RoI" is greyed out.
 TEST_F(ShellTest, AutoDevRegionOfInterestFromADragInEitherDirection) {
     std::string blocks[2];

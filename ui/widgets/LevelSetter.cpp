@@ -1,5 +1,6 @@
 // Drawing and dragging of level setters.
 #include "ui/widgets/LevelSetter.h"
+#include "ui/font/Font.h"
 
 #include "ui/Theme.h"
 #include "ui/Toolkit_Dispatch.h"
@@ -46,14 +47,24 @@ void Draw(Toolkit* toolkit, Widget* widget, LevelSetterRecord* record) {
     (void)paint;
 }
 
-// Caption and value share the upper half equally, so that the longer value
-// texts ("20% shadow dominant") stay on one line.
-void PlaceLabels(Widget* setter, LevelSetterRecord* record) {
+// Caption and value share the upper half: the caption takes what its text
+// needs (at most half, at least a fifth), the value the rest, so that the
+// longer value texts ("(scale/noise reduction 50.00%)/(400.00%)/(+2.00 bits)")
+// stay on one line beside a short caption.
+void PlaceLabels(const Toolkit* toolkit, Widget* setter, LevelSetterRecord* record) {
     const uint32_t half = kUnitsWhole / 2;
+    uint32_t split = half;
+    const std::string* caption = record->captionLabel ? Label_Text(record->captionLabel) : nullptr;
+    const PixelRect r = Widget_PixelRect(toolkit, setter);
+    if (toolkit->font && caption && !caption->empty() && r.width > 0) {
+        const int32_t th = Toolkit_TextHeight(toolkit);
+        const int64_t needed = Font_MeasureText(*toolkit->font, th, *caption).width + 2 * th;
+        split = uint32_t(std::clamp<int64_t>(needed * kUnitsWhole / r.width, kUnitsWhole / 5, half));
+    }
     for (Widget* label : {record->captionLabel, record->valueLabel}) {
         if (!label || label->parent != setter) continue;
-        label->x = label == record->captionLabel ? 0 : half;
-        label->width = half;
+        label->x = label == record->captionLabel ? 0 : split;
+        label->width = label == record->captionLabel ? split : kUnitsWhole - split;
         label->y = 0;
         label->height = half;
     }
@@ -132,7 +143,7 @@ void LevelSetter_Setup(Toolkit* toolkit, Widget* setter, uint32_t maximum, uint3
     record->maximum = maximum;
     record->format = format;
     record->formatUser = formatUser;
-    PlaceLabels(setter, record);
+    PlaceLabels(toolkit, setter, record);
     record->value = std::min(value, maximum);
     ValueLabel_Update(toolkit, setter, record->value);
     Toolkit_Invalidate(toolkit, setter);
@@ -154,8 +165,11 @@ uint32_t LevelSetter_Value(const Widget* setter) {
 }
 
 void LevelSetter_SetCaption(Toolkit* toolkit, Widget* setter, const std::string& caption) {
-    if (auto* record = Widget_Record<LevelSetterRecord>(setter))
-        Label_SetText(toolkit, record->captionLabel, caption);
+    auto* record = Widget_Record<LevelSetterRecord>(setter);
+    if (!record) return;
+    Label_SetText(toolkit, record->captionLabel, caption);
+    PlaceLabels(toolkit, setter, record);
+    Toolkit_Invalidate(toolkit, setter);
 }
 
 Widget* LevelSetter_CaptionLabel(Widget* form, const Widget* setter) {
