@@ -1,10 +1,12 @@
-// The command line: `info` and `convert` (see kHelp). Every user-facing text
+// The command line: `info`, `convert`, `process` and `replay` (see kHelp). Every user-facing text
 // is the load and save flow's own.
 #include "app/Cli.h"
 
+#include "app/Replay_Log.h"
 #include "formats/File_Load.h"
 #include "formats/File_LoadQuestions.h"
 #include "formats/File_Names.h"
+#include "formats/File_ReadAll.h"
 #include "formats/File_Save.h"
 #include "formats/Npy_Write.h"
 #include "host/Host.h"
@@ -16,6 +18,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -39,6 +42,11 @@ constexpr const char* kHelpHead =
     "                     Loads IN, answers the questions the load raises, runs the steps in the\n"
     "                     order given, and saves OUT as convert does. Progress goes to standard\n"
     "                     output; Ctrl-C stops the run and no output file is written.\n"
+    "  replay LOG IN -o OUT\n"
+    "                     Gives IN the treatment a processing log records: the dataset answer and\n"
+    "                     the steps kept after the log's last \"File loaded [\" line, whether kept in\n"
+    "                     the window or run by process, then saves OUT as process does. A line it\n"
+    "                     cannot read stops it (status 2, naming the line) before OUT is written.\n"
     "  help               This text.\n"
     "\n"
     "Load answers:\n"
@@ -145,8 +153,15 @@ void AnswerLoadQuestions(ImageBuffer* image, const LoadInfo& info, const LoadCho
     File_ApplyLoadAnswers(image, info, answers);
 }
 
-int Process(const char* in, const char* out, const std::vector<PipelineStep>& steps,
-            const LoadChoices& choices) {
+// The steps of a run: given whole on the command line, or read from a log,
+// whose size-dependent values are read against the image at their step.
+struct StepSource {
+    size_t count = 0;
+    // False (with the reason on standard error) stops the run: status 2.
+    std::function<bool(size_t index, const ImageBuffer& image, PipelineStep* step)> at;
+};
+
+int Process(const char* in, const char* out, const StepSource& steps, const LoadChoices& choices) {
     LoadInfo info;
     ImageBuffer* loaded = File_LoadImageData(in, &info);
     if (!loaded) {
@@ -163,8 +178,13 @@ int Process(const char* in, const char* out, const std::vector<PipelineStep>& st
     control.progress = PrintProgress;
     control.context = &lastProgress;
     bool cancelled = g_cancelled;
-    for (const PipelineStep& step : steps) {
-        if (cancelled) break;
+    bool refused = false;
+    for (size_t i = 0; i < steps.count && !cancelled; ++i) {
+        PipelineStep step;
+        if (!steps.at(i, *image, &step)) {
+            refused = true;
+            break;
+        }
         std::string block;
         if (!Pipeline_RunStep(step, &image, &mask, &control, &block)) {
             cancelled = true;
@@ -176,6 +196,7 @@ int Process(const char* in, const char* out, const std::vector<PipelineStep>& st
     }
     ImagePtr result(image);
     Image_Free(mask);
+    if (refused) return 2;
     if (cancelled || g_cancelled) {
         std::fputs("\npellucida-cli: cancelled; nothing was written\n", stderr);
         return 130;
@@ -196,6 +217,13 @@ int Process(const char* in, const char* out, const std::vector<PipelineStep>& st
         return 1;
     }
     return 0;
+}
+
+StepSource Given(const std::vector<PipelineStep>& steps) {
+    return {steps.size(), [&steps](size_t i, const ImageBuffer&, PipelineStep* step) {
+                *step = steps[i];
+                return true;
+            }};
 }
 
 int ProcessCommand(int argc, char** argv) {
@@ -237,7 +265,56 @@ int ProcessCommand(int argc, char** argv) {
         }
     }
     if (!in || !out) return Usage("process needs IN and -o OUT");
-    return Process(in, out, steps, choices);
+    return Process(in, out, Given(steps), choices);
+}
+
+int ReplayRefused(const char* logPath, const std::string& reason) {
+    std::fprintf(stderr, "pellucida-cli: %s: %s\n", logPath, reason.c_str());
+    return 2;
+}
+
+int ReplayCommand(int argc, char** argv) {
+    const char* logPath = nullptr;
+    const char* in = nullptr;
+    const char* out = nullptr;
+    for (int i = 0; i < argc; ++i) {
+        std::string arg = argv[i];
+        if (arg == "-o" || arg == "--output") {
+            if (++i >= argc) return Usage("-o needs a file name");
+            out = argv[i];
+        } else if (arg.rfind("--output=", 0) == 0) {
+            out = argv[i] + 9;
+        } else if (!logPath) {
+            logPath = argv[i];
+        } else if (!in) {
+            in = argv[i];
+        } else {
+            return Usage(("unexpected argument \"" + arg + "\"").c_str());
+        }
+    }
+    if (!logPath || !in || !out) return Usage("replay needs LOG, IN and -o OUT");
+    FileBytes bytes;
+    if (!File_ReadAll(logPath, &bytes)) return ReplayRefused(logPath, "cannot read the log");
+    ReplayLog log;
+    std::string error;
+    if (!Replay_ReadLog(std::string_view(reinterpret_cast<const char*>(bytes.data.get()), bytes.size), &log,
+                        &error))
+        return ReplayRefused(logPath, error);
+    LoadChoices choices;
+    if (log.dataset) choices.dataset = *log.dataset;
+    StepSource source{log.steps.size(), [&](size_t i, const ImageBuffer& image, PipelineStep* step) {
+                          if (i == 0 && (image.width != log.width || image.height != log.height))
+                              std::fprintf(stderr,
+                                           "pellucida-cli: %s is %d x %d, the logged image was %d x %d "
+                                           "(line %d); positions are read at the new size\n",
+                                           in, image.width, image.height, log.width, log.height,
+                                           log.sizeLine);
+                          if (Replay_ResolveStep(log.steps[i], image.width, image.height, step, &error))
+                              return true;
+                          ReplayRefused(logPath, error);
+                          return false;
+                      }};
+    return Process(in, out, source, choices);
 }
 
 }  // namespace
@@ -260,10 +337,13 @@ int Cli_Run(int argc, char** argv) {
     }
     if (command == "convert") {
         if (argc != 4) return Usage("convert needs IN and OUT");
-        return Process(argv[2], argv[3], {}, LoadChoices{});
+        return Process(argv[2], argv[3], StepSource{}, LoadChoices{});
     }
     if (command == "process") {
         return ProcessCommand(argc - 2, argv + 2);
+    }
+    if (command == "replay") {
+        return ReplayCommand(argc - 2, argv + 2);
     }
     return Usage(("unknown command \"" + command + "\"").c_str());
 }

@@ -5,6 +5,7 @@
 #include "app/Shell.h"
 
 #include "host/CursorWaitScope.h"
+#include "host/Shell_Log.h"
 #include "image/Tracking.h"
 #include "modules/Module.h"
 #include "modules/Module_List.h"
@@ -95,11 +96,11 @@ void Shell_RunMainFormModule(Shell* shell, uint32_t buttonId) {
     ImageBuffer* image = nullptr;
     ImageBuffer* mask = nullptr;
     ModuleRunStatus status;
+    const ModuleParamsBuffer params = Module_DefaultParams(*module);
     {
         CursorWaitScope wait;
         image = Image_Clone(shell->image.get());
         mask = shell->mask ? Image_Clone(shell->mask.get()) : nullptr;
-        const ModuleParamsBuffer params = Module_DefaultParams(*module);
         status = Module_Run(*module, params.bytes, &image, &mask, nullptr);
     }
     if (status != ModuleRunStatus::kDone) {
@@ -107,6 +108,7 @@ void Shell_RunMainFormModule(Shell* shell, uint32_t buttonId) {
         Image_Free(mask);
         return;
     }
-    const ModuleParamsBuffer params = Module_DefaultParams(*module);
+    // Logged like a kept module, so that a replay of the log repeats it.
+    Shell_Log(Module_LogBlock(*module, params.bytes, shell->image->width, shell->image->height).c_str());
     Shell_CommitStep(shell, *module, params.bytes, ImagePtr(image), ImagePtr(mask));
 }

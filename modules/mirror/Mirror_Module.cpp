@@ -1,5 +1,6 @@
 // The two mirrors' rows in the module list: whole-image operations of the main
-// form, without a form or parameters, and not module steps of the log.
+// form, without a form or parameters. Each is logged as a block with its title
+// and no parameter lines, so that a replay of the log repeats it.
 #include "modules/Module.h"
 #include "modules/mirror/Mirror_Kernel.h"
 
@@ -25,7 +26,7 @@ constexpr ModuleDef Mirror(const char* name, const char* option, const char* sum
             .initParams = Module_InitParams<NoParams>,
             .maskFollows = true,
             .appliesOnKeep = false,
-            .logged = false,
+            .logged = true,
             .globalStretch = false,
             .run = run,
             .screen = nullptr};
