@@ -46,6 +46,13 @@ protected:
     TempDir dir;
     EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
     std::string Log() { return ReadFile(dir.Path() / kShellLogFileName); }
+    std::string Path(const char* name) { return (dir.Path() / name).string(); }
+    // The processing log as it stands, copied aside for a replay to read.
+    std::string CopyOfLog() {
+        fs::copy_file(dir.Path() / kShellLogFileName, Path("copy.log"), fs::copy_options::overwrite_existing);
+        return Path("copy.log");
+    }
+    const std::string bundled = std::string(PELLUCIDA_TEST_SOURCE_DIR) + "/../samples/M94-Seestar-stack.tif";
 };
 
 TEST_F(CliTest, EverySampleIsReadOrRefusedAsExpected) {
@@ -195,6 +202,58 @@ TEST_F(CliTest, ProcessRefusesBadStepsBeforeReadingAnything) {
         EXPECT_EQ(r.status, 2) << args[2];
     }
     EXPECT_FALSE(fs::exists(dir.Path() / kShellLogFileName));
+}
+
+// A process run's own log replays to its own output: one chain through every
+// module, the RoI and crop corners read at the size their step had.
+TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutput) {
+    ASSERT_EQ(RunCli({"process", bundled, "--autodev=roi=100:80:300:200,blur=40", "--bin=7071",
+                      "--rotate=123", "--crop=10:20:110:70", "--flip=v", "-o", Path("process.tif")})
+                  .status,
+              0);
+    const CliResult r = RunCli({"replay", CopyOfLog(), bundled, "-o", Path("replay.tif")});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(ReadFile(Path("replay.tif")), ReadFile(Path("process.tif")));
+    // The replay logs the same blocks again.
+    const std::string log = Log();
+    const size_t second = log.rfind("File loaded [");
+    EXPECT_EQ(log.substr(second, log.rfind("File saved [") - second),
+              log.substr(0, log.find("File saved [")));
+}
+
+// Only the steps after the last load are replayed.
+TEST_F(CliTest, ReplayTakesTheLastLoadOnly) {
+    ASSERT_EQ(RunCli({"process", bundled, "--rotate=900", "-o", Path("first.tif")}).status, 0);
+    ASSERT_EQ(RunCli({"process", bundled, "--bin=5000", "-o", Path("second.tif")}).status, 0);
+    ASSERT_EQ(RunCli({"replay", CopyOfLog(), bundled, "-o", Path("replay.tif")}).status, 0);
+    EXPECT_EQ(ReadFile(Path("replay.tif")), ReadFile(Path("second.tif")));
+}
+
+// A log it cannot read is refused naming the line, and nothing is written.
+TEST_F(CliTest, ReplayRefusesADamagedLogNamingTheLine) {
+    const std::string head = "File loaded [a.tif].\nType of Data: Linear\nImage size is 960 x 720\n";
+    const struct {
+        std::string log, error;
+    } cases[] = {
+        {head + "--- Sharpen\nParameter [Radius] set to [2]\n", "line 4: unknown step \"Sharpen\""},
+        {head + "--- Rotate\nParameter [Angle] set to [12.34]\n",
+         "line 5: no position of \"Angle\" gives \"12.34\""},
+        {head + "--- Rotate\nParameter [Scale] set to [1]\n", "line 5: Rotate has no parameter \"Scale\""},
+        // 960 columns: X2 at 111 leaves 849, not 5.
+        {head + "--- Crop\nParameter [X2] set to [111 pixels (-5)]\n",
+         "line 5: no position of \"X2\" gives \"111 pixels (-5)\" on an image of 960 x 720"},
+        {head + "Undo\n", "line 4: unreadable line \"Undo\""},
+        {"Type of Data: Linear\n", "line 1: no \"File loaded [\" line"},
+        {"File loaded [a.tif].\nType of Data: Linear\n", "line 1: the load has no \"Image size is\" line"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.log);
+        std::ofstream(Path("damaged.log"), std::ios::binary) << c.log;
+        const CliResult r = RunCli({"replay", Path("damaged.log"), bundled, "-o", Path("out.tif")});
+        EXPECT_EQ(r.status, 2);
+        EXPECT_EQ(r.err, "pellucida-cli: " + Path("damaged.log") + ": " + c.error + "\n");
+        EXPECT_FALSE(fs::exists(Path("out.tif")));
+    }
 }
 
 }  // namespace

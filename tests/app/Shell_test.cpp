@@ -432,6 +432,21 @@ TEST_F(ShellTest, BinAndRotateKeptInTheWindowEqualTheCommandLine) {
     CompareGolden(Path("rotate.png"), "rotate_1280x720");
 }
 
+// What the window kept (AutoDev with a RoI, a mirror of the main form) is what
+// a replay of its log gives another run on the same file, byte for byte.
+TEST_F(ShellTest, ReplayOfTheWindowsLogGivesTheWindowsFile) {
+    const ProgramRun run =
+        Program(Open(bundled) + "answer Linear\npress BtAD\nset LvS1 200\n" +
+                "drag View 100 80 300 200\nidle\npress BtKp\npress BtMH\n" + Save(Path("window.tif")));
+    ASSERT_EQ(run.status, 0) << run.err;
+    const std::string log = ReadText(dir.Path() / "Pellucida.log");
+    ASSERT_NE(log.find("--- Mirror left-right\nFile saved ["), std::string::npos) << log;
+    const fs::path copy = dir.Path() / "window.log";
+    fs::copy_file(dir.Path() / "Pellucida.log", copy);
+    ASSERT_EQ(Cli({"replay", copy.string(), bundled, "-o", Path("replay.tif")}), 0);
+    EXPECT_EQ(ReadFileBytes(Path("replay.tif")), ReadFileBytes(Path("window.tif")));
+}
+
 // A RoI dragged either way is the same RoI; without one, "No RoI" is greyed out.
 TEST_F(ShellTest, AutoDevRegionOfInterestFromADragInEitherDirection) {
     std::string blocks[2];
