@@ -7,6 +7,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   libsdl2-dev libdbus-1-dev liblodepng-dev libstb-dev liblz4-dev
   libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
+  libtsan2
   clang libclang-rt-14-dev
   xvfb xauth libx11-dev
   desktop-file-utils

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Sets up the machine, builds, and runs the whole test suite twice: once in the
 # release build and once under AddressSanitizer and UndefinedBehaviorSanitizer.
+# Then the test programs that run threads (label "threads") are built and run
+# once more under ThreadSanitizer; its build preset names only those targets.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 tools/setup.sh
@@ -12,3 +14,8 @@ for preset in release asan; do
   echo "== $preset tests"
   ctest --preset "$preset" -j "$jobs"
 done
+echo "== tsan build"
+cmake --preset tsan >/dev/null
+cmake --build --preset tsan -j "$jobs"
+echo "== tsan tests"
+ctest --preset tsan -j "$jobs"
