@@ -18,6 +18,7 @@
 #include <fstream>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -88,7 +89,10 @@ private:
     std::mt19937_64 m_rng;
     fs::path m_folder;
     Script m_script;
-    bool m_undo = false;              // a step to undo exists
+    bool m_undo = false;  // a step to undo exists
+    // A global stretch was kept on this data (AutoDev then asks first), now and
+    // in the undo step's state, which Undo swaps in.
+    bool m_stretched = false, m_undoStretched = false;
     bool m_inModule = false;          // AutoDev's form is up
     bool m_result = false;            // AutoDev is known to have a result (Keep is enabled)
     Roi m_roi = Roi::kWhole;          // AutoDev keeps its RoI from one entry to the next
@@ -128,6 +132,10 @@ private:
             case 2:  // the module, most of the time
                 m_before = Save();
                 AppLine("press BtAD");
+                if (m_stretched) {
+                    AppLine("expect-box Previously Stretched");
+                    AppLine(Chance(50) ? "answer Redo global stretch" : "answer Stretch the image as-is");
+                }
                 m_inModule = true;
                 m_result = false;
                 m_focus = nullptr;
@@ -135,13 +143,18 @@ private:
             case 3:
                 AppLine(Chance(50) ? "press BtMH" : "press BtMV");
                 m_undo = true;
+                m_undoStretched = m_stretched;
                 break;
             case 4:
-                if (m_undo) AppLine("press BtUn");
+                if (m_undo) {
+                    AppLine("press BtUn");
+                    std::swap(m_stretched, m_undoStretched);
+                }
                 break;
             case 5: {
+                // The screen stretch is for linear data only.
                 static const char* kButtons[] = {"BtZ-", "BtZ+", "BtST"};
-                AppLine(std::string("press ") + kButtons[Below(3)]);
+                AppLine(std::string("press ") + kButtons[Below(m_stretched ? 2 : 3)]);
                 break;
             }
             case 6:
@@ -161,6 +174,7 @@ private:
                     AppLine("expect-box Type of dataset?");
                     AppLine("answer Linear");
                     m_undo = false;
+                    m_stretched = m_undoStretched = false;
                 }
                 break;
             default:
@@ -253,6 +267,8 @@ private:
             // Characters go to the focus or to a quick key, never to a widget
             // chosen by name: no settling, so they do not make a result certain.
             Line(std::string("char ") + c);
+            if (c == 'u' && !m_inModule && m_undo)
+                std::swap(m_stretched, m_undoStretched);  // Undo's quick key
         }
     }
 
@@ -262,6 +278,8 @@ private:
         m_focus = nullptr;
         if (keep) {
             m_undo = true;
+            m_undoStretched = m_stretched;
+            m_stretched = true;
             return;
         }
         m_script.cancelChecks.emplace_back(m_before, Save());
