@@ -29,8 +29,8 @@ second() {  # second [ARGS...]: a second start; its status, which must come soon
     timeout 20 env PELLUCIDA_HOST=sdl2 "$program" "$@" >"$workdir/second.log" 2>&1
 }
 
-wait_for() {  # wait_for FILE TEXT: the text appears in the file within a few seconds
-  for _ in $(seq 1 100); do
+wait_for() {  # wait_for FILE TEXT: the text appears in the file within 30 s (sanitizer builds on a busy machine are slow)
+  for _ in $(seq 1 300); do
     grep -qF -- "$2" "$1" 2>/dev/null && return 0
     sleep 0.1
   done
