@@ -132,11 +132,12 @@ TEST(PipelineParse, OptionsComeFromTheRows) {
     const std::string help = Pipeline_Help();
     for (const ModuleDef* module : Module_List()) {
         EXPECT_NE(help.find(std::string("--") + module->option), std::string::npos) << module->option;
-        for (const ModuleParam& row : module->params)
-            if (row.extent == ParamExtent::Fixed)
-                EXPECT_NE(help.find(std::to_string(row.minimum) + ".." + std::to_string(row.maximum)),
-                          std::string::npos)
-                    << row.key;
+        for (const ModuleParam& row : module->params) {
+            if (row.extent != ParamExtent::Fixed) continue;
+            EXPECT_NE(help.find(std::to_string(row.minimum) + ".." + std::to_string(row.maximum)),
+                      std::string::npos)
+                << row.key;
+        }
     }
 }
 
