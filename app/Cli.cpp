@@ -226,6 +226,21 @@ StepSource Given(const std::vector<PipelineStep>& steps) {
             }};
 }
 
+// "-o FILE", "--output FILE" or "--output=FILE" at argv[*i], which process and
+// replay both take: the name goes to *out and *i past it.
+enum class OutputArg { kNone, kTaken, kMissing };
+OutputArg TakeOutput(int argc, char** argv, int* i, const char** out) {
+    const std::string arg = argv[*i];
+    if (arg == "-o" || arg == "--output") {
+        if (++*i >= argc) return OutputArg::kMissing;
+        *out = argv[*i];
+        return OutputArg::kTaken;
+    }
+    if (arg.rfind("--output=", 0) != 0) return OutputArg::kNone;
+    *out = argv[*i] + 9;
+    return OutputArg::kTaken;
+}
+
 int ProcessCommand(int argc, char** argv) {
     const char* in = nullptr;
     const char* out = nullptr;
@@ -233,11 +248,8 @@ int ProcessCommand(int argc, char** argv) {
     std::vector<PipelineStep> steps;
     for (int i = 0; i < argc; ++i) {
         std::string arg = argv[i];
-        if (arg == "-o" || arg == "--output") {
-            if (++i >= argc) return Usage("-o needs a file name");
-            out = argv[i];
-        } else if (arg.rfind("--output=", 0) == 0) {
-            out = argv[i] + 9;
+        if (const OutputArg o = TakeOutput(argc, argv, &i, &out); o != OutputArg::kNone) {
+            if (o == OutputArg::kMissing) return Usage("-o needs a file name");
         } else if (arg.rfind("--dataset=", 0) == 0) {
             std::string v = arg.substr(10);
             if (v == "linear") {
@@ -279,11 +291,8 @@ int ReplayCommand(int argc, char** argv) {
     const char* out = nullptr;
     for (int i = 0; i < argc; ++i) {
         std::string arg = argv[i];
-        if (arg == "-o" || arg == "--output") {
-            if (++i >= argc) return Usage("-o needs a file name");
-            out = argv[i];
-        } else if (arg.rfind("--output=", 0) == 0) {
-            out = argv[i] + 9;
+        if (const OutputArg o = TakeOutput(argc, argv, &i, &out); o != OutputArg::kNone) {
+            if (o == OutputArg::kMissing) return Usage("-o needs a file name");
         } else if (!logPath) {
             logPath = argv[i];
         } else if (!in) {

@@ -9,7 +9,6 @@
 #include "ui/ProgressDialog.h"
 #include "ui/Toolkit_Dispatch.h"
 #include "ui/WidgetKinds.h"
-#include "ui/widgets/Applet.h"
 #include "ui/widgets/Button.h"
 #include "ui/widgets/ImageView.h"
 #include "ui/widgets/Label.h"
@@ -164,17 +163,6 @@ void OnRegion(Toolkit*, Widget*, const ImageRegion& region, void* user) {
                                         std::min(region.height * k, image.height - y)});
 }
 
-void OnTick(Toolkit*, Widget*, uint32_t, uint32_t, void* user) {
-    Shell_PollModule(static_cast<Shell*>(user));
-}
-
-Widget* FindApplet(Widget* widget) {
-    if (widget->type == kWidgetApplet) return widget;
-    for (auto& child : widget->children)
-        if (Widget* found = FindApplet(child.get())) return found;
-    return nullptr;
-}
-
 void OnButton(Toolkit*, Widget* button, void* user) {
     Shell* shell = static_cast<Shell*>(user);
     ShellModule* m = Current(shell);
@@ -253,7 +241,6 @@ void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
 
     BindButtons(shell, form);
     Shell_BindInfoButtons(shell, form);
-    if (Widget* applet = FindApplet(form)) Applet_SetTick(applet, OnTick, shell);
     if (m->view && module.screen && module.screen->region)
         ImageView_SetRegionCallback(m->view, OnRegion, shell);
     Shell_ShowForm(shell, form->id);

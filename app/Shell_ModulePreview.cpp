@@ -23,10 +23,11 @@ ImagePtr Shell_BinForPreview(const ImageBuffer& image, int32_t factor) {
             std::fill(counts.begin(), counts.end(), 0);
             for (int32_t y = by * factor; y < std::min(image.height, (by + 1) * factor); ++y) {
                 const int64_t* row = from[c] + size_t(y) * size_t(image.stride);
-                for (int32_t x = 0; x < image.width; ++x) {
-                    sums[size_t(x / factor)] += row[x];
-                    ++counts[size_t(x / factor)];
-                }
+                for (int32_t bx = 0, x = 0; bx < w; ++bx)  // block by block: no division per sample
+                    for (const int32_t end = std::min(image.width, x + factor); x < end; ++x) {
+                        sums[size_t(bx)] += row[x];
+                        ++counts[size_t(bx)];
+                    }
             }
             int64_t* row = to[c] + size_t(by) * size_t(out->stride);
             for (int32_t bx = 0; bx < w; ++bx) row[bx] = sums[size_t(bx)] / counts[size_t(bx)];

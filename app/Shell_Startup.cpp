@@ -77,7 +77,8 @@ void PrepareTrackingSlots() {
 }
 
 // The main form's applet takes the ticks from the splash on, so that they stop
-// at a widget of the form on screen: a file being read is watched on them.
+// at a widget of the form on screen: a file being read and a module's
+// computation (its form stacked over the main form) are watched on them.
 void OnMainTick(Toolkit*, Widget*, uint32_t ticks, uint32_t, void* user) {
     Shell_PollLoad(static_cast<Shell*>(user), ticks);
     Shell_PollModule(static_cast<Shell*>(user));
@@ -187,7 +188,7 @@ void Shell_TearDownUi(Shell* shell) {
     if (shell->loading) Image_Free(shell->loading->image);
     shell->loading.reset();
     if (shell->module) Shell_LeaveModule(shell, false);  // waits for its computation
-    Shell_HistoryEnd(shell);  // a clean close: no recovery question next time
+    Shell_HistoryEnd(shell);                             // a clean close: no recovery question next time
     shell->pendingLoad.reset();
     shell->shelf.children.clear();
     shell->ui.reset();

@@ -1,5 +1,7 @@
 #include "ui/Entity_Table.h"
 
+#include "host/Host_Text.h"
+
 #include <cstring>
 
 namespace {
@@ -12,13 +14,6 @@ constexpr CharacterReference kCharacterReferences[] = {
     {"&quot;", '"'}, {"&amp;", '&'}, {"&apos;", '\''}, {"&gt;", '>'}, {"&lt;", '<'},
 };
 constexpr const char* kHexReference = "&#x";
-
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
 
 }  // namespace
 
@@ -64,7 +59,7 @@ void Entity_DecodeCharacters(std::string* text) {
             unsigned value = 0;
             size_t j = i + 3;
             for (; j < s.size() && s[j] != ';'; ++j) {
-                const int digit = HexDigit(s[j]);
+                const int digit = Host_HexDigit(s[j]);
                 if (digit < 0) break;
                 value = (value << 4) | static_cast<unsigned>(digit);
             }

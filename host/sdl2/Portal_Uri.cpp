@@ -1,18 +1,9 @@
 // The portal's names for things: request object paths and file URIs.
 #include "host/sdl2/Portal_FileChooser.h"
 
+#include "host/Host_Text.h"
+
 #include <algorithm>
-
-namespace {
-
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-}  // namespace
 
 std::string Portal_RequestPath(std::string_view uniqueName, std::string_view token) {
     std::string sender(uniqueName.substr(uniqueName.starts_with(':') ? 1 : 0));
@@ -35,8 +26,8 @@ std::optional<std::string> Portal_PathFromUri(std::string_view uri) {
             path += uri[i];
             continue;
         }
-        const int high = i + 2 < uri.size() ? HexDigit(uri[i + 1]) : -1;
-        const int low = high >= 0 ? HexDigit(uri[i + 2]) : -1;
+        const int high = i + 2 < uri.size() ? Host_HexDigit(uri[i + 1]) : -1;
+        const int low = high >= 0 ? Host_HexDigit(uri[i + 2]) : -1;
         if (low < 0 || (high == 0 && low == 0)) return std::nullopt;
         path += char(high * 16 + low);
         i += 2;
