@@ -30,6 +30,9 @@ using ModuleRunFn = ModuleRunStatus (*)(ImageBuffer* image, const void* params, 
 // The modules sit below the toolkit, so a screen acts on its form through the
 // operations the application hands it; identifiers are the form's widgets.
 struct ModuleScreen;
+struct ModuleRegion {
+    int32_t x = 0, y = 0, width = 0, height = 0;  // in image pixels
+};
 struct ModuleScreenOps {
     void (*setText)(ModuleScreen* screen, uint32_t labelId, const char* text);
     void (*setEnabled)(ModuleScreen* screen, uint32_t widgetId, bool enabled);
@@ -43,6 +46,12 @@ struct ModuleScreenOps {
     // The computation starts from the tracked linear reference instead of the
     // working image (false when there is none).
     bool (*useTrackedReference)(ModuleScreen* screen);
+    // The preview is shown again as the module marks it up now; with
+    // `remakeDisplay` its display picture is made again first.
+    void (*refreshPreview)(ModuleScreen* screen, bool remakeDisplay);
+    // The box inside the stacking-artefact border the load found, once per
+    // loaded image and only while its geometry is unchanged (false otherwise).
+    bool (*takeArtefactBox)(ModuleScreen* screen, ModuleRegion* box);
 };
 struct ModuleScreen {
     const ModuleScreenOps* ops;
@@ -54,17 +63,21 @@ struct ModuleScreen {
     bool tracked;              // tracking is on
     bool stretchedBefore;      // a global stretch was kept before
 };
-struct ModuleRegion {
-    int32_t x = 0, y = 0, width = 0, height = 0;  // in image pixels
-};
 struct ModuleScreenHooks {
     void (*enter)(ModuleScreen* screen);
-    void (*changed)(ModuleScreen* screen, uint32_t widgetId);  // a setter moved, a preset was pressed
-    void (*button)(ModuleScreen* screen, uint32_t buttonId);   // a button the framework does not handle
+    // A setter moved, a preset was pressed; 0: every position was set from
+    // outside, so everything that shows them is refreshed.
+    void (*changed)(ModuleScreen* screen, uint32_t widgetId);
+    void (*button)(ModuleScreen* screen, uint32_t buttonId);  // a button the framework does not handle
     // A rectangle dragged in the preview; null: dragging pans the view.
     void (*region)(ModuleScreen* screen, const ModuleRegion& region);
-    // The result as shown (a display copy): the module may mark it up.
+    // The result as shown (a display copy): the module may mark it up. A
+    // module that computes nothing until Keep marks up the image itself.
     void (*shade)(ModuleScreen* screen, ImageBuffer* shown);
+    // For a module that computes nothing until Keep: a picture made from
+    // `image` (the working image or its quick copy) for the eye only, shown
+    // as it is instead of through the screen stretch; null shows `image`.
+    ImageBuffer* (*display)(ModuleScreen* screen, const ImageBuffer* image);
 };
 
 // Room for any module's parameter struct, so that a step can be held without
