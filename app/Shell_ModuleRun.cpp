@@ -161,10 +161,11 @@ ModuleRunStatus Shell_RunModuleNow(Shell* shell) {
 void Shell_MakeModuleDisplay(Shell* shell) {
     ShellModule* m = shell->module.get();
     if (!m) return;
+    m->display.reset();
     const ModuleScreenHooks* hooks = m->def->screen;
-    const ImageBuffer* image = m->small ? m->small.get() : shell->image.get();
-    m->display.reset(m->def->appliesOnKeep && hooks && hooks->display ? hooks->display(&m->screen, image)
-                                                                      : nullptr);
+    if (!m->def->appliesOnKeep || !hooks || !hooks->display) return;
+    CursorWaitScope wait;  // it may stretch the whole picture
+    m->display.reset(hooks->display(&m->screen, m->small ? m->small.get() : shell->image.get()));
 }
 
 void Shell_ShowModuleImage(Shell* shell) {
