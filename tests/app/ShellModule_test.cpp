@@ -179,7 +179,7 @@ TEST_F(CropScreenTest, StatusLineAndViewToggleFollowTheData) {
 
 // A drag writes the corners and the marks follow (a third outside, the edge at
 // full scale), as they do for positions set from outside (changed with 0); a
-// grow to 3:2 at the bottom edge moves the rectangle up.
+// grow to 3:2 at the bottom edge moves the rectangle up; "Whole Image" resets.
 TEST_F(CropScreenTest, DragOutsideChangesAndAspectMoveTheRectangleAndItsMarks) {
     Enter("BSCr");
     Drag(20, 10, 50, 40);
@@ -195,6 +195,10 @@ TEST_F(CropScreenTest, DragOutsideChangesAndAspectMoveTheRectangleAndItsMarks) {
     Drag(0, 100, 200, 50);
     Press("BtP4");
     EXPECT_EQ(Setters(), (std::array{0u, 18u, 199u, 149u}));
+    Press("BtRs");
+    EXPECT_EQ(std::pair(Setters(), Text("LbSz")),
+              std::pair(std::array{0u, 0u, 199u, 149u},
+                        std::string("Click & drag to crop. New image is 200 x 150 pixels.")));
 }
 
 // The first entry after a load that found a stacking border starts from the
