@@ -78,6 +78,9 @@ void Shell_LeaveModule(Shell* shell, bool keep);
 void Shell_LogParameters(Shell* shell, Widget* form);
 // Binds the info buttons "BtI0", "BtI1", ... of a form to their texts.
 void Shell_BindInfoButtons(Shell* shell, Widget* form);
+// The stereo form's export buttons ("BtEH", "BtEV", "BtEF"): the save dialog
+// and the export. False for any other button.
+bool Shell_ExportButton(Shell* shell, uint32_t buttonId);
 
 inline constexpr const char* kModuleBeforeCaption = "Before";
 inline constexpr const char* kModuleAfterCaption = "After";

@@ -1,10 +1,11 @@
 // Stereo synthesis. The depth map is built in four passes: the image's
-// brightness on a display-like scale (sky at 0, the bright end of the
-// histogram at the top, square-rooted so faint structure counts), the nebula's
-// depth from that brightness binned to a few hundred pixels and blurred wide,
-// the stars from the difference of a narrow and a wider blur (a local-peak
-// detector), spread a little so a star's disc moves as one, and the two mixed.
-// Every pass splits its rows over the workers and tests the cancel flag per row.
+// brightness on a linear scale running from the sky (the histogram's median)
+// to the bright end of the histogram; the nebula's depth from that brightness
+// binned to a few hundred pixels, blurred wide and square-rooted so faint
+// structure counts; the stars from the difference of a narrow and a wider
+// blur (a local-peak detector) above the sky's noise, spread a little so a
+// star's disc moves as one; and the two mixed. Every pass splits its rows
+// over the workers and tests the cancel flag per row.
 #include "modules/stereo/Stereo_Kernel.h"
 
 #include "host/Host_Cpu.h"
@@ -28,15 +29,19 @@ constexpr int32_t kUnit = int32_t(kStereoDepthMax);  // the passes' samples run 
 // The brightness scale: the histogram's median is the sky, this fraction of
 // the samples lies below the top of the scale.
 constexpr double kBrightQuantile = 0.995;
+// The sky's noise: the median distance from the median, as a standard deviation.
+constexpr double kMadToSigma = 1.4826;
 constexpr int64_t kHistogramSamples = 1 << 18;
 // The nebula's depth: brightness binned until the long side is about this
 // many pixels, blurred by this fraction of it.
 constexpr int32_t kNebulaSide = 400;
 constexpr double kNebulaBlur = 1.0 / 30;
-// The star detector: a narrow and a wider blur; their difference at this
-// fraction of the scale counts as a whole star; the spread of its disc.
+// The star detector: a narrow and a wider blur; their difference counts
+// from this many noise deviations on, and this fraction of the scale above
+// that is a whole star; the spread of its disc.
 constexpr double kStarCore = 1.0;
 constexpr double kStarSurround = 5.0;
+constexpr double kStarNoiseFloor = 3.0;
 constexpr double kStarThreshold = 0.06;
 constexpr double kStarSpread = 1.5;
 
@@ -79,6 +84,7 @@ bool ForRows(int32_t rows, const char* stage, const KernelControl* control, cons
 struct Scale {
     int64_t sky = 0;
     int64_t span = 1;
+    double noise = 0;  // the sky's standard deviation, in the passes' units
 };
 
 int64_t Luminance(const ImageBuffer& image, size_t i) {
@@ -103,6 +109,8 @@ Scale BrightnessScale(const ImageBuffer& image) {
     Scale s;
     s.sky = at(0.5);
     s.span = std::max<int64_t>(1, at(kBrightQuantile) - s.sky);
+    for (int64_t& v : samples) v = std::abs(v - s.sky);
+    s.noise = double(at(0.5)) * kMadToSigma / double(s.span) * kUnit;
     return s;
 }
 
@@ -119,29 +127,37 @@ HOST_HOT_LOOP void BrightnessRow(const ImageBuffer& image, const Scale& scale, i
     for (int32_t x = 0; x < image.width; ++x) {
         const double t =
             std::clamp(double(Luminance(image, row + size_t(x)) - scale.sky) * inverse, 0.0, 1.0);
-        out[x] = int32_t(std::sqrt(t) * kUnit + 0.5);
+        out[x] = int32_t(t * kUnit + 0.5);
     }
 }
 
-// The nebula's depth on a small grid, normalised so its brightest part is at the front.
-bool NebulaGrid(const int32_t* brightness, const Planes& full, int32_t factor, std::vector<int32_t>* grid,
+// The nebula's depth on a small grid: the brightness binned and blurred (which
+// averages the noise away first), square-rooted, and normalised so that its
+// brightest part is at the front.
+bool NebulaGrid(const ImageBuffer& image, const Scale& scale, int32_t factor, std::vector<int32_t>* grid,
                 Planes* small, const KernelControl* control) {
-    *small = {(full.width + factor - 1) / factor, (full.height + factor - 1) / factor};
+    *small = {(image.width + factor - 1) / factor, (image.height + factor - 1) / factor};
     std::vector<int32_t> binned(small->Size());
-    for (int32_t by = 0; by < small->height; ++by)
-        for (int32_t bx = 0; bx < small->width; ++bx) {
-            int64_t sum = 0, count = 0;
-            for (int32_t y = by * factor; y < std::min(full.height, (by + 1) * factor); ++y)
-                for (int32_t x = bx * factor; x < std::min(full.width, (bx + 1) * factor); ++x, ++count)
-                    sum += brightness[size_t(y) * size_t(full.width) + size_t(x)];
-            binned[size_t(by) * size_t(small->width) + size_t(bx)] = int32_t(sum / count);
-        }
+    // Averaged about the sky before anything is clipped, so the sky's noise
+    // cancels instead of adding up to a false glow.
+    const double toUnit = double(kUnit) / double(scale.span);
+    if (!ForRows(small->height, kStageDepth, control, [&](int32_t by) {
+            for (int32_t bx = 0; bx < small->width; ++bx) {
+                int64_t sum = 0, count = 0;
+                for (int32_t y = by * factor; y < std::min(image.height, (by + 1) * factor); ++y)
+                    for (int32_t x = bx * factor; x < std::min(image.width, (bx + 1) * factor); ++x, ++count)
+                        sum += Luminance(image, size_t(y) * size_t(image.stride) + size_t(x)) - scale.sky;
+                binned[size_t(by) * size_t(small->width) + size_t(bx)] =
+                    int32_t(std::clamp(double(sum) / double(count) * toUnit, 0.0, double(kUnit)));
+            }
+        }))
+        return false;
     grid->assign(small->Size(), 0);
     const double r = std::max(small->width, small->height) * kNebulaBlur;
     if (!GaussianBlur(binned.data(), grid->data(), small->width, small->height, small->width, r, control))
         return false;
-    const int32_t top = std::max(1, *std::max_element(grid->begin(), grid->end()));
-    for (int32_t& v : *grid) v = int32_t(int64_t{v} * kUnit / top);
+    const double top = std::sqrt(double(std::max(1, *std::max_element(grid->begin(), grid->end()))));
+    for (int32_t& v : *grid) v = int32_t(std::sqrt(double(v)) / top * kUnit + 0.5);
     return true;
 }
 
@@ -177,22 +193,22 @@ ImageBuffer* Stereo_DepthMap(const ImageBuffer* image, const StereoSettings& set
     const int32_t factor = std::max(1, (std::max(full.width, full.height) + kNebulaSide - 1) / kNebulaSide);
     std::vector<int32_t> grid;
     Planes small{};
-    if (!NebulaGrid(brightness.get(), full, factor, &grid, &small, control)) return nullptr;
+    if (!NebulaGrid(*image, scale, factor, &grid, &small, control)) return nullptr;
 
-    // Stars: the narrow blur above the wider one, as a fraction of a whole
-    // star, then spread over the star's disc.
+    // Stars: the narrow blur above the wider one, past the noise, as a
+    // fraction of a whole star, then spread over the star's disc.
     WorkPlane<int32_t> core = WorkPlane_Allocate<int32_t>(full.Size());
     WorkPlane<int32_t> surround = WorkPlane_Allocate<int32_t>(full.Size());
     const int32_t w = full.width, h = full.height;
     if (!GaussianBlur(brightness.get(), core.get(), w, h, w, kStarCore, control) ||
         !GaussianBlur(brightness.get(), surround.get(), w, h, w, kStarSurround, control))
         return nullptr;
-    const double gain = 1.0 / kStarThreshold;
+    const double gain = 1.0 / kStarThreshold, floor = kStarNoiseFloor * scale.noise;
     int32_t* peaks = brightness.get();  // the brightness is not needed any more
     if (!ForRows(h, kStageDepth, control, [&](int32_t y) {
             const size_t row = size_t(y) * size_t(w);
             for (int32_t x = 0; x < w; ++x) {
-                const int32_t d = core[row + size_t(x)] - surround[row + size_t(x)];
+                const double d = core[row + size_t(x)] - surround[row + size_t(x)] - floor;
                 peaks[row + size_t(x)] = d > 0 ? int32_t(std::min<double>(kUnit, d * gain)) : 0;
             }
         }))

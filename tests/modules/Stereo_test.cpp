@@ -114,11 +114,18 @@ TEST_F(StereoDepth, TheGlowIsInFrontOfTheSkyAndAStarStandsOutAsFarAsAsked) {
     EXPECT_GT(star, kStereoDepthMax * 9 / 10);
     EXPECT_LT(beside, kStereoDepthMax / 3);
 
-    s.standOut = 0.0;  // the star keeps the depth of its surroundings
-    ImagePtr flat(Stereo_DepthMap(image.get(), s, nullptr));
-    ASSERT_TRUE(flat);
-    EXPECT_LT(std::abs(DepthAt(flat.get(), kStarX, kStarY) - DepthAt(flat.get(), kStarX + 10, kStarY)),
-              kStereoDepthMax / 10);
+    // How far the star comes forward is the stand-out's share of the way
+    // from its surroundings' depth (stand-out 0) to the front.
+    int64_t at[3];
+    for (int i = 0; i < 3; ++i) {
+        s.standOut = 0.5 * i;
+        ImagePtr d(Stereo_DepthMap(image.get(), s, nullptr));
+        ASSERT_TRUE(d);
+        at[i] = DepthAt(d.get(), kStarX, kStarY);
+    }
+    EXPECT_LT(at[0], kStereoDepthMax / 3);
+    EXPECT_NEAR(at[1], (at[0] + kStereoDepthMax) / 2, 1);
+    EXPECT_EQ(at[2], kStereoDepthMax);
 }
 
 TEST_F(StereoDepth, PreviewsAreLaidOutFromTheViews) {
