@@ -17,6 +17,7 @@ struct ExportSource {
     const ImageBuffer* depth = nullptr;  // the stereo module's depth map; null when it has none
     StereoSettings settings;             // the views of the VR page are made with these
     Toolkit* ui = nullptr;               // the resource archive: the templates and the badge
+    std::string parameters;              // the module's parameter block, logged before an export's line
 };
 
 // Each returns 0, as a dialog's handler does, and shows the wait cursor while it works.

@@ -23,6 +23,6 @@ int Export_Facebook3D(const char* name, const ExportSource& source) {
     if (!name || !IsJpegName(name) || !source.image || !source.depth) return 0;
     Jpeg_Write(source.depth, Export_DepthName(name).c_str());
     Jpeg_Write(source.image, name);
-    Shell_Logf("%s%s].\n", kLogLine, name);
+    Shell_Logf("%s%s%s].\n", source.parameters.c_str(), kLogLine, name);
     return 0;
 }

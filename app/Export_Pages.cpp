@@ -113,7 +113,7 @@ int Export_StereoHtml(const char* name, const ExportSource& source) {
         ReplaceAll(&page, kStereoDepthMark, Export_JpegBase64(depth.get()));
         WriteText(name, page);
     }
-    Shell_Logf("%s%s].\n", kStereoLogLine, name);
+    Shell_Logf("%s%s%s].\n", source.parameters.c_str(), kStereoLogLine, name);
     return 0;
 }
 
@@ -132,6 +132,6 @@ int Export_VrHtml(const char* name, const ExportSource& source) {
     for (auto [view, mark] : {std::pair{left.get(), kVrLeftMark}, std::pair{right.get(), kVrRightMark}})
         ReplaceAll(&page, mark, Export_JpegBase64(Export_VrCanvas(view, s, badge.get()).get()));
     WriteText(name, page);
-    Shell_Logf("%s%s].\n", kVrLogLine, name);
+    Shell_Logf("%s%s%s].\n", source.parameters.c_str(), kVrLogLine, name);
     return 0;
 }

@@ -1,7 +1,7 @@
 // The stereo form's export buttons: each asks for a name in the save dialog,
 // then computes the depth map of the working image at full size with the
-// form's settings, logs the module's parameter block (the exports are how its
-// parameters are applied) and writes the export.
+// form's settings and writes the export, which logs the module's parameter
+// block with its own line (the exports are how its parameters are applied).
 #include "app/Export.h"
 #include "app/Shell_Module.h"
 
@@ -62,7 +62,7 @@ bool Shell_ExportButton(Shell* shell, uint32_t id) {
         depth.reset(Stereo_DepthMap(source.image, source.settings, nullptr));
     }
     source.depth = depth.get();
-    Shell_LogParameters(shell, m->form);
+    source.parameters = Shell_ParameterBlock(m->form);
     button->run(name.c_str(), source);
     return true;
 }

@@ -76,6 +76,8 @@ void Shell_KeepModule(Shell* shell);
 void Shell_LeaveModule(Shell* shell, bool keep);
 // The "Parameter [" block of a module form, from its widgets.
 void Shell_LogParameters(Shell* shell, Widget* form);
+// The same block as text.
+std::string Shell_ParameterBlock(Widget* form);
 // Binds the info buttons "BtI0", "BtI1", ... of a form to their texts.
 void Shell_BindInfoButtons(Shell* shell, Widget* form);
 // The stereo form's export buttons ("BtEH", "BtEV", "BtEF"): the save dialog

@@ -512,6 +512,10 @@ TEST_F(ShellTest, StereoFormPreviewsAndExports) {
                        "Facebook 3D image set exported [" + Path("scene.jpeg") + "].\n"),
               std::string::npos)
         << log;
+    size_t blocks = 0;
+    for (size_t at = log.find("--- Stereo"); at != std::string::npos; at = log.find("--- Stereo", at + 1))
+        ++blocks;
+    EXPECT_EQ(blocks, 3u);  // none for the cancelled dialog and the wrong extension
     const fs::path copy = dir.Path() / "stereo.log";
     fs::copy_file(dir.Path() / "Pellucida.log", copy);
     EXPECT_EQ(Cli({"replay", copy.string(), Path("scene_in.jpg"), "-o", Path("replay.tif")}), 0);

@@ -57,6 +57,9 @@ std::vector<std::pair<int32_t, int32_t>> PictureSizes(const std::string& page) {
     return sizes;
 }
 
+// Stands for the form's parameter block, which an export logs before its line.
+constexpr const char* kBlock = "--- Stereo\n";
+
 class StereoExportTest : public testing::Test {
 protected:
     TempDir dir;
@@ -72,7 +75,10 @@ protected:
         int code = 0;
         ui->archive = Resources_OpenPath(archive.c_str(), &code);
         depth.reset(Stereo_DepthMap(image.get(), source.settings, nullptr));
-        source = {image.get(), depth.get(), {}, ui.get()};
+        source.image = image.get();
+        source.depth = depth.get();
+        source.ui = ui.get();
+        source.parameters = kBlock;
     }
     std::string Path(const char* name) { return dir.File(name); }
     std::string Log() { return ReadText(Shell_LogPath()); }
@@ -97,7 +103,7 @@ TEST_F(StereoExportTest, PhotoPairNamesItsDepthMapAfterTheImage) {
         EXPECT_EQ(Export_Facebook3D(Path(c.name).c_str(), source), 0);
         EXPECT_EQ(fs::exists(Path(c.name)), c.depth != nullptr);
         if (!c.depth) continue;
-        log += "Facebook 3D image set exported [" + Path(c.name) + "].\n";
+        log += kBlock + ("Facebook 3D image set exported [" + Path(c.name) + "].\n");
         ImagePtr photo(Jpeg_Read(Path(c.name).c_str())), map(Jpeg_Read(Path(c.depth).c_str()));
         ASSERT_TRUE(photo && map);
         EXPECT_EQ(std::tuple(map->width, map->height, photo->width), std::tuple(320, 200, 320));
@@ -116,7 +122,7 @@ TEST_F(StereoExportTest, StereoPageCarriesTheImageAndItsDepthMapAsText) {
          {kExportTempName, kStereoImageMark, kStereoDepthMark, "http:", "https:", "src=\"//"})
         EXPECT_EQ(page.find(absent), std::string::npos) << absent;
     ExpectNoTemporary();
-    EXPECT_EQ(Log(), "Stereo image exported [" + Path("scene.html") + "].\n");
+    EXPECT_EQ(Log(), kBlock + ("Stereo image exported [" + Path("scene.html") + "].\n"));
 }
 
 // A wrong extension writes and logs nothing; no depth data or no template
@@ -135,7 +141,7 @@ TEST_F(StereoExportTest, RefusalsAreQuietAndTheStereoPageStillLogs) {
         Export_StereoHtml(Path(c.name).c_str(), *c.from);
         Export_VrHtml(Path(c.name).c_str(), *c.from);
         EXPECT_FALSE(fs::exists(Path(c.name))) << c.name;
-        if (c.stereoLogs) log += "Stereo image exported [" + Path(c.name) + "].\n";
+        if (c.stereoLogs) log += kBlock + ("Stereo image exported [" + Path(c.name) + "].\n");
     }
     EXPECT_EQ(Log(), log);
 }
@@ -149,7 +155,7 @@ TEST_F(StereoExportTest, VrPageCarriesTheTwoCanvases) {
     for (const char* absent : {kExportTempName, kVrLeftMark, kVrRightMark, "http:", "https:"})
         EXPECT_EQ(page.find(absent), std::string::npos) << absent;
     ExpectNoTemporary();
-    EXPECT_EQ(Log(), "VR image exported [" + Path("scene.htm") + "].\n");
+    EXPECT_EQ(Log(), kBlock + ("VR image exported [" + Path("scene.htm") + "].\n"));
     ImagePtr large(Image_Create(3000, 1000));
     EXPECT_EQ(Export_VrBaseSize(large.get()), kExportVrMaxView);
 }
