@@ -213,8 +213,9 @@ std::pair<std::string, std::string> Browse(const std::string& browser, const Tem
 
 }  // namespace
 
-// Each page runs to the end of its set-up (the mark it leaves on the
-// document) with nothing on the console, and shows the picture as reviewed.
+// Each page, in each of its modes, runs to the end of its set-up (the mark it
+// leaves on the document) with nothing on the console, and shows the picture
+// as reviewed.
 TEST_F(StereoExportTest, PagesOpenInChromiumWithoutErrorsAndShowThePicture) {
     const std::string browser = Chromium();
     if (browser.empty()) GTEST_SKIP() << "no chromium (tools/setup.sh installs it)";
@@ -224,19 +225,22 @@ TEST_F(StereoExportTest, PagesOpenInChromiumWithoutErrorsAndShowThePicture) {
     const struct {
         int (*write)(const char*, const ExportSource&);
         const char* file;
-        const char* ready;
-    } pages[] = {{Export_StereoHtml, "stereo.html", "data-ready=\"parallax\""},
-                 {Export_VrHtml, "vr.html", "data-ready=\"look\""}};
+        std::vector<const char*> modes;  // chosen by the address's fragment; the first is the default
+    } pages[] = {{Export_StereoHtml, "stereo.html", {"parallax", "cross", "parallel", "anaglyph", "wobble"}},
+                 {Export_VrHtml, "vr.html", {"look", "headset"}}};
     for (const auto& p : pages) {
         SCOPED_TRACE(p.file);
         p.write(Path(p.file).c_str(), source);
-        const auto [dom, console] = Browse(browser, dir, Path(p.file), "--dump-dom");
-        EXPECT_NE(dom.find(p.ready), std::string::npos);
-        EXPECT_EQ(dom.find("data-error"), std::string::npos);
-        EXPECT_EQ(console, "");
+        for (const char* mode : p.modes) {
+            const std::string address = Path(p.file) + (mode == p.modes[0] ? "" : std::string("#") + mode);
+            const auto [dom, console] = Browse(browser, dir, address, "--dump-dom");
+            EXPECT_NE(dom.find(std::string("data-ready=\"") + mode + "\""), std::string::npos) << mode;
+            EXPECT_EQ(dom.find("data-error"), std::string::npos) << mode;
+            EXPECT_EQ(console, "") << mode;
+        }
         const std::string shot = Path("shot.png");
-        const auto [ignored, shotConsole] = Browse(browser, dir, Path(p.file), "--screenshot=" + shot);
-        EXPECT_EQ(shotConsole, "");
+        const auto [ignored, console] = Browse(browser, dir, Path(p.file), "--screenshot=" + shot);
+        EXPECT_EQ(console, "");
         // A browser draws its text and scales pictures its own way: 1 % of the samples may differ.
         CompareGolden(shot, std::string("page_") + fs::path(p.file).stem().string(), 1000 * 600 * 3 / 100);
     }
