@@ -83,13 +83,15 @@ ImagePtr Export_VrCanvas(const ImageBuffer* view, int32_t s, const ImageBuffer* 
     ImagePtr canvas(Image_CreateCleared(4 * s, 2 * s));
     canvas->bitDepth = view->bitDepth;
     canvas->maxValue = view->maxValue;
+    // A view wider than the canvas (larger than its base size) is cut to it.
     const int32_t left = 2 * s - view->width / 2, top = s / 2;
+    const int32_t skip = std::max(0, -left), columns = std::min(view->width - skip, canvas->width);
     int64_t* to[3] = {canvas->red, canvas->green, canvas->blue};
     const int64_t* from[3] = {view->red, view->green, view->blue};
     for (int c = 0; c < 3; ++c)
         for (int32_t y = 0; y < view->height && top + y < canvas->height; ++y)
-            std::copy_n(from[c] + size_t(y) * size_t(view->stride), view->width,
-                        to[c] + size_t(top + y) * size_t(canvas->stride) + size_t(left));
+            std::copy_n(from[c] + size_t(y) * size_t(view->stride) + size_t(skip), columns,
+                        to[c] + size_t(top + y) * size_t(canvas->stride) + size_t(left + skip));
     // Halves on both edges: wrapped round the sphere they meet behind the viewer.
     if (badge)
         for (const int32_t edge : {0, 4 * s}) Blend(canvas.get(), *badge, edge, top + view->height / 2);
