@@ -5,7 +5,6 @@
 #include "app/Export.h"
 #include "app/Shell_Module.h"
 
-#include "formats/File_Names.h"
 #include "host/CursorWaitScope.h"
 #include "host/Host.h"
 #include "host/Host_Threads.h"
@@ -49,8 +48,9 @@ bool Shell_ExportButton(Shell* shell, uint32_t id) {
     std::string name;
     if (!Shell_FileDialog("FileDialog_FileSave", &name)) return true;
 
-    // The preview's computation shares the workers: it ends first (the next
-    // tick takes its result).
+    // The preview's computation shares the workers: it is stopped and waited
+    // for, and computed again on the next tick.
+    if (m->running) m->cancel = true, m->restart = true;
     while (Host_IsBackgroundRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
     ExportSource source;
     source.image = shell->image.get();
