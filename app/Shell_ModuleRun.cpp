@@ -180,7 +180,10 @@ void Shell_ShowModuleImage(Shell* shell) {
             m->def->screen->shade(&screen, m->shown.get());
         }
         image = m->shown ? m->shown.get() : source;
-        if (m->def->globalStretch) lut = nullptr;
+        const ModuleScreenHooks* hooks = m->def->screen;
+        const ModuleParamsBuffer& made = exact ? m->resultParams : m->smallParams;
+        if (m->def->globalStretch || (hooks && hooks->shownAsIs && hooks->shownAsIs(made.bytes)))
+            lut = nullptr;
     }
     const bool sameSize = m->shownWidth == image->width && m->shownHeight == image->height;
     m->shownWidth = image->width;

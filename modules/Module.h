@@ -65,6 +65,9 @@ struct ModuleScreenHooks {
     void (*region)(ModuleScreen* screen, const ModuleRegion& region);
     // The result as shown (a display copy): the module may mark it up.
     void (*shade)(ModuleScreen* screen, ImageBuffer* shown);
+    // True when the result computed with these positions is a picture made
+    // for the eye (a map) that the screen stretch of linear data would spoil.
+    bool (*shownAsIs)(const void* params) = nullptr;
 };
 
 // Room for any module's parameter struct, so that a step can be held without

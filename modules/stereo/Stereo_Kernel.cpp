@@ -341,14 +341,12 @@ ImageBuffer* Stereo_Preview(const ImageBuffer* image, const StereoSettings& sett
         }
         return out.release();
     }
-    // Red from the left view's brightness, so a coloured object does not rival
-    // between the eyes; green and blue from the right view.
+    // Each channel stays itself, so that linear data shows through its
+    // channels' screen stretch as any result does.
     ImagePtr out(Kernel_CreateLike(image, w, h));
     out->mono = 0;
-    for (size_t i = 0, n = size_t(w) * size_t(h); i < n; ++i) {
-        out->red[i] = (299 * left->red[i] + 587 * left->green[i] + 114 * left->blue[i]) / 1000;
-        out->green[i] = right->green[i];
-        out->blue[i] = right->blue[i];
-    }
+    std::copy_n(left->red, size_t(w) * size_t(h), out->red);
+    std::copy_n(right->green, size_t(w) * size_t(h), out->green);
+    std::copy_n(right->blue, size_t(w) * size_t(h), out->blue);
     return out.release();
 }

@@ -43,7 +43,7 @@ bool Stereo_Views(const ImageBuffer* image, const ImageBuffer* depth, const Ster
                   const KernelControl* control, ImagePtr* left, ImagePtr* right);
 
 // What the form shows: the depth map at the image's depth, the views side by
-// side (left on the left, kStereoPairGap apart), or a red-cyan anaglyph (red
-// from the left view, green and blue from the right). Null when cancelled.
+// side (left on the left, kStereoPairGap apart), or a red-cyan anaglyph (the
+// left view's red, the right view's green and blue). Null when cancelled.
 ImageBuffer* Stereo_Preview(const ImageBuffer* image, const StereoSettings& settings,
                             const KernelControl* control);

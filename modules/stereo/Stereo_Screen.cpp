@@ -39,6 +39,11 @@ void Button(ModuleScreen* screen, uint32_t buttonId) {
     }
 }
 
+// The depth map is grey levels, not data: the screen stretch is not for it.
+bool ShownAsIs(const void* params) {
+    return static_cast<const StereoParams*>(params)->preview == int32_t(StereoPreview::kDepth);
+}
+
 }  // namespace
 
-extern const ModuleScreenHooks kStereoScreen = {Refresh, Changed, Button, nullptr, nullptr};
+extern const ModuleScreenHooks kStereoScreen = {Refresh, Changed, Button, nullptr, nullptr, ShownAsIs};

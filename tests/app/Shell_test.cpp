@@ -479,7 +479,8 @@ TEST_F(ShellTest, ParameterBlockListsTheSettersTheFormHas) {
               "--- Test\nParameter [Zero] set to [3]\nParameter [] set to [0]\n");
 }
 
-// The stereo form: its three previews as reviewed, and its three exports each
+// The stereo form: its three previews as reviewed (and the depth map of linear
+// data), and its three exports each
 // through the save dialog (a cancelled dialog and a wrong extension write
 // nothing and ask nothing). Each export logs the form's parameter block
 // before its own line, and a replay of that log passes over both.
@@ -494,10 +495,12 @@ TEST_F(ShellTest, StereoFormPreviewsAndExports) {
                     "screenshot " + shots + "/anaglyph.png\ndialog cancel\npress BtEH\ndialog " +
                     Path("notes.txt") + "\npress BtEF\nset LvS1 80\nidle\ndialog " + Path("scene.html") +
                     "\npress BtEH\ndialog " + Path("scene_vr.htm") + "\npress BtEV\ndialog " +
-                    Path("scene.jpeg") + "\npress BtEF\npress BtCl\n",
+                    Path("scene.jpeg") + "\npress BtEF\npress BtCl\n" + Open(bundled) +
+                    "answer Linear\npress BStr\nidle\nscreenshot " + shots + "/linear.png\npress BtCl\n",
                 "1280x720");
     ASSERT_EQ(run.status, 0) << run.err;
-    for (const char* shot : {"depth", "pair", "anaglyph"})
+    // Linear data: the depth map is shown as it is, not through the screen stretch.
+    for (const char* shot : {"depth", "pair", "anaglyph", "linear"})
         CompareGolden(shots + "/" + shot + ".png", std::string("stereo_") + shot + "_1280x720");
     for (const char* written : {"scene.html", "scene_vr.htm", "scene.jpeg", "scene_depth.jpg"})
         EXPECT_TRUE(fs::exists(Path(written))) << written;

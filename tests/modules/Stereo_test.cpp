@@ -154,8 +154,7 @@ TEST_F(StereoDepth, PreviewsAreLaidOutFromTheViews) {
     shown.reset(Stereo_Preview(image.get(), s, nullptr));
     ASSERT_TRUE(shown);
     const auto at = [&](const ImageBuffer* i, int c) { return Pixel(i, c, kStarX + 2, kStarY); };
-    EXPECT_EQ(at(shown.get(), 0),
-              (299 * at(left.get(), 0) + 587 * at(left.get(), 1) + 114 * at(left.get(), 2)) / 1000);
+    EXPECT_EQ(at(shown.get(), 0), at(left.get(), 0));
     EXPECT_EQ(std::tuple(at(shown.get(), 1), at(shown.get(), 2)),
               std::tuple(at(right.get(), 1), at(right.get(), 2)));
 }
