@@ -16,9 +16,10 @@ constexpr std::string_view kBlockTitle = "--- ";
 constexpr std::string_view kParameter = "Parameter [";
 constexpr std::string_view kSetTo = "] set to [";
 // Lines that report and change nothing a replay must repeat: the balance is
-// measured again on the new image, and saves are the replay's own.
-constexpr std::string_view kReportOnly[] = {"Colour balanced for OSC data: ", "File saved [",
-                                            "Could not save file ["};
+// measured again on the new image, and saves and exports are the replay's own.
+constexpr std::string_view kReportOnly[] = {
+    "Colour balanced for OSC data: ", "File saved [",        "Could not save file [",
+    "Stereo image exported [",        "VR image exported [", "Facebook 3D image set exported ["};
 
 bool Fail(std::string* error, int line, const std::string& reason) {
     if (error) *error = "line " + std::to_string(line) + ": " + reason;
@@ -112,20 +113,27 @@ bool Replay_ReadLog(std::string_view text, ReplayLog* log, std::string* error) {
     log->loadLine = int(first) + 1;
 
     ReplayStep* block = nullptr;  // the step whose parameter lines follow
+    bool reportBlock = false;     // the parameters of a module that kept nothing (an export's)
     std::vector<const ModuleParam*> seen;
     for (size_t i = first + 1; i < lines.size(); ++i) {
         const std::string_view line = lines[i];
         const int number = int(i) + 1;
         if (line.starts_with(kParameter)) {
+            if (reportBlock) continue;
             if (!block) return Fail(error, number, "a parameter outside a step's block");
             if (!ReadParameter(line, number, block, &seen, error)) return false;
             continue;
         }
         block = nullptr;
+        reportBlock = false;
         if (line.starts_with(kBlockTitle)) {
             const std::string_view title = line.substr(kBlockTitle.size());
             const ModuleDef* module = Module_FindByName(title);
-            if (!module || !module->logged) return Fail(error, number, "unknown step " + Quoted(title));
+            if (module && !module->logged) {
+                reportBlock = true;
+                continue;
+            }
+            if (!module) return Fail(error, number, "unknown step " + Quoted(title));
             log->steps.push_back({number, {module, Module_DefaultParams(*module)}, {}});
             block = &log->steps.back();
             seen.clear();

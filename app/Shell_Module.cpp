@@ -208,7 +208,7 @@ void OnButton(Toolkit*, Widget* button, void* user) {
         ShowParams(shell, m);
         if (m->def->screen && m->def->screen->changed) m->def->screen->changed(&m->screen, id);
         Shell_StartModuleRun(shell);
-    } else {
+    } else if (!Shell_ExportButton(shell, id)) {
         for (const ParamPreset& preset : m->def->presets) {
             if (preset.buttonId != id) continue;
             for (const ModuleParam& row : m->def->params)

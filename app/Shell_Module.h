@@ -82,8 +82,13 @@ void Shell_KeepModule(Shell* shell);
 void Shell_LeaveModule(Shell* shell, bool keep);
 // The "Parameter [" block of a module form, from its widgets.
 void Shell_LogParameters(Shell* shell, Widget* form);
+// The same block as text.
+std::string Shell_ParameterBlock(Widget* form);
 // Binds the info buttons "BtI0", "BtI1", ... of a form to their texts.
 void Shell_BindInfoButtons(Shell* shell, Widget* form);
+// The stereo form's export buttons ("BtEH", "BtEV", "BtEF"): the save dialog
+// and the export. False for any other button.
+bool Shell_ExportButton(Shell* shell, uint32_t buttonId);
 
 inline constexpr const char* kModuleBeforeCaption = "Before";
 inline constexpr const char* kModuleAfterCaption = "After";

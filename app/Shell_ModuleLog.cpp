@@ -51,6 +51,10 @@ void OnInfo(Toolkit* toolkit, Widget* button, void* user) {
 
 void Shell_LogParameters(Shell*, Widget* form) {
     if (!form || form->id == Widget_PackId("MFrm")) return;
+    Shell_Log(Shell_ParameterBlock(form).c_str());
+}
+
+std::string Shell_ParameterBlock(Widget* form) {
     std::string block = "--- ";
     if (const Widget* title = Widget_FindById(form, Widget_PackId("LbTi")))
         if (const std::string* text = Label_Text(title)) block += *text;
@@ -67,7 +71,7 @@ void Shell_LogParameters(Shell*, Widget* form) {
         Line(&block, TextOf(LevelSetter_CaptionLabel(form, setter)),
              ValueLabel_TextFor(setter, LevelSetter_Value(setter)));
     }
-    Shell_Log(block.c_str());
+    return block;
 }
 
 void Shell_BindInfoButtons(Shell* shell, Widget* form) {

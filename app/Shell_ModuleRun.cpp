@@ -208,7 +208,10 @@ void Shell_ShowModuleImage(Shell* shell) {
         const ImageBuffer* source = exact ? m->result.get() : m->smallResult.get();
         Shade(shell, m, source, exact);
         image = m->shown ? m->shown.get() : source;
-        if (m->def->globalStretch) lut = nullptr;
+        const ModuleScreenHooks* hooks = m->def->screen;
+        const ModuleParamsBuffer& made = exact ? m->resultParams : m->smallParams;
+        if (m->def->globalStretch || (hooks && hooks->shownAsIs && hooks->shownAsIs(made.bytes)))
+            lut = nullptr;
     }
     const bool sameSize = m->shownWidth == image->width && m->shownHeight == image->height;
     m->shownWidth = image->width;

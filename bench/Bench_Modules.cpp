@@ -1,11 +1,11 @@
 // Processing kernels on the generated 6000 x 4000 RGB linear sky at 30 bits:
 // AutoDev at its defaults (with its peak resident memory), Bin at 5000 and
-// 7071, Rotate at 100 (10 degrees) and 900, and GaussianBlur at r = 2 on the
-// three planes. Every kernel makes its result in a new image, as the module
-// forms do; AutoDev is also timed in place, as the batch pipeline runs it.
-// Bin, Rotate and the blur first run once untimed, as the anchors they are
-// compared with do, so that a first run's fresh pages are not counted for one
-// side only (a module form's later runs reuse those pages too).
+// 7071, Rotate at 100 (10 degrees) and 900, GaussianBlur at r = 2 on the
+// three planes, and Stereo's depth map and side-by-side preview. Every kernel
+// makes its result in a new image, as the module forms do; AutoDev is also
+// timed in place, as the batch pipeline runs it. Bin, Rotate and the blur first run once untimed, as the
+// anchors they are compared with do, so that a first run's fresh pages are not counted for one side only (a
+// module form's later runs reuse those pages too).
 #include "Bench_SkyPlanes.h"
 
 #include "image/Image.h"
@@ -15,6 +15,7 @@
 #include "modules/common/GaussianBlur.h"
 #include "modules/rotate/Rotate_Kernel.h"
 #include "modules/rotate/Rotate_Params.h"
+#include "modules/stereo/Stereo_Kernel.h"
 
 #include <benchmark/benchmark.h>
 
@@ -139,5 +140,25 @@ void BM_GaussianBlur_R2(benchmark::State& state) {
     ReportCpu(state, cpuStart);
 }
 BENCHMARK(BM_GaussianBlur_R2)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+
+// Stereo: the depth map alone (what every export computes) and the side-by-side
+// preview (depth map, both views and the layout), at the module's defaults.
+void BM_Stereo(benchmark::State& state) {
+    const ImageBuffer& sky = Bench_SkyImage();
+    StereoSettings settings;
+    settings.preview = state.range(0) ? StereoPreview::kPair : StereoPreview::kDepth;
+    const auto run = [&] {
+        return state.range(0) ? Stereo_Preview(&sky, settings, nullptr)
+                              : Stereo_DepthMap(&sky, settings, nullptr);
+    };
+    ImagePtr(run()).reset();
+    const double cpuStart = ProcessCpuSeconds();
+    for (auto _ : state) {
+        ImagePtr out(run());
+        benchmark::DoNotOptimize(out.get());
+    }
+    ReportCpu(state, cpuStart);
+}
+BENCHMARK(BM_Stereo)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 
 }  // namespace

@@ -77,7 +77,10 @@ struct ModuleScreenHooks {
     // For a module that computes nothing until Keep: a picture made from
     // `image` (the working image or its quick copy) for the eye only, shown
     // as it is instead of through the screen stretch; null shows `image`.
-    ImageBuffer* (*display)(ModuleScreen* screen, const ImageBuffer* image);
+    ImageBuffer* (*display)(ModuleScreen* screen, const ImageBuffer* image) = nullptr;
+    // True when the result computed with these positions is a picture made
+    // for the eye (a map) that the screen stretch of linear data would spoil.
+    bool (*shownAsIs)(const void* params) = nullptr;
 };
 
 // Room for any module's parameter struct, so that a step can be held without

@@ -6,12 +6,13 @@ extern const ModuleDef kRotateModule;
 extern const ModuleDef kCropModule;
 extern const ModuleDef kMirrorHorizontalModule;
 extern const ModuleDef kMirrorVerticalModule;
+extern const ModuleDef kStereoModule;
 
 namespace {
 
 constexpr const ModuleDef* kModules[] = {
-    &kAutoDevModule,        &kBinModule, &kRotateModule, &kCropModule, &kMirrorHorizontalModule,
-    &kMirrorVerticalModule,
+    &kAutoDevModule,        &kBinModule,    &kRotateModule, &kCropModule, &kMirrorHorizontalModule,
+    &kMirrorVerticalModule, &kStereoModule,
 };
 
 }  // namespace

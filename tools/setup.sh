@@ -13,6 +13,7 @@ packages=(
   desktop-file-utils
   dbus-daemon
   fonts-dejavu-core
+  chromium
 )
 
 missing=()

@@ -8,7 +8,9 @@
 #include "formats/Tiff_Write.h"
 #include "image/History.h"
 #include "support/Files.h"
+#include "support/Golden.h"
 #include "support/TestData.h"
+#include "support/TestScene.h"
 #include "ui/Entities.h"
 #include "ui/Toolkit_Create.h"
 #include "ui/markup/Markup_Form.h"
@@ -90,26 +92,6 @@ std::string Open(const std::string& path) {
 }
 std::string Save(const std::string& path) {
     return "dialog " + path + "\npress BtSv\n";
-}
-
-// A screenshot against its reviewed picture in tests/golden/NAME/expected.png;
-// PELLUCIDA_REBASELINE=1 writes the picture instead.
-void CompareGolden(const std::string& actual, const std::string& name) {
-    const fs::path golden = fs::path(PELLUCIDA_TEST_SOURCE_DIR) / "golden" / name / "expected.png";
-    if (const char* r = std::getenv("PELLUCIDA_REBASELINE"); r && std::string(r) == "1") {
-        fs::create_directories(golden.parent_path());
-        fs::copy_file(actual, golden, fs::copy_options::overwrite_existing);
-        return;
-    }
-    std::vector<uint8_t> a, e;
-    unsigned aw = 0, ah = 0, ew = 0, eh = 0;
-    ASSERT_EQ(lodepng::decode(a, aw, ah, actual, LCT_RGB, 8), 0u) << actual;
-    ASSERT_EQ(lodepng::decode(e, ew, eh, golden.string(), LCT_RGB, 8), 0u) << golden;
-    ASSERT_EQ(aw, ew);
-    ASSERT_EQ(ah, eh);
-    size_t bad = 0;
-    for (size_t i = 0; i < a.size(); ++i) bad += std::abs(int(a[i]) - int(e[i])) > 8;
-    EXPECT_EQ(bad, 0u) << name << ": the screen differs from the reviewed picture (" << actual << ")";
 }
 
 }  // namespace
@@ -545,4 +527,49 @@ TEST_F(ShellTest, ParameterBlockListsTheSettersTheFormHas) {
     Shell_LogParameters(nullptr, form);
     EXPECT_EQ(ReadText(dir.Path() / "Pellucida.log"),
               "--- Test\nParameter [Zero] set to [3]\nParameter [] set to [0]\n");
+}
+
+// The stereo form: its three previews as reviewed (and the depth map of linear
+// data), and its three exports each
+// through the save dialog (a cancelled dialog and a wrong extension write
+// nothing and ask nothing). Each export logs the form's parameter block
+// before its own line, and a replay of that log passes over both.
+TEST_F(ShellTest, StereoFormPreviewsAndExports) {
+    ImagePtr scene = TestScene(960, 640);
+    ASSERT_EQ(Jpeg_Write(scene.get(), Path("scene_in.jpg").c_str()), 1);
+    const std::string shots = dir.Path().string();
+    const ProgramRun run =
+        Program(Open(Path("scene_in.jpg")) +
+                    "answer OK\nanswer Don't activate tracking\npress BStr\nidle\nscreenshot " + shots +
+                    "/depth.png\npress BtPP\nidle\nscreenshot " + shots + "/pair.png\npress BtPA\nidle\n" +
+                    "screenshot " + shots + "/anaglyph.png\ndialog cancel\npress BtEH\ndialog " +
+                    Path("notes.txt") + "\npress BtEF\nset LvS1 80\nidle\ndialog " + Path("scene.html") +
+                    "\npress BtEH\ndialog " + Path("scene_vr.htm") + "\npress BtEV\ndialog " +
+                    Path("scene.jpeg") + "\npress BtEF\npress BtCl\n" + Open(bundled) +
+                    "answer Linear\npress BStr\nidle\nscreenshot " + shots + "/linear.png\npress BtCl\n",
+                "1280x720");
+    ASSERT_EQ(run.status, 0) << run.err;
+    // Linear data: the depth map is shown as it is, not through the screen stretch.
+    for (const char* shot : {"depth", "pair", "anaglyph", "linear"})
+        CompareGolden(shots + "/" + shot + ".png", std::string("stereo_") + shot + "_1280x720");
+    for (const char* written : {"scene.html", "scene_vr.htm", "scene.jpeg", "scene_depth.jpg"})
+        EXPECT_TRUE(fs::exists(Path(written))) << written;
+    EXPECT_FALSE(fs::exists(Path("notes.txt")));
+    EXPECT_FALSE(fs::exists(dir.Path() / "_QVTMP.jpg"));
+    const std::string log = ReadText(dir.Path() / "Pellucida.log");
+    const std::string block =
+        "--- Stereo\nParameter [Depth Strength] set to [80 %]\n"
+        "Parameter [Star Stand-Out] set to [60 %]\n";
+    EXPECT_NE(log.find(block + "Stereo image exported [" + Path("scene.html") + "].\n" + block +
+                       "VR image exported [" + Path("scene_vr.htm") + "].\n" + block +
+                       "Facebook 3D image set exported [" + Path("scene.jpeg") + "].\n"),
+              std::string::npos)
+        << log;
+    size_t blocks = 0;
+    for (size_t at = log.find("--- Stereo"); at != std::string::npos; at = log.find("--- Stereo", at + 1))
+        ++blocks;
+    EXPECT_EQ(blocks, 3u);  // none for the cancelled dialog and the wrong extension
+    const fs::path copy = dir.Path() / "stereo.log";
+    fs::copy_file(dir.Path() / "Pellucida.log", copy);
+    EXPECT_EQ(Cli({"replay", copy.string(), Path("scene_in.jpg"), "-o", Path("replay.tif")}), 0);
 }
