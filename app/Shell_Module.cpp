@@ -271,16 +271,15 @@ void Shell_KeepModule(Shell* shell) {
 void Shell_LeaveModule(Shell* shell, bool keep) {
     std::shared_ptr<ShellModule> m = shell->module;
     if (!m) return;
-    // The form goes first, then the computation is waited for: leaving never
-    // cuts one short, and its result counts only if it has the newest values.
+    // The form goes first; a running computation is cancelled and waited for
+    // before the module's images go. Keep never needs it: it takes the result
+    // for the newest positions, computing it below when none is there.
     if (m->keepProgress) ProgressDialog_Close(shell->ui.get(), std::exchange(m->keepProgress, nullptr));
     Shell_HideForm(shell, m->form->id);
+    m->closing = true;
+    m->cancel = true;
     WaitForBackground();
-    if (m->running) {
-        Shell_PollModule(shell);
-        WaitForBackground();  // a restart the poll began
-        if (m->running) Shell_PollModule(shell);
-    }
+    if (m->running) Shell_PollModule(shell);
     if (m->view) ImageView_SetImage(shell->ui.get(), m->view, nullptr, nullptr);
     m->shown.reset();
     shell->module.reset();

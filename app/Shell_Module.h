@@ -40,6 +40,7 @@ struct ShellModule {
     // positions once the running one has stopped; its result is dropped.
     bool running = false;
     bool restart = false;
+    bool closing = false;  // leaving: the running computation is cancelled and nothing new starts
     std::atomic<bool> cancel{false};
     std::atomic<int> percent{0};
     ModuleParamsBuffer runParams;     // the setters' positions the run was started for

@@ -86,7 +86,7 @@ void TakeRun(ShellModule* m, bool adopt) {
 
 void Shell_StartModuleRun(Shell* shell) {
     ShellModule* m = shell->module.get();
-    if (!m || m->def->appliesOnKeep) return;
+    if (!m || m->def->appliesOnKeep || m->closing) return;
     if (m->running) {
         m->cancel = true;
         m->restart = true;
