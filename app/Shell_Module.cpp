@@ -180,6 +180,7 @@ void OnButton(Toolkit*, Widget* button, void* user) {
             ImageView_ZoomIn(shell->ui.get(), m->view);
         else
             ImageView_ZoomOut(shell->ui.get(), m->view);
+        if (m->def->screen && m->def->screen->shadeFollowsZoom) Shell_ShowModuleImage(shell);
         Shell_RefreshZoomLabel(shell, m->view);
     } else if (id == Id("BtRs")) {
         m->def->initParams(m->params.bytes);

@@ -162,6 +162,9 @@ void Shell_ShowModuleImage(Shell* shell) {
     // What the view shows now stays alive until it shows the new picture (a
     // result it showed may be gone already: its size was noted when shown).
     const ImageViewRecord* record = Widget_Record<ImageViewRecord>(m->view);
+    const bool fit = !record || record->fit;
+    const int32_t zoom = record ? record->zoom : 100;
+    const int64_t cx = record ? record->centreX : 0, cy = record ? record->centreY : 0;
     ImagePtr previous = std::move(m->shown);
     m->shownSmall = false;
     if (!before) {
@@ -177,6 +180,14 @@ void Shell_ShowModuleImage(Shell* shell) {
             ModuleScreen screen = m->screen;
             screen.image = exact ? shell->image.get() : m->small.get();
             screen.params = scaled.bytes;
+            // The zoom the view will show it at: the user's, kept below for a
+            // picture of the same size, else the fitted one.
+            const bool keepsZoom = !fit && m->shownWidth == source->width && m->shownHeight == source->height;
+            const PixelRect r = Widget_PixelRect(ui, m->view);
+            screen.viewZoom =
+                keepsZoom ? zoom : ImageView_FitZoomFor(ui, m->view, source->width, source->height);
+            screen.viewWidth = r.width;
+            screen.viewHeight = r.height;
             m->def->screen->shade(&screen, m->shown.get());
         }
         image = m->shown ? m->shown.get() : source;
@@ -185,9 +196,6 @@ void Shell_ShowModuleImage(Shell* shell) {
     const bool sameSize = m->shownWidth == image->width && m->shownHeight == image->height;
     m->shownWidth = image->width;
     m->shownHeight = image->height;
-    const bool fit = !record || record->fit;
-    const int32_t zoom = record ? record->zoom : 100;
-    const int64_t cx = record ? record->centreX : 0, cy = record ? record->centreY : 0;
     ImageView_SetImage(ui, m->view, image, lut ? lut : shell->identityLut.data());
     if (lut) ImageView_SetTables(ui, m->view, lut, true);
     // A new preview keeps the user's zoom and place when the size is the same.

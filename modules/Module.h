@@ -53,6 +53,10 @@ struct ModuleScreen {
     bool linear;               // the data is still linear (the load's answers)
     bool tracked;              // tracking is on
     bool stretchedBefore;      // a global stretch was kept before
+    // For `shade`: the zoom in percent at which the view will show the marked-up
+    // copy, and the view's size in screen pixels.
+    int32_t viewZoom = 100;
+    int32_t viewWidth = 0, viewHeight = 0;
 };
 struct ModuleRegion {
     int32_t x = 0, y = 0, width = 0, height = 0;  // in image pixels
@@ -65,6 +69,7 @@ struct ModuleScreenHooks {
     void (*region)(ModuleScreen* screen, const ModuleRegion& region);
     // The result as shown (a display copy): the module may mark it up.
     void (*shade)(ModuleScreen* screen, ImageBuffer* shown);
+    bool shadeFollowsZoom = false;  // the markup depends on the zoom: made again on a zoom step
 };
 
 // Room for any module's parameter struct, so that a step can be held without

@@ -3,7 +3,8 @@
 // a computation runs cancels it, waits for it and leaves the working image as
 // it was; Keep while one runs waits for the exact result and commits that.
 // Keep is greyed out until there is a result, and positions that give none
-// (Bin at scale 0) leave the shown one.
+// (Bin at scale 0) leave the shown one. Rotate's grid is drawn on the view's
+// copy only, and drawn again for a new zoom.
 #include "app/Shell_Module.h"
 #include "host/Host_Threads.h"
 #include "modules/Module_List.h"
@@ -142,6 +143,25 @@ TEST_F(ShellModuleTest, BinKeepWaitsForAResultAndScaleZeroLeavesTheShownOne) {
     EXPECT_EQ(Shown(), shown);
     EXPECT_TRUE(Press("BtKp"));  // nothing to commit for a scale of 0
     EXPECT_FALSE(shell.undo.available);
+}
+
+TEST_F(ShellModuleTest, RotateGridMarksTheViewsCopyAgainForANewZoom) {
+    Enter("BtRt");
+    Settle();
+    const auto gridPixels = [&] {
+        const ShellModule& m = *shell.module;
+        EXPECT_EQ(Shown(), m.shown.get());
+        size_t n = 0;
+        for (size_t i = 0; i < size_t(m.result->stride) * size_t(m.result->height); ++i)
+            n += m.shown->red[i] != m.result->red[i];
+        return n;
+    };
+    const size_t fitted = gridPixels();
+    EXPECT_GT(fitted, 0u);
+    ASSERT_TRUE(Press("BtZ+"));
+    const size_t zoomed = gridPixels();
+    EXPECT_GT(zoomed, 0u);
+    EXPECT_NE(zoomed, fitted);
 }
 
 }  // namespace
