@@ -149,8 +149,16 @@ bool ScreenUseTrackedReference(ModuleScreen* screen) {
     Shell_StartModuleRun(shell);
     return true;
 }
-constexpr ModuleScreenOps kScreenOps = {ScreenSetText, ScreenSetEnabled, ScreenParamsChanged,
-                                        ScreenMessage, ScreenAsk,        ScreenUseTrackedReference};
+void ScreenKeepAndEnter(ModuleScreen* screen, const ModuleDef& next, const ModuleParamsBuffer& params) {
+    Shell* shell = ShellOf(screen);
+    ShellModule* m = Current(shell);
+    m->next = &next;
+    m->nextParams = params;
+    Shell_KeepModule(shell);
+}
+constexpr ModuleScreenOps kScreenOps = {ScreenSetText,     ScreenSetEnabled, ScreenParamsChanged,
+                                        ScreenMessage,     ScreenAsk,        ScreenUseTrackedReference,
+                                        ScreenKeepAndEnter};
 
 // The region in the working image's pixels, whichever copy the view shows.
 void OnRegion(Toolkit*, Widget*, const ImageRegion& region, void* user) {
@@ -165,7 +173,8 @@ void OnRegion(Toolkit*, Widget*, const ImageRegion& region, void* user) {
 
 void OnButton(Toolkit*, Widget* button, void* user) {
     Shell* shell = static_cast<Shell*>(user);
-    ShellModule* m = Current(shell);
+    const std::shared_ptr<ShellModule> held = shell->module;  // a screen's button may leave the module
+    ShellModule* m = held.get();
     if (!m) return;
     const uint32_t id = button->id;
     if (id == Id("BtKp")) {
@@ -212,9 +221,8 @@ void WaitForBackground() {
     while (Host_IsBackgroundRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
-}  // namespace
-
-void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
+// The module's form and screen, with `params` over the defaults when given.
+void Enter(Shell* shell, const ModuleDef& module, const ModuleParamsBuffer* params) {
     if (!shell->image || shell->module || !module.form) return;
     // A form is loaded on first entry and waits on the shelf afterwards.
     Widget* form = nullptr;
@@ -251,8 +259,23 @@ void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
         Shell_PrepareSmallPreview(m.get(), *shell->image, r.width, r.height);
     }
     if (module.screen && module.screen->enter) module.screen->enter(&m->screen);
+    if (params) {
+        m->params = *params;
+        ShowParams(shell, m.get());
+        if (module.screen && module.screen->changed) module.screen->changed(&m->screen, 0);
+    }
     Shell_ShowModuleImage(shell);
     Shell_StartModuleRun(shell);
+}
+
+}  // namespace
+
+void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
+    Enter(shell, module, nullptr);
+}
+
+void Shell_EnterModuleWithParams(Shell* shell, const ModuleDef& module, const ModuleParamsBuffer& params) {
+    Enter(shell, module, &params);
 }
 
 // The progress dialog of a Keep that waits for the exact result; its Cancel
@@ -296,4 +319,5 @@ void Shell_LeaveModule(Shell* shell, bool keep) {
     }
     if (m->def->logged) Shell_LogParameters(shell, m->form);
     Shell_CommitStep(shell, *m->def, m->params.bytes, std::move(m->result), std::move(m->resultMask));
+    if (m->next) Shell_EnterModuleWithParams(shell, *m->next, m->nextParams);
 }

@@ -106,6 +106,7 @@ void Shell_PollModule(Shell* shell) {
     if (!m || !m->running) return;
     if (m->keepProgress && ProgressDialog_Cancelled(m->keepProgress)) {
         ProgressDialog_Close(shell->ui.get(), std::exchange(m->keepProgress, nullptr));  // back to the module
+        m->next = nullptr;
     }
     if (Host_IsBackgroundRunning()) {
         const int percent = m->percent.load(std::memory_order_relaxed);

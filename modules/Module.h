@@ -30,6 +30,8 @@ using ModuleRunFn = ModuleRunStatus (*)(ImageBuffer* image, const void* params, 
 // The modules sit below the toolkit, so a screen acts on its form through the
 // operations the application hands it; identifiers are the form's widgets.
 struct ModuleScreen;
+struct ModuleDef;
+struct ModuleParamsBuffer;
 struct ModuleScreenOps {
     void (*setText)(ModuleScreen* screen, uint32_t labelId, const char* text);
     void (*setEnabled)(ModuleScreen* screen, uint32_t widgetId, bool enabled);
@@ -43,6 +45,9 @@ struct ModuleScreenOps {
     // The computation starts from the tracked linear reference instead of the
     // working image (false when there is none).
     bool (*useTrackedReference)(ModuleScreen* screen);
+    // Keep, as the Keep button does, then enter `next` with these positions.
+    // The screen is gone once the result is kept: nothing may follow the call.
+    void (*keepAndEnter)(ModuleScreen* screen, const ModuleDef& next, const ModuleParamsBuffer& params);
 };
 struct ModuleScreen {
     const ModuleScreenOps* ops;

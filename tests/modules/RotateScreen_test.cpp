@@ -1,11 +1,14 @@
 // Rotate's screen helpers: the levelling grid's spacing for a zoom and a view,
-// and the pixels its lines change.
+// the pixels its lines change, and the rectangle without black corners.
 #include "modules/rotate/Rotate_Grid.h"
+#include "modules/rotate/Rotate_InnerRect.h"
+#include "modules/rotate/Rotate_Kernel.h"
 
 #include "ModuleTestImages.h"
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -56,4 +59,39 @@ TEST(RotateGrid, LinesLightenDarkPixelsAndDarkenBrightOnes) {
                                         Pixel(image.get(), 0, 207, 150)}),
                   (std::vector<int64_t>{62767, 33267, 32267}));
     }
+}
+
+// The rectangle against the kernel's own output: a constant picture turned
+// has no black pixel inside it, and one more row or column on any side takes
+// in a black one (or leaves the canvas).
+TEST(RotateInnerRect, HoldsNoBlackPixelAndCannotGrowOnAnySide) {
+    const struct {
+        int32_t width, height;
+        double degrees;
+    } cases[] = {{1000, 1000, 0.1}, {640, 480, 10.0},  {480, 640, 33.3}, {301, 97, 45.0},
+                 {97, 301, 135.5},  {200, 150, 271.2}, {64, 64, 359.9},  {500, 40, 5.0}};
+    for (const auto& c : cases) {
+        const std::string where =
+            std::to_string(c.width) + "x" + std::to_string(c.height) + " at " + std::to_string(c.degrees);
+        ImagePtr image = MakeImage(c.width, c.height, 30, [](int32_t, int32_t, int) { return 1 << 29; });
+        ImagePtr out(RotateImage(image.get(), c.degrees, nullptr));
+        ASSERT_TRUE(out) << where;
+        const RotateRect r = Rotate_InnerRect(c.width, c.height, c.degrees);
+        ASSERT_LE(r.x0, r.x1) << where;
+        const auto black = [&](int32_t x0, int32_t y0, int32_t x1, int32_t y1) {
+            if (x0 < 0 || y0 < 0 || x1 >= out->width || y1 >= out->height) return true;
+            for (int32_t y = y0; y <= y1; ++y)
+                for (int32_t x = x0; x <= x1; ++x)
+                    if (Pixel(out.get(), 0, x, y) == 0) return true;
+            return false;
+        };
+        EXPECT_FALSE(black(r.x0, r.y0, r.x1, r.y1)) << where;
+        EXPECT_TRUE(black(r.x0 - 1, r.y0, r.x1, r.y1)) << where;
+        EXPECT_TRUE(black(r.x0, r.y0 - 1, r.x1, r.y1)) << where;
+        EXPECT_TRUE(black(r.x0, r.y0, r.x1 + 1, r.y1)) << where;
+        EXPECT_TRUE(black(r.x0, r.y0, r.x1, r.y1 + 1)) << where;
+    }
+    // A quarter turn leaves nothing to crop: the whole turned picture.
+    const RotateRect quarter = Rotate_InnerRect(30, 20, 90.0);
+    EXPECT_EQ(std::tuple(quarter.x0, quarter.y0, quarter.x1, quarter.y1), std::tuple(0, 0, 19, 29));
 }
