@@ -5,6 +5,7 @@
 #include "host/CursorWaitScope.h"
 #include "host/Host_Threads.h"
 #include "modules/Module_List.h"
+#include "ui/Entities.h"
 #include "ui/MessageBox.h"
 #include "ui/ProgressDialog.h"
 #include "ui/Toolkit_Dispatch.h"
@@ -91,14 +92,18 @@ void SetupSetters(Shell* shell, ShellModule* m) {
 Shell* ShellOf(ModuleScreen* screen) {
     return static_cast<Shell*>(screen->application);
 }
+// A text that is an entity reference shows the entity's text (a language
+// text the form defines).
 void ScreenSetText(ModuleScreen* screen, uint32_t id, const char* text) {
     Shell* shell = ShellOf(screen);
-    if (Widget* w = FindInForm(Current(shell), id)) {
-        if (w->type == kWidgetButton)
-            Button_SetText(shell->ui.get(), w, text);
-        else
-            Label_SetText(shell->ui.get(), w, text);
-    }
+    Widget* w = FindInForm(Current(shell), id);
+    if (!w) return;
+    const char* entity = Toolkit_LookupEntity(shell->ui.get(), text);
+    const std::string shown = entity ? entity : text;
+    if (w->type == kWidgetButton)
+        Button_SetText(shell->ui.get(), w, shown);
+    else
+        Label_SetText(shell->ui.get(), w, shown);
 }
 void ScreenSetEnabled(ModuleScreen* screen, uint32_t id, bool enabled) {
     Shell* shell = ShellOf(screen);
@@ -149,6 +154,22 @@ bool ScreenUseTrackedReference(ModuleScreen* screen) {
     Shell_StartModuleRun(shell);
     return true;
 }
+void ScreenRefreshPreview(ModuleScreen* screen, bool remakeDisplay) {
+    Shell* shell = ShellOf(screen);
+    if (remakeDisplay) Shell_MakeModuleDisplay(shell);
+    Shell_ShowModuleImage(shell);
+}
+// The box is offered once: a module that takes it has used it up.
+bool ScreenTakeArtefactBox(ModuleScreen* screen, ModuleRegion* box) {
+    Shell* shell = ShellOf(screen);
+    const ArtefactBox& b = shell->artefactBox;
+    const ImageBuffer& image = *shell->image;
+    if (!std::exchange(shell->artefacts, false) || b.left < 0 || b.top < 0 || b.right > image.width ||
+        b.bottom > image.height || b.right <= b.left || b.bottom <= b.top)
+        return false;
+    *box = {b.left, b.top, b.right - b.left, b.bottom - b.top};
+    return true;
+}
 void ScreenKeepAndEnter(ModuleScreen* screen, const ModuleDef& next, const ModuleParamsBuffer& params) {
     Shell* shell = ShellOf(screen);
     ShellModule* m = Current(shell);
@@ -156,9 +177,10 @@ void ScreenKeepAndEnter(ModuleScreen* screen, const ModuleDef& next, const Modul
     m->nextParams = params;
     Shell_KeepModule(shell);
 }
-constexpr ModuleScreenOps kScreenOps = {ScreenSetText,     ScreenSetEnabled, ScreenParamsChanged,
-                                        ScreenMessage,     ScreenAsk,        ScreenUseTrackedReference,
-                                        ScreenKeepAndEnter};
+constexpr ModuleScreenOps kScreenOps = {
+    ScreenSetText,     ScreenSetEnabled,          ScreenParamsChanged,  ScreenMessage,
+    ScreenAsk,         ScreenUseTrackedReference, ScreenRefreshPreview, ScreenTakeArtefactBox,
+    ScreenKeepAndEnter};
 
 // The region in the working image's pixels, whichever copy the view shows.
 void OnRegion(Toolkit*, Widget*, const ImageRegion& region, void* user) {
@@ -264,8 +286,9 @@ void Enter(Shell* shell, const ModuleDef& module, const ModuleParamsBuffer* para
         ShowParams(shell, m.get());
         if (module.screen && module.screen->changed) module.screen->changed(&m->screen, 0);
     }
-    Shell_ShowModuleImage(shell);
-    Shell_StartModuleRun(shell);
+    Shell_MakeModuleDisplay(shell);
+    if (!module.appliesOnKeep) Shell_ShowModuleImage(shell);
+    Shell_StartModuleRun(shell);  // shows at once what computes nothing until Keep
 }
 
 }  // namespace

@@ -27,6 +27,9 @@ struct ShellModule {
     ImagePtr result, resultMask, shown;
     ModuleParamsBuffer resultParams;
     bool showingBefore = false;
+    // What a module that computes nothing until Keep shows instead of the
+    // image (a picture for the eye only), or null.
+    ImagePtr display;
 
     // A large image is first computed on a copy binned to about the view's
     // size, so that a change shows at once; the exact result follows.
@@ -65,8 +68,11 @@ void Shell_PollModule(Shell* shell);
 void Shell_StartModuleRun(Shell* shell);
 // Computes the setters' positions at once (Keep on a result that is not the newest).
 ModuleRunStatus Shell_RunModuleNow(Shell* shell);
-// The view shows the result (as the module marks it up) or the image before.
+// The view shows the result (as the module marks it up) or the image before;
+// a module that computes nothing until Keep shows the image marked up.
 void Shell_ShowModuleImage(Shell* shell);
+// The module's display picture of the image (or its quick copy), if it makes one.
+void Shell_MakeModuleDisplay(Shell* shell);
 // Box-averages `image` by `factor` in both directions (the edge's partial
 // blocks average what they hold), for the quick preview.
 ImagePtr Shell_BinForPreview(const ImageBuffer& image, int32_t factor);

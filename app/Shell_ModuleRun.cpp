@@ -82,11 +82,38 @@ void TakeRun(ShellModule* m, bool adopt) {
     m->runImage = m->runMask = nullptr;
 }
 
+// A copy of `source` for the view, marked up by the module (`exact`: in the
+// working image's pixels, else in the quick copy's).
+void Shade(Shell* shell, ShellModule* m, const ImageBuffer* source, bool exact) {
+    if (!m->def->screen || !m->def->screen->shade) return;
+    m->shown.reset(Image_Clone(source));
+    ModuleParamsBuffer scaled = exact ? m->params : Shell_SmallParams(*m);
+    ModuleScreen screen = m->screen;
+    screen.image = exact ? shell->image.get() : m->small.get();
+    screen.params = scaled.bytes;
+    // The zoom the view will show it at: the user's, kept for a picture of
+    // the size shown last, else the fitted one.
+    Toolkit* ui = shell->ui.get();
+    const ImageViewRecord* record = Widget_Record<ImageViewRecord>(m->view);
+    const bool keepsZoom =
+        record && !record->fit && m->shownWidth == source->width && m->shownHeight == source->height;
+    const PixelRect r = Widget_PixelRect(ui, m->view);
+    screen.viewZoom =
+        keepsZoom ? record->zoom : ImageView_FitZoomFor(ui, m->view, source->width, source->height);
+    screen.viewWidth = r.width;
+    screen.viewHeight = r.height;
+    m->def->screen->shade(&screen, m->shown.get());
+}
+
 }  // namespace
 
 void Shell_StartModuleRun(Shell* shell) {
     ShellModule* m = shell->module.get();
-    if (!m || m->def->appliesOnKeep || m->closing) return;
+    if (!m || m->closing) return;
+    if (m->def->appliesOnKeep) {  // nothing to compute: only the marks change
+        Shell_ShowModuleImage(shell);
+        return;
+    }
     if (m->running) {
         m->cancel = true;
         m->restart = true;
@@ -143,18 +170,29 @@ ModuleRunStatus Shell_RunModuleNow(Shell* shell) {
     return status;
 }
 
+void Shell_MakeModuleDisplay(Shell* shell) {
+    ShellModule* m = shell->module.get();
+    if (!m) return;
+    m->display.reset();
+    const ModuleScreenHooks* hooks = m->def->screen;
+    if (!m->def->appliesOnKeep || !hooks || !hooks->display) return;
+    CursorWaitScope wait;  // it may stretch the whole picture
+    m->display.reset(hooks->display(&m->screen, m->small ? m->small.get() : shell->image.get()));
+}
+
 void Shell_ShowModuleImage(Shell* shell) {
     ShellModule* m = shell->module.get();
     if (!m || !m->view) return;
     Toolkit* ui = shell->ui.get();
-    const bool before = m->showingBefore || (!m->result && !m->smallResult);
+    const bool onKeep = m->def->appliesOnKeep;
+    const bool before = m->showingBefore || (!onKeep && !m->result && !m->smallResult);
     if (Widget* toggle = Widget_FindById(m->form, Id("BtOr"))) {
         Button_SetText(ui, toggle, m->showingBefore ? kModuleAfterCaption : kModuleBeforeCaption);
-        Button_SetEnabled(ui, toggle, m->result || m->smallResult);
+        Button_SetEnabled(ui, toggle, m->result || m->smallResult || onKeep);
     }
     // Keep takes the exact result, computing it if only the quick one is shown.
     if (Widget* keep = Widget_FindById(m->form, Id("BtKp")))
-        Button_SetEnabled(ui, keep, m->result || m->smallResult || m->def->appliesOnKeep);
+        Button_SetEnabled(ui, keep, m->result || m->smallResult || onKeep);
     // Linear data is shown through the main view's screen stretch; a global
     // stretch's result is already meant for the eye.
     const bool stretchShown = shell->outcome.linear && shell->screenStretch && !shell->screenLuts.empty();
@@ -168,29 +206,22 @@ void Shell_ShowModuleImage(Shell* shell) {
     const int64_t cx = record ? record->centreX : 0, cy = record ? record->centreY : 0;
     ImagePtr previous = std::move(m->shown);
     m->shownSmall = false;
-    if (!before) {
+    if (onKeep) {
+        // The image itself (its quick copy when there is one, or the module's
+        // picture of it), marked up unless the view shows it before.
+        m->shownSmall = m->small != nullptr;
+        const ImageBuffer* source = m->display ? m->display.get() : m->small ? m->small.get() : image;
+        if (!before) Shade(shell, m, source, !m->shownSmall);
+        image = m->shown ? m->shown.get() : source;
+        if (m->display) lut = nullptr;
+    } else if (!before) {
         // The exact result for these positions, else the quick one, else the
         // last exact one while the newest is computed.
         const bool exact = m->result && (SameParams(m->resultParams, m->params) ||
                                          !(m->smallResult && SameParams(m->smallParams, m->params)));
         m->shownSmall = !exact;
         const ImageBuffer* source = exact ? m->result.get() : m->smallResult.get();
-        if (m->def->screen && m->def->screen->shade) {
-            m->shown.reset(Image_Clone(source));
-            ModuleParamsBuffer scaled = exact ? m->params : Shell_SmallParams(*m);
-            ModuleScreen screen = m->screen;
-            screen.image = exact ? shell->image.get() : m->small.get();
-            screen.params = scaled.bytes;
-            // The zoom the view will show it at: the user's, kept below for a
-            // picture of the same size, else the fitted one.
-            const bool keepsZoom = !fit && m->shownWidth == source->width && m->shownHeight == source->height;
-            const PixelRect r = Widget_PixelRect(ui, m->view);
-            screen.viewZoom =
-                keepsZoom ? zoom : ImageView_FitZoomFor(ui, m->view, source->width, source->height);
-            screen.viewWidth = r.width;
-            screen.viewHeight = r.height;
-            m->def->screen->shade(&screen, m->shown.get());
-        }
+        Shade(shell, m, source, exact);
         image = m->shown ? m->shown.get() : source;
         if (m->def->globalStretch) lut = nullptr;
     }

@@ -63,6 +63,7 @@ void OnRestore(Toolkit*, Widget*, void* user) {
     shell->history.dropMask = mask == nullptr;
     shell->currentName = state.name;
     shell->outcome = LoadOutcome{state.linear, state.tracking};
+    shell->artefacts = false;  // the stacking box was found in the loaded geometry, maybe not this one
     Shell_CommitResult(shell, std::move(image), std::move(mask), RestoredCaption(state.caption).c_str());
 }
 

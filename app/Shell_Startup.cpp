@@ -10,6 +10,7 @@
 #include "host/Host_Os.h"
 #include "host/Host_Threads.h"
 #include "image/Tracking.h"
+#include "modules/Module_List.h"
 #include "ui/Entities.h"
 #include "ui/Layout.h"
 #include "ui/Toolkit_Create.h"
@@ -22,6 +23,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <thread>
 #include <utility>
@@ -168,7 +170,13 @@ void Shell_StartMainForm(Shell* shell) {
     shell->splashPicture.reset();
 
     PrintBanner();
-    for (const char* entry : kStartupForms) Shell_LoadForm(shell, entry);
+    for (const char* entry : kStartupForms) {
+        const Widget* form = Shell_LoadForm(shell, entry);
+        if (!form) continue;
+        // A module shows the form loaded here rather than loading a second one.
+        for (const ModuleDef* module : Module_List())
+            if (module->form && std::strcmp(module->form, entry) == 0) shell->moduleForms[module] = form->id;
+    }
     Shell_BindMainButtons(shell);
     PrepareTrackingSlots();
 

@@ -56,6 +56,8 @@ void Shell_CommitStep(Shell* shell, const ModuleDef& module, const void* params,
             Image_Free(reference);
         }
     }
+    // The stacking-artefact box was found in the geometry the image was loaded in.
+    if (module.maskFollows) shell->artefacts = false;
     const bool stretched = module.globalStretch;
     Shell_CommitResult(shell, std::move(result), std::move(resultMask), module.name);
     if (stretched) {

@@ -30,6 +30,9 @@ using ModuleRunFn = ModuleRunStatus (*)(ImageBuffer* image, const void* params, 
 // The modules sit below the toolkit, so a screen acts on its form through the
 // operations the application hands it; identifiers are the form's widgets.
 struct ModuleScreen;
+struct ModuleRegion {
+    int32_t x = 0, y = 0, width = 0, height = 0;  // in image pixels
+};
 struct ModuleDef;
 struct ModuleParamsBuffer;
 struct ModuleScreenOps {
@@ -45,6 +48,12 @@ struct ModuleScreenOps {
     // The computation starts from the tracked linear reference instead of the
     // working image (false when there is none).
     bool (*useTrackedReference)(ModuleScreen* screen);
+    // The preview is shown again as the module marks it up now; with
+    // `remakeDisplay` its display picture is made again first.
+    void (*refreshPreview)(ModuleScreen* screen, bool remakeDisplay);
+    // The box inside the stacking-artefact border the load found, once per
+    // loaded image and only while its geometry is unchanged (false otherwise).
+    bool (*takeArtefactBox)(ModuleScreen* screen, ModuleRegion* box);
     // Keep, as the Keep button does, then enter `next` with these positions.
     // The screen is gone once the result is kept: nothing may follow the call.
     void (*keepAndEnter)(ModuleScreen* screen, const ModuleDef& next, const ModuleParamsBuffer& params);
@@ -63,17 +72,21 @@ struct ModuleScreen {
     int32_t viewZoom = 100;
     int32_t viewWidth = 0, viewHeight = 0;
 };
-struct ModuleRegion {
-    int32_t x = 0, y = 0, width = 0, height = 0;  // in image pixels
-};
 struct ModuleScreenHooks {
     void (*enter)(ModuleScreen* screen);
-    void (*changed)(ModuleScreen* screen, uint32_t widgetId);  // a setter moved, a preset was pressed
-    void (*button)(ModuleScreen* screen, uint32_t buttonId);   // a button the framework does not handle
+    // A setter moved, a preset was pressed; 0: every position was set from
+    // outside, so everything that shows them is refreshed.
+    void (*changed)(ModuleScreen* screen, uint32_t widgetId);
+    void (*button)(ModuleScreen* screen, uint32_t buttonId);  // a button the framework does not handle
     // A rectangle dragged in the preview; null: dragging pans the view.
     void (*region)(ModuleScreen* screen, const ModuleRegion& region);
-    // The result as shown (a display copy): the module may mark it up.
+    // The result as shown (a display copy): the module may mark it up. A
+    // module that computes nothing until Keep marks up the image itself.
     void (*shade)(ModuleScreen* screen, ImageBuffer* shown);
+    // For a module that computes nothing until Keep: a picture made from
+    // `image` (the working image or its quick copy) for the eye only, shown
+    // as it is instead of through the screen stretch; null shows `image`.
+    ImageBuffer* (*display)(ModuleScreen* screen, const ImageBuffer* image);
     bool shadeFollowsZoom = false;  // the markup depends on the zoom: made again on a zoom step
 };
 

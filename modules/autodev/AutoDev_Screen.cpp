@@ -123,4 +123,4 @@ void Shade(ModuleScreen* screen, ImageBuffer* shown) {
 
 }  // namespace
 
-extern const ModuleScreenHooks kAutoDevScreen = {Enter, Changed, Button, Region, Shade};
+extern const ModuleScreenHooks kAutoDevScreen = {Enter, Changed, Button, Region, Shade, nullptr, false};

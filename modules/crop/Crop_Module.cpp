@@ -14,6 +14,8 @@ ModuleRunStatus Run(ImageBuffer* image, const void* params, const KernelControl*
 
 }  // namespace
 
+extern const ModuleScreenHooks kCropScreen;
+
 extern const ModuleDef kCropModule = {
     .name = "Crop",
     .option = "crop",
@@ -28,5 +30,5 @@ extern const ModuleDef kCropModule = {
     .logged = true,
     .globalStretch = false,
     .run = Run,
-    .screen = nullptr,
+    .screen = &kCropScreen,
 };

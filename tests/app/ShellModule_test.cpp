@@ -1,21 +1,28 @@
-// The module framework's threads, in this process: a storm of setter changes
-// during one computation ends with the newest values shown, and Cancel while
-// a computation runs cancels it, waits for it and leaves the working image as
-// it was; Keep while one runs waits for the exact result and commits that.
-// Keep is greyed out until there is a result, and positions that give none
-// (Bin at scale 0) leave the shown one. Rotate's grid is drawn on the view's
-// copy only, and drawn again for a new zoom.
+// The module framework in this process: a storm of setter changes during one
+// computation ends with the newest values shown, and Cancel while a
+// computation runs cancels it, waits for it and leaves the working image as it
+// was; Keep while one runs waits for the exact result and commits that. Keep is
+// greyed out until there is a result, and positions that give none (Bin at
+// scale 0) leave the shown one. Rotate's grid marks the view's copy only, made
+// again for a new zoom; "Crop corners" keeps and enters Crop with the corners.
+// Crop, which computes nothing until Keep: its rectangle, status line, memory
+// and marks.
 #include "app/Shell_Module.h"
 #include "host/Host_Threads.h"
 #include "modules/Module_List.h"
+#include "modules/crop/Crop_Params.h"
+#include "modules/rotate/Rotate_InnerRect.h"
 #include "support/Files.h"
+#include "support/TestImages.h"
 #include "ui/ToolkitFixture.h"
+#include "ui/widgets/Button.h"
 #include "ui/widgets/ImageView.h"
 #include "ui/widgets/Label.h"
 #include "ui/widgets/LevelSetter.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <cstring>
 #include <thread>
@@ -23,7 +30,8 @@
 
 namespace {
 
-class ShellModuleTest : public testing::Test {
+// A shell with a toolkit over an 800 x 480 framebuffer and the built archive.
+class ModuleFixture : public testing::Test {
 protected:
     TempDir dir;
     EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
@@ -39,22 +47,11 @@ protected:
         shell.ui->archive = Resources_OpenPath(archive.c_str(), &code);
         Toolkit_SetScreen(shell.ui.get(), 800, 480, 800, pixels.data());
         Toolkit_SetMetricsFromScreen(shell.ui.get());
-        // Large enough that a computation takes a while, and is previewed binned first.
-        ImagePtr image(Image_Create(1600, 1200));
-        for (size_t i = 0; i < size_t(image->stride) * size_t(image->height); ++i)
-            image->red[i] = image->green[i] = image->blue[i] = int64_t((i * 2654435761u) % 1000003u) << 10;
-        shell.image = std::move(image);
     }
     void TearDown() override {
         if (shell.module) Shell_LeaveModule(&shell, false);
         shell.ui.reset();
         Shell_Install(nullptr);
-    }
-    void Settle() {
-        while (shell.module && shell.module->running) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-            Shell_PollModule(&shell);
-        }
     }
     void Enter(const char* button) {
         Shell_EnterModule(&shell, *Module_FindByButton(Widget_PackId(button)));
@@ -62,19 +59,33 @@ protected:
     }
     Widget* Find(const char* id) { return Widget_FindById(shell.module->form, Widget_PackId(id)); }
     // Presses a button as the pointer would: false when it is greyed out.
-    bool Press(const char* id) {
+    bool Pressed(const char* id) {
         Widget* button = Find(id);
         auto* record = Widget_Record<ButtonRecord>(button);
         if (record->disabled) return false;
         record->onPress(shell.ui.get(), button, record->user);
         return true;
     }
-    std::string Text(const char* id) { return *Label_Text(Find(id)); }
-    const ImageBuffer* Shown() { return Widget_Record<ImageViewRecord>(shell.module->view)->image; }
-    void Move(uint32_t position) {
-        LevelSetter_SetValue(shell.ui.get(), Widget_FindById(shell.module->form, Widget_PackId("LvS1")),
-                             position, true);
+};
+
+class ShellModuleTest : public ModuleFixture {
+protected:
+    void SetUp() override {
+        ModuleFixture::SetUp();
+        if (IsSkipped()) return;
+        // Large enough that a computation takes a while, and is previewed binned first.
+        ImagePtr image(Image_Create(1600, 1200));
+        for (size_t i = 0; i < size_t(image->stride) * size_t(image->height); ++i)
+            image->red[i] = image->green[i] = image->blue[i] = int64_t((i * 2654435761u) % 1000003u) << 10;
+        shell.image = std::move(image);
     }
+    void Settle() {
+        while (shell.module && shell.module->running) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            Shell_PollModule(&shell);
+        }
+    }
+    void Move(uint32_t position) { LevelSetter_SetValue(shell.ui.get(), Find("LvS1"), position, true); }
 };
 
 TEST_F(ShellModuleTest, AStormOfChangesEndsWithTheNewestValuesShown) {
@@ -98,7 +109,6 @@ TEST_F(ShellModuleTest, CancelWhileComputingCancelsWaitsAndLeavesTheImage) {
     Shell_LeaveModule(&shell, false);
     EXPECT_EQ(shell.module, nullptr);
     EXPECT_EQ(left->runStatus, ModuleRunStatus::kCancelled);
-    EXPECT_FALSE(left->running);
     EXPECT_EQ(Host_IsBackgroundRunning(), 0);
     const size_t n = size_t(before->stride) * size_t(before->height);
     for (int64_t* plane : {shell.image->red, shell.image->green, shell.image->blue})
@@ -130,18 +140,18 @@ TEST_F(ShellModuleTest, KeepWhileComputingCommitsTheExactResultOnceItIsDone) {
 
 TEST_F(ShellModuleTest, BinKeepWaitsForAResultAndScaleZeroLeavesTheShownOne) {
     Enter("BSBi");
-    EXPECT_FALSE(Press("BtKp"));
-    EXPECT_EQ(Text("LbSz"), "Image Size 800 x 600 pixels");
+    EXPECT_FALSE(Pressed("BtKp"));
+    EXPECT_EQ(*Label_Text(Find("LbSz")), "Image Size 800 x 600 pixels");
     Settle();
-    ASSERT_TRUE(Press("Bt35"));  // 3538: 1600 x 0.3538 = 566.08, 1200 x 0.3538 = 424.56
-    EXPECT_EQ(Text("LbSz"), "Image Size 566 x 424 pixels");
+    ASSERT_TRUE(Pressed("Bt35"));  // 3538: 1600 x 0.3538 = 566.08, 1200 x 0.3538 = 424.56
+    EXPECT_EQ(*Label_Text(Find("LbSz")), "Image Size 566 x 424 pixels");
     Settle();
-    const ImageBuffer* shown = Shown();
+    const ImageBuffer* shown = Widget_Record<ImageViewRecord>(shell.module->view)->image;
     ASSERT_EQ(std::tuple(shown->width, shown->height), std::tuple(566, 424));
     Move(0);
     Settle();
-    EXPECT_EQ(Shown(), shown);
-    EXPECT_TRUE(Press("BtKp"));  // nothing to commit for a scale of 0
+    EXPECT_EQ(Widget_Record<ImageViewRecord>(shell.module->view)->image, shown);
+    EXPECT_TRUE(Pressed("BtKp"));  // nothing to commit for a scale of 0
     EXPECT_FALSE(shell.undo.available);
 }
 
@@ -150,7 +160,7 @@ TEST_F(ShellModuleTest, RotateGridMarksTheViewsCopyAgainForANewZoom) {
     Settle();
     const auto gridPixels = [&] {
         const ShellModule& m = *shell.module;
-        EXPECT_EQ(Shown(), m.shown.get());
+        EXPECT_EQ(Widget_Record<ImageViewRecord>(m.view)->image, m.shown.get());
         size_t n = 0;
         for (size_t i = 0; i < size_t(m.result->stride) * size_t(m.result->height); ++i)
             n += m.shown->red[i] != m.result->red[i];
@@ -158,10 +168,157 @@ TEST_F(ShellModuleTest, RotateGridMarksTheViewsCopyAgainForANewZoom) {
     };
     const size_t fitted = gridPixels();
     EXPECT_GT(fitted, 0u);
-    ASSERT_TRUE(Press("BtZ+"));
+    ASSERT_TRUE(Pressed("BtZ+"));
     const size_t zoomed = gridPixels();
     EXPECT_GT(zoomed, 0u);
     EXPECT_NE(zoomed, fitted);
+}
+
+// "Crop corners" is greyed out at the quarter turns; off them it keeps the
+// turned image and enters Crop with the rectangle free of black corners, on
+// its setters and in its status line (its changed hook ran).
+TEST_F(ShellModuleTest, CropCornersKeepsTheTurnAndEntersCropWithTheInnerRectangle) {
+    shell.outcome = {false, false};  // Crop's plain status line
+    Enter("BtRt");
+    EXPECT_FALSE(Pressed("BtCC"));
+    Move(900);
+    EXPECT_FALSE(Pressed("BtCC"));
+    Move(125);
+    const RotateRect r = Rotate_InnerRect(1600, 1200, 12.5);
+    ASSERT_TRUE(Pressed("BtCC"));
+    Settle();  // Keep waits for the exact turn
+    ASSERT_NE(shell.module, nullptr);
+    EXPECT_EQ(shell.module->def, Module_FindByButton(Widget_PackId("BSCr")));
+    EXPECT_TRUE(shell.undo.available);
+    EXPECT_EQ(std::tuple(shell.image->width, shell.image->height), std::tuple(1821, 1517));
+    const std::array<uint32_t, 4> setters = {LevelSetter_Value(Find("LvS1")), LevelSetter_Value(Find("LvS2")),
+                                             LevelSetter_Value(Find("LvS3")),
+                                             LevelSetter_Value(Find("LvS4"))};
+    EXPECT_EQ(setters, (std::array{uint32_t(r.x0), uint32_t(r.y0), uint32_t(r.x1), uint32_t(r.y1)}));
+    EXPECT_EQ(*Label_Text(Find("LbSz")), "Click & drag to crop. New image is " +
+                                             std::to_string(r.x1 - r.x0 + 1) + " x " +
+                                             std::to_string(r.y1 - r.y0 + 1) + " pixels.");
+}
+
+// Crop on a 200 x 150 gradient (red = x << 20), small enough to be shown whole.
+class CropScreenTest : public ModuleFixture {
+protected:
+    void SetUp() override {
+        ModuleFixture::SetUp();
+        if (IsSkipped()) return;
+        shell.image = Gradient(200, 150);
+        shell.outcome = {false, false};  // shown as it is, not stretched
+    }
+    static ImagePtr Gradient(int32_t w, int32_t h) {
+        return MakeImage(w, h, 30, [](int32_t x, int32_t y, int c) { return int64_t(c ? y + c : x) << 20; });
+    }
+    std::array<uint32_t, 4> Setters() {
+        return {LevelSetter_Value(Find("LvS1")), LevelSetter_Value(Find("LvS2")),
+                LevelSetter_Value(Find("LvS3")), LevelSetter_Value(Find("LvS4"))};
+    }
+    void Drag(int32_t x, int32_t y, int32_t w, int32_t h) {
+        shell.module->def->screen->region(&shell.module->screen, {x, y, w, h});
+    }
+    void Press(const char* id) {
+        auto* button = Widget_Record<ButtonRecord>(Find(id));
+        button->onPress(shell.ui.get(), Find(id), button->user);
+    }
+    std::string Text(const char* id) {
+        Widget* w = Find(id);
+        return w->type == kWidgetButton ? Widget_Record<ButtonRecord>(w)->text : *Label_Text(w);
+    }
+    int64_t Shown(int c, int32_t x, int32_t y) { return Pixel(shell.module->shown.get(), c, x, y); }
+};
+
+// Linear tracked data is shown stretched, as grey luminance until the toggle
+// (greyed out otherwise) asks for colour.
+TEST_F(CropScreenTest, StatusLineAndViewToggleFollowTheData) {
+    const char* kStatus = "Click & drag to crop. New image is 200 x 150 pixels.";
+    const struct {
+        bool linear, tracking;
+        std::string status;
+    } cases[] = {{true, true, std::string(kStatus) + " Please check color too (courtesy AutoDev applied)."},
+                 {true, false, kStatus},
+                 {false, true, kStatus}};
+    for (const auto& c : cases) {
+        shell.outcome = {c.linear, c.tracking};
+        Enter("BSCr");
+        EXPECT_EQ(Text("LbSz"), c.status);
+        const bool stretched = c.linear && c.tracking;
+        EXPECT_EQ(Widget_Record<ButtonRecord>(Find("BtLU"))->disabled, !stretched);
+        if (stretched) {
+            EXPECT_EQ(std::pair(Text("BtLU"), Shown(0, 150, 20)),
+                      std::pair(std::string("Colour"), Shown(2, 150, 20)));
+            Press("BtLU");
+            EXPECT_EQ(Text("BtLU"), "Luminance");
+            EXPECT_NE(Shown(0, 150, 20), Shown(2, 150, 20));
+        }
+        Shell_LeaveModule(&shell, false);
+    }
+}
+
+// A drag writes the corners and the marks follow (a third outside, the edge at
+// full scale), as they do for positions set from outside (changed with 0); a
+// grow to 3:2 at the bottom edge moves the rectangle up; "Whole Image" resets.
+TEST_F(CropScreenTest, DragOutsideChangesAndAspectMoveTheRectangleAndItsMarks) {
+    Enter("BSCr");
+    Drag(20, 10, 50, 40);
+    EXPECT_EQ(Setters(), (std::array{20u, 10u, 69u, 49u}));
+    EXPECT_EQ(Text("LbSz"), "Click & drag to crop. New image is 50 x 40 pixels.");
+    EXPECT_EQ((std::array{Shown(0, 150, 100), Shown(0, 40, 30), Shown(0, 20, 30)}),
+              (std::array{(int64_t(150) << 20) / 3, int64_t(40) << 20, int64_t(1073741823)}));
+    *reinterpret_cast<CropParams*>(shell.module->params.bytes) = {100, 50, 149, 99};
+    shell.module->def->screen->changed(&shell.module->screen, 0);
+    EXPECT_EQ(Text("LbSz"), "Click & drag to crop. New image is 50 x 50 pixels.");
+    EXPECT_EQ(std::pair(Shown(0, 40, 30), Shown(0, 120, 70)),
+              std::pair((int64_t(40) << 20) / 3, int64_t(120) << 20));
+    Drag(0, 100, 200, 50);
+    Press("BtP4");
+    EXPECT_EQ(Setters(), (std::array{0u, 18u, 199u, 149u}));
+    Press("BtRs");
+    EXPECT_EQ(std::pair(Setters(), Text("LbSz")),
+              std::pair(std::array{0u, 0u, 199u, 149u},
+                        std::string("Click & drag to crop. New image is 200 x 150 pixels.")));
+}
+
+// The first entry after a load that found a stacking border starts from the
+// box inside it; later the rectangle comes back for the same size only.
+TEST_F(CropScreenTest, ArtefactBoxFirstThenTheRectangleForTheSameSizeOnly) {
+    shell.artefacts = true;
+    shell.artefactBox = {5, 6, 190, 140};
+    Enter("BSCr");
+    EXPECT_EQ(Setters(), (std::array{5u, 6u, 189u, 139u}));
+    Drag(20, 10, 50, 40);
+    Shell_LeaveModule(&shell, false);
+    const struct {
+        int32_t width, height;
+        std::array<uint32_t, 4> setters;
+    } cases[] = {{200, 150, {20, 10, 69, 49}}, {200, 151, {0, 0, 199, 150}}, {201, 150, {0, 0, 200, 149}}};
+    for (const auto& c : cases) {
+        shell.image = Gradient(c.width, c.height);
+        Enter("BSCr");
+        EXPECT_EQ(Setters(), c.setters) << c.width << " x " << c.height;
+        Shell_LeaveModule(&shell, false);
+    }
+}
+
+// Keep cuts image and mask as one undoable step; a zero side only closes.
+TEST_F(CropScreenTest, KeepCutsImageAndMaskAndAZeroSideOnlyCloses) {
+    const struct {
+        std::array<int32_t, 4> drag;
+        int32_t width, height;
+    } cases[] = {{{20, 10, 50, 40}, 50, 40}, {{30, 5, 1, 60}, 200, 150}, {{30, 5, 60, 1}, 200, 150}};
+    for (const auto& c : cases) {
+        shell.image = Gradient(200, 150);
+        shell.mask = Gradient(200, 150);
+        shell.undo = {};
+        Enter("BSCr");
+        Drag(c.drag[0], c.drag[1], c.drag[2], c.drag[3]);
+        Press("BtKp");
+        EXPECT_EQ(
+            std::tuple(shell.image->width, shell.mask->height, shell.mask->red[0], shell.undo.available),
+            std::tuple(c.width, c.height, int64_t(c.width == 50 ? 20 : 0) << 20, c.width == 50));
+    }
 }
 
 }  // namespace

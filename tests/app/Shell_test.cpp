@@ -417,19 +417,69 @@ TEST_F(ShellTest, RedoGlobalStretchStartsFromTheTrackedLinearData) {
     EXPECT_EQ(ReadFileBytes(Path("redo.tif")), ReadFileBytes(Path("cli.tif")));
 }
 
-// Bin with a preset and Rotate with a set angle, each kept, give the command
-// line's file; their forms as reviewed.
-TEST_F(ShellTest, BinAndRotateKeptInTheWindowEqualTheCommandLine) {
+// Bin with a preset, Rotate with a set angle and Crop with set corners, each
+// kept, give the command line's file; Undo takes the crop back, to the file
+// without it. Their forms as reviewed.
+TEST_F(ShellTest, BinRotateAndCropKeptInTheWindowEqualTheCommandLine) {
     const ProgramRun run =
         Program(Open(bundled) + "answer Linear\npress BSBi\npress Bt71\nidle\nscreenshot " + Path("bin.png") +
                     "\npress BtKp\npress BtRt\nset LvS1 100\nidle\nscreenshot " + Path("rotate.png") +
-                    "\npress BtKp\n" + Save(Path("window.tif")),
+                    "\npress BtKp\npress BSCr\nset LvS3 700\nset LvS4 560\nset LvS1 60\nset LvS2 50\n"
+                    "press BtKp\n" +
+                    Save(Path("window.tif")) + "press BtUn\n" + Save(Path("undone.tif")),
                 "1280x720");
     ASSERT_EQ(run.status, 0) << run.err;
-    ASSERT_EQ(Cli({"process", bundled, "--bin=7071", "--rotate=100", "-o", Path("cli.tif")}), 0);
+    ASSERT_EQ(Cli({"process", bundled, "--bin=7071", "--rotate=100", "--crop=60:50:700:560", "-o",
+                   Path("cli.tif")}),
+              0);
+    ASSERT_EQ(Cli({"process", bundled, "--bin=7071", "--rotate=100", "-o", Path("uncropped.tif")}), 0);
     EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
+    EXPECT_EQ(ReadFileBytes(Path("undone.tif")), ReadFileBytes(Path("uncropped.tif")));
     CompareGolden(Path("bin.png"), "bin_1280x720");
     CompareGolden(Path("rotate.png"), "rotate_1280x720");
+}
+
+// Crop's rectangle dragged either way is the same, and its form with the
+// dimmed preview is as reviewed. After a kept stretch, the tracked linear
+// data is cut too: "Redo global stretch" then equals cropping and stretching
+// in one batch.
+TEST_F(ShellTest, CropDraggedEitherWayAndItsTrackedReference) {
+    std::string blocks[2];
+    const char* drags[2] = {"drag View 100 80 300 200\n", "drag View 300 200 100 80\n"};
+    for (const std::string size : {"800x480", "1920x1080"}) {
+        const ProgramRun run = Program(Open(bundled) + "answer Linear\npress BSCr\n" + drags[0] +
+                                           "screenshot " + Path("crop.png") + "\npress BtKp\n",
+                                       size);
+        ASSERT_EQ(run.status, 0) << run.err;
+        if (size == "800x480") blocks[0] = LastBlock(ReadText(dir.Path() / "Pellucida.log"));
+        CompareGolden(Path("crop.png"), "crop_" + size);
+    }
+    ASSERT_EQ(Program(Open(bundled) + "answer Linear\npress BSCr\n" + drags[1] + "press BtKp\n").status, 0);
+    blocks[1] = LastBlock(ReadText(dir.Path() / "Pellucida.log"));
+    EXPECT_EQ(blocks[0], blocks[1]);
+    EXPECT_EQ(blocks[0].find("Parameter [X1] set to [0 pixels]"), std::string::npos) << blocks[0];
+
+    const ProgramRun run = Program(Open(bundled) +
+                                   "answer Linear\npress BtAD\nidle\npress BtKp\npress BSCr\nset LvS1 100\n"
+                                   "set LvS4 600\npress BtKp\npress BtAD\nexpect-box Previously Stretched\n"
+                                   "answer Redo global stretch\nidle\npress BtKp\n" +
+                                   Save(Path("redo.tif")));
+    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_EQ(Cli({"process", bundled, "--crop=100:0:959:600", "--autodev", "-o", Path("cli.tif")}), 0);
+    EXPECT_EQ(ReadFileBytes(Path("redo.tif")), ReadFileBytes(Path("cli.tif")));
+}
+
+// A picture whose stacking border the load found: Crop's first entry starts
+// from the box inside it, so Keep alone cuts the border off.
+TEST_F(ShellTest, CropStartsFromTheBoxInsideAStackingBorder) {
+    PELLUCIDA_REQUIRE_DATA(in, "png/stellarium_ic410_rgba8.png");  // box 0,1,512,512
+    const ProgramRun run = Program(Open(in) +
+                                   "expect-box Possible stacking artifacts detected\nanswer OK\n"
+                                   "expect-box Type of dataset?\nanswer Linear\npress BSCr\npress BtKp\n" +
+                                   Save(Path("window.tif")));
+    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_EQ(Cli({"process", in, "--crop=0:1:511:511", "-o", Path("cli.tif")}), 0);
+    EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
 }
 
 // What the window kept (AutoDev with a RoI, a mirror of the main form) is what
