@@ -170,9 +170,17 @@ bool ScreenTakeArtefactBox(ModuleScreen* screen, ModuleRegion* box) {
     *box = {b.left, b.top, b.right - b.left, b.bottom - b.top};
     return true;
 }
+void ScreenKeepAndEnter(ModuleScreen* screen, const ModuleDef& next, const ModuleParamsBuffer& params) {
+    Shell* shell = ShellOf(screen);
+    ShellModule* m = Current(shell);
+    m->next = &next;
+    m->nextParams = params;
+    Shell_KeepModule(shell);
+}
 constexpr ModuleScreenOps kScreenOps = {
-    ScreenSetText, ScreenSetEnabled,          ScreenParamsChanged,  ScreenMessage,
-    ScreenAsk,     ScreenUseTrackedReference, ScreenRefreshPreview, ScreenTakeArtefactBox};
+    ScreenSetText,     ScreenSetEnabled,          ScreenParamsChanged,  ScreenMessage,
+    ScreenAsk,         ScreenUseTrackedReference, ScreenRefreshPreview, ScreenTakeArtefactBox,
+    ScreenKeepAndEnter};
 
 // The region in the working image's pixels, whichever copy the view shows.
 void OnRegion(Toolkit*, Widget*, const ImageRegion& region, void* user) {
@@ -187,7 +195,8 @@ void OnRegion(Toolkit*, Widget*, const ImageRegion& region, void* user) {
 
 void OnButton(Toolkit*, Widget* button, void* user) {
     Shell* shell = static_cast<Shell*>(user);
-    ShellModule* m = Current(shell);
+    const std::shared_ptr<ShellModule> held = shell->module;  // a screen's button may leave the module
+    ShellModule* m = held.get();
     if (!m) return;
     const uint32_t id = button->id;
     if (id == Id("BtKp")) {
@@ -202,6 +211,7 @@ void OnButton(Toolkit*, Widget* button, void* user) {
             ImageView_ZoomIn(shell->ui.get(), m->view);
         else
             ImageView_ZoomOut(shell->ui.get(), m->view);
+        if (m->def->screen && m->def->screen->shadeFollowsZoom) Shell_ShowModuleImage(shell);
         Shell_RefreshZoomLabel(shell, m->view);
     } else if (id == Id("BtRs")) {
         m->def->initParams(m->params.bytes);
@@ -233,9 +243,8 @@ void WaitForBackground() {
     while (Host_IsBackgroundRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
-}  // namespace
-
-void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
+// The module's form and screen, with `params` over the defaults when given.
+void Enter(Shell* shell, const ModuleDef& module, const ModuleParamsBuffer* params) {
     if (!shell->image || shell->module || !module.form) return;
     // A form is loaded on first entry and waits on the shelf afterwards.
     Widget* form = nullptr;
@@ -272,9 +281,24 @@ void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
         Shell_PrepareSmallPreview(m.get(), *shell->image, r.width, r.height);
     }
     if (module.screen && module.screen->enter) module.screen->enter(&m->screen);
+    if (params) {
+        m->params = *params;
+        ShowParams(shell, m.get());
+        if (module.screen && module.screen->changed) module.screen->changed(&m->screen, 0);
+    }
     Shell_MakeModuleDisplay(shell);
     if (!module.appliesOnKeep) Shell_ShowModuleImage(shell);
     Shell_StartModuleRun(shell);  // shows at once what computes nothing until Keep
+}
+
+}  // namespace
+
+void Shell_EnterModule(Shell* shell, const ModuleDef& module) {
+    Enter(shell, module, nullptr);
+}
+
+void Shell_EnterModuleWithParams(Shell* shell, const ModuleDef& module, const ModuleParamsBuffer& params) {
+    Enter(shell, module, &params);
 }
 
 // The progress dialog of a Keep that waits for the exact result; its Cancel
@@ -294,16 +318,15 @@ void Shell_KeepModule(Shell* shell) {
 void Shell_LeaveModule(Shell* shell, bool keep) {
     std::shared_ptr<ShellModule> m = shell->module;
     if (!m) return;
-    // The form goes first, then the computation is waited for: leaving never
-    // cuts one short, and its result counts only if it has the newest values.
+    // The form goes first; a running computation is cancelled and waited for
+    // before the module's images go. Keep never needs it: it takes the result
+    // for the newest positions, computing it below when none is there.
     if (m->keepProgress) ProgressDialog_Close(shell->ui.get(), std::exchange(m->keepProgress, nullptr));
     Shell_HideForm(shell, m->form->id);
+    m->closing = true;
+    m->cancel = true;
     WaitForBackground();
-    if (m->running) {
-        Shell_PollModule(shell);
-        WaitForBackground();  // a restart the poll began
-        if (m->running) Shell_PollModule(shell);
-    }
+    if (m->running) Shell_PollModule(shell);
     if (m->view) ImageView_SetImage(shell->ui.get(), m->view, nullptr, nullptr);
     m->shown.reset();
     shell->module.reset();
@@ -319,4 +342,5 @@ void Shell_LeaveModule(Shell* shell, bool keep) {
     }
     if (m->def->logged) Shell_LogParameters(shell, m->form);
     Shell_CommitStep(shell, *m->def, m->params.bytes, std::move(m->result), std::move(m->resultMask));
+    if (m->next) Shell_EnterModuleWithParams(shell, *m->next, m->nextParams);
 }

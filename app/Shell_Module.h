@@ -18,7 +18,9 @@ struct ShellModule {
     ModuleParamsBuffer params;  // the positions the setters show
     ImagePtr source;            // what the step starts from instead of the working image, or null
     void (*answered)(ModuleScreen* screen, int button) = nullptr;  // the module's question up
-    Widget* keepProgress = nullptr;  // Keep waits for the exact result under this dialog
+    Widget* keepProgress = nullptr;   // Keep waits for the exact result under this dialog
+    const ModuleDef* next = nullptr;  // entered with `nextParams` once the result is kept
+    ModuleParamsBuffer nextParams;
 
     // The latest finished result, the positions it was computed with, and
     // what the view shows of it (a copy the module marked up, or null).
@@ -43,6 +45,7 @@ struct ShellModule {
     // positions once the running one has stopped; its result is dropped.
     bool running = false;
     bool restart = false;
+    bool closing = false;  // leaving: the running computation is cancelled and nothing new starts
     std::atomic<bool> cancel{false};
     std::atomic<int> percent{0};
     ModuleParamsBuffer runParams;     // the setters' positions the run was started for
@@ -54,6 +57,10 @@ struct ShellModule {
 
 // Enters the module a main-form button names (its form in the archive).
 void Shell_EnterModule(Shell* shell, const ModuleDef& module);
+// Enters as Shell_EnterModule does, then, after the module's enter hook, sets
+// the positions to `params`, shows them on the setters and tells the screen
+// (its changed hook with widget 0: every position was set from outside).
+void Shell_EnterModuleWithParams(Shell* shell, const ModuleDef& module, const ModuleParamsBuffer& params);
 // On every tick while a module is entered: progress, and the finished result.
 void Shell_PollModule(Shell* shell);
 // The computation for the positions the setters show: started now, or, while

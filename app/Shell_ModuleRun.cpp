@@ -91,6 +91,17 @@ void Shade(Shell* shell, ShellModule* m, const ImageBuffer* source, bool exact) 
     ModuleScreen screen = m->screen;
     screen.image = exact ? shell->image.get() : m->small.get();
     screen.params = scaled.bytes;
+    // The zoom the view will show it at: the user's, kept for a picture of
+    // the size shown last, else the fitted one.
+    Toolkit* ui = shell->ui.get();
+    const ImageViewRecord* record = Widget_Record<ImageViewRecord>(m->view);
+    const bool keepsZoom =
+        record && !record->fit && m->shownWidth == source->width && m->shownHeight == source->height;
+    const PixelRect r = Widget_PixelRect(ui, m->view);
+    screen.viewZoom =
+        keepsZoom ? record->zoom : ImageView_FitZoomFor(ui, m->view, source->width, source->height);
+    screen.viewWidth = r.width;
+    screen.viewHeight = r.height;
     m->def->screen->shade(&screen, m->shown.get());
 }
 
@@ -98,7 +109,7 @@ void Shade(Shell* shell, ShellModule* m, const ImageBuffer* source, bool exact) 
 
 void Shell_StartModuleRun(Shell* shell) {
     ShellModule* m = shell->module.get();
-    if (!m) return;
+    if (!m || m->closing) return;
     if (m->def->appliesOnKeep) {  // nothing to compute: only the marks change
         Shell_ShowModuleImage(shell);
         return;
@@ -122,6 +133,7 @@ void Shell_PollModule(Shell* shell) {
     if (!m || !m->running) return;
     if (m->keepProgress && ProgressDialog_Cancelled(m->keepProgress)) {
         ProgressDialog_Close(shell->ui.get(), std::exchange(m->keepProgress, nullptr));  // back to the module
+        m->next = nullptr;
     }
     if (Host_IsBackgroundRunning()) {
         const int percent = m->percent.load(std::memory_order_relaxed);
@@ -189,6 +201,9 @@ void Shell_ShowModuleImage(Shell* shell) {
     // What the view shows now stays alive until it shows the new picture (a
     // result it showed may be gone already: its size was noted when shown).
     const ImageViewRecord* record = Widget_Record<ImageViewRecord>(m->view);
+    const bool fit = !record || record->fit;
+    const int32_t zoom = record ? record->zoom : 100;
+    const int64_t cx = record ? record->centreX : 0, cy = record ? record->centreY : 0;
     ImagePtr previous = std::move(m->shown);
     m->shownSmall = false;
     if (onKeep) {
@@ -216,9 +231,6 @@ void Shell_ShowModuleImage(Shell* shell) {
     const bool sameSize = m->shownWidth == image->width && m->shownHeight == image->height;
     m->shownWidth = image->width;
     m->shownHeight = image->height;
-    const bool fit = !record || record->fit;
-    const int32_t zoom = record ? record->zoom : 100;
-    const int64_t cx = record ? record->centreX : 0, cy = record ? record->centreY : 0;
     ImageView_SetImage(ui, m->view, image, lut ? lut : shell->identityLut.data());
     if (lut) ImageView_SetTables(ui, m->view, lut, true);
     // A new preview keeps the user's zoom and place when the size is the same.

@@ -32,6 +32,7 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -139,9 +140,9 @@ BENCHMARK(BM_Shell_MainFormRedraw1080p)->Arg(0)->Arg(1)->Unit(benchmark::kMillis
 // A level-setter change in a module's form on the 24-megapixel sky at 1920 x
 // 1080, until the preview is drawn: `first_ms` to the first picture (the quick
 // one of the binned copy), `exact_ms` to the exact result. The module's first
-// fixed-range setter is moved between two positions; the shell is polled as
-// its ticks would poll it.
-void BM_ModulePreview(benchmark::State& state, const ModuleDef* module) {
+// fixed-range setter is moved between its default and `target` (half way up
+// its range when negative); the shell is polled as its ticks would poll it.
+void BM_ModulePreview(benchmark::State& state, const ModuleDef* module, int32_t target) {
     const std::string archive = ArchivePath();
     if (archive.empty()) return state.SkipWithError("no resources archive beside the benchmark");
     const ModuleParam* row = nullptr;
@@ -172,7 +173,7 @@ void BM_ModulePreview(benchmark::State& state, const ModuleDef* module) {
     settle();
     Widget* setter = Widget_FindById(m.form, row->setterId);
     const uint32_t a = uint32_t(ModuleParams_Get(*row, m.params.bytes)),
-                   b = a + (uint32_t(row->maximum) - a) / 2 + 1;
+                   b = target >= 0 ? uint32_t(target) : a + (uint32_t(row->maximum) - a) / 2 + 1;
     double firstTotal = 0, exactTotal = 0;
     int64_t n = 0;
     for (auto _ : state) {
@@ -207,15 +208,22 @@ void BM_ModulePreview(benchmark::State& state, const ModuleDef* module) {
     Shell_Install(nullptr);
 }
 
-// One case per module that has a screen.
+// One case per module that has a screen, and the positions users pick most:
+// Bin's 71 % (the resampling path) and Rotate's 10 degrees (a general angle).
 const int kModulePreviewCases = [] {
+    const auto add = [](const ModuleDef* module, int32_t target) {
+        std::string name = std::string("BM_ModulePreview/") + module->option;
+        if (target >= 0) name += "/" + std::to_string(target);
+        benchmark::RegisterBenchmark(name.c_str(), BM_ModulePreview, module, target)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime()
+            ->Iterations(6);
+    };
     for (const ModuleDef* module : Module_List())
-        if (module->form && module->screen && !module->appliesOnKeep)
-            benchmark::RegisterBenchmark((std::string("BM_ModulePreview/") + module->option).c_str(),
-                                         BM_ModulePreview, module)
-                ->Unit(benchmark::kMillisecond)
-                ->UseRealTime()
-                ->Iterations(6);
+        if (module->form && module->screen && !module->appliesOnKeep) add(module, -1);
+    for (const auto& [option, target] : {std::pair("bin", 7071), std::pair("rotate", 100)})
+        for (const ModuleDef* module : Module_List())
+            if (std::string(module->option) == option) add(module, target);
     return 0;
 }();
 

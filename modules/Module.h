@@ -33,6 +33,8 @@ struct ModuleScreen;
 struct ModuleRegion {
     int32_t x = 0, y = 0, width = 0, height = 0;  // in image pixels
 };
+struct ModuleDef;
+struct ModuleParamsBuffer;
 struct ModuleScreenOps {
     void (*setText)(ModuleScreen* screen, uint32_t labelId, const char* text);
     void (*setEnabled)(ModuleScreen* screen, uint32_t widgetId, bool enabled);
@@ -52,6 +54,9 @@ struct ModuleScreenOps {
     // The box inside the stacking-artefact border the load found, once per
     // loaded image and only while its geometry is unchanged (false otherwise).
     bool (*takeArtefactBox)(ModuleScreen* screen, ModuleRegion* box);
+    // Keep, as the Keep button does, then enter `next` with these positions.
+    // The screen is gone once the result is kept: nothing may follow the call.
+    void (*keepAndEnter)(ModuleScreen* screen, const ModuleDef& next, const ModuleParamsBuffer& params);
 };
 struct ModuleScreen {
     const ModuleScreenOps* ops;
@@ -62,18 +67,23 @@ struct ModuleScreen {
     bool linear;               // the data is still linear (the load's answers)
     bool tracked;              // tracking is on
     bool stretchedBefore;      // a global stretch was kept before
+    // For `shade`: the zoom in percent at which the view will show the marked-up
+    // copy, and the view's size in screen pixels.
+    int32_t viewZoom = 100;
+    int32_t viewWidth = 0, viewHeight = 0;
 };
 struct ModuleScreenHooks {
-    void (*enter)(ModuleScreen* screen);
+    void (*enter)(ModuleScreen* screen) = nullptr;
     // A setter moved, a preset was pressed; 0: every position was set from
     // outside, so everything that shows them is refreshed.
-    void (*changed)(ModuleScreen* screen, uint32_t widgetId);
-    void (*button)(ModuleScreen* screen, uint32_t buttonId);  // a button the framework does not handle
+    void (*changed)(ModuleScreen* screen, uint32_t widgetId) = nullptr;
+    // A button the framework does not handle.
+    void (*button)(ModuleScreen* screen, uint32_t buttonId) = nullptr;
     // A rectangle dragged in the preview; null: dragging pans the view.
-    void (*region)(ModuleScreen* screen, const ModuleRegion& region);
+    void (*region)(ModuleScreen* screen, const ModuleRegion& region) = nullptr;
     // The result as shown (a display copy): the module may mark it up. A
     // module that computes nothing until Keep marks up the image itself.
-    void (*shade)(ModuleScreen* screen, ImageBuffer* shown);
+    void (*shade)(ModuleScreen* screen, ImageBuffer* shown) = nullptr;
     // For a module that computes nothing until Keep: a picture made from
     // `image` (the working image or its quick copy) for the eye only, shown
     // as it is instead of through the screen stretch; null shows `image`.
@@ -81,6 +91,7 @@ struct ModuleScreenHooks {
     // True when the result computed with these positions is a picture made
     // for the eye (a map) that the screen stretch of linear data would spoil.
     bool (*shownAsIs)(const void* params) = nullptr;
+    bool shadeFollowsZoom = false;  // the markup depends on the zoom: made again on a zoom step
 };
 
 // Room for any module's parameter struct, so that a step can be held without

@@ -123,4 +123,5 @@ void Shade(ModuleScreen* screen, ImageBuffer* shown) {
 
 }  // namespace
 
-extern const ModuleScreenHooks kAutoDevScreen = {Enter, Changed, Button, Region, Shade};
+extern const ModuleScreenHooks kAutoDevScreen = {
+    .enter = Enter, .changed = Changed, .button = Button, .region = Region, .shade = Shade};

@@ -20,4 +20,4 @@ void Changed(ModuleScreen* screen, uint32_t) {
 
 }  // namespace
 
-extern const ModuleScreenHooks kBinScreen = {Refresh, Changed, nullptr, nullptr, nullptr};
+extern const ModuleScreenHooks kBinScreen = {.enter = Refresh, .changed = Changed};

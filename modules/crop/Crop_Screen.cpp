@@ -148,4 +148,9 @@ ImageBuffer* Display(ModuleScreen* screen, const ImageBuffer* image) {
 
 }  // namespace
 
-extern const ModuleScreenHooks kCropScreen = {Enter, Changed, Button, Region, Shade, Display};
+extern const ModuleScreenHooks kCropScreen = {.enter = Enter,
+                                              .changed = Changed,
+                                              .button = Button,
+                                              .region = Region,
+                                              .shade = Shade,
+                                              .display = Display};

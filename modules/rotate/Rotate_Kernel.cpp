@@ -138,17 +138,16 @@ void RotateWorker(RotateJob* j) {
     }
 }
 
-void SinCos(double degrees, double* c, double* s) {
-    // c = sin(theta + 90 degrees), as the rotation has always computed it.
+}  // namespace
+
+void Rotate_SinCos(double degrees, double* c, double* s) {
     *c = std::sin((degrees + kQuarter) * kRadiansPerDegree);
     *s = std::sin(degrees * kRadiansPerDegree);
 }
 
-}  // namespace
-
 void Rotate_OutputSize(int32_t width, int32_t height, double degrees, int32_t* outWidth, int32_t* outHeight) {
     double c, s;
-    SinCos(degrees, &c, &s);
+    Rotate_SinCos(degrees, &c, &s);
     const double hw = width / 2.0, hh = height / 2.0;
     double maxX = -HUGE_VAL, maxY = -HUGE_VAL;
     for (const double X : {-hw, hw})
@@ -176,7 +175,7 @@ ImageBuffer* RotateImage(const ImageBuffer* image, double degrees, const KernelC
         Rotate_OutputSize(image->width, image->height, degrees, &w, &h);
         if (w < 1 || h < 1) return nullptr;
         double c, s;
-        SinCos(degrees, &c, &s);
+        Rotate_SinCos(degrees, &c, &s);
         out.reset(Kernel_CreateLike(image, w, h));
         Host_RunWorkers(RotateJob{image, out.get(), c, s, RotateSpan_Best(), control, &stopped, 0, 1},
                         &RotateWorker);

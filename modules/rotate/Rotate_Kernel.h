@@ -15,6 +15,10 @@ struct RotateSettings {
     double degrees = 0;  // 0 <= degrees < 360
 };
 
+// c = cos(theta) (worked out as sin(theta + 90 degrees)) and s = sin(theta),
+// as the general rotation steps with them.
+void Rotate_SinCos(double degrees, double* c, double* s);
+
 // Canvas of the general rotation: trunc(2 x the largest x') by trunc(2 x the
 // largest y') over the four rotated corners (+-W/2, +-H/2).
 void Rotate_OutputSize(int32_t width, int32_t height, double degrees, int32_t* outWidth, int32_t* outHeight);

@@ -11,6 +11,8 @@ ModuleRunStatus Run(ImageBuffer* image, const void* params, const KernelControl*
 
 }  // namespace
 
+extern const ModuleScreenHooks kRotateScreen;
+
 extern const ModuleDef kRotateModule = {
     .name = "Rotate",
     .option = "rotate",
@@ -25,5 +27,5 @@ extern const ModuleDef kRotateModule = {
     .logged = true,
     .globalStretch = false,
     .run = Run,
-    .screen = nullptr,
+    .screen = &kRotateScreen,
 };

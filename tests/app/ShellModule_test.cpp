@@ -1,16 +1,22 @@
 // The module framework in this process: a storm of setter changes during one
 // computation ends with the newest values shown, and Cancel while a
-// computation runs waits for it and leaves the working image as it was; Keep
-// while one runs waits for the exact result and commits that. Crop, which
-// computes nothing until Keep: its rectangle, status line, memory and marks.
+// computation runs cancels it, waits for it and leaves the working image as it
+// was; Keep while one runs waits for the exact result and commits that. Keep is
+// greyed out until there is a result, and positions that give none (Bin at
+// scale 0) leave the shown one. Rotate's grid marks the view's copy only, made
+// again for a new zoom; "Crop corners" keeps and enters Crop with the corners.
+// Crop, which computes nothing until Keep: its rectangle, status line, memory
+// and marks.
 #include "app/Shell_Module.h"
 #include "host/Host_Threads.h"
 #include "modules/Module_List.h"
 #include "modules/crop/Crop_Params.h"
+#include "modules/rotate/Rotate_InnerRect.h"
 #include "support/Files.h"
 #include "support/TestImages.h"
 #include "ui/ToolkitFixture.h"
 #include "ui/widgets/Button.h"
+#include "ui/widgets/ImageView.h"
 #include "ui/widgets/Label.h"
 #include "ui/widgets/LevelSetter.h"
 
@@ -52,6 +58,14 @@ protected:
         ASSERT_NE(shell.module, nullptr);
     }
     Widget* Find(const char* id) { return Widget_FindById(shell.module->form, Widget_PackId(id)); }
+    // Presses a button as the pointer would: false when it is greyed out.
+    bool Pressed(const char* id) {
+        Widget* button = Find(id);
+        auto* record = Widget_Record<ButtonRecord>(button);
+        if (record->disabled) return false;
+        record->onPress(shell.ui.get(), button, record->user);
+        return true;
+    }
 };
 
 class ShellModuleTest : public ModuleFixture {
@@ -64,7 +78,6 @@ protected:
         for (size_t i = 0; i < size_t(image->stride) * size_t(image->height); ++i)
             image->red[i] = image->green[i] = image->blue[i] = int64_t((i * 2654435761u) % 1000003u) << 10;
         shell.image = std::move(image);
-        Enter("BtAD");
     }
     void Settle() {
         while (shell.module && shell.module->running) {
@@ -76,6 +89,7 @@ protected:
 };
 
 TEST_F(ShellModuleTest, AStormOfChangesEndsWithTheNewestValuesShown) {
+    Enter("BtAD");
     for (uint32_t v = 1; v <= 40; ++v) Move(v);
     Settle();
     const ShellModule& m = *shell.module;
@@ -85,13 +99,16 @@ TEST_F(ShellModuleTest, AStormOfChangesEndsWithTheNewestValuesShown) {
     EXPECT_EQ(Widget_Record<ImageViewRecord>(m.view)->image, m.shown ? m.shown.get() : m.result.get());
 }
 
-TEST_F(ShellModuleTest, CancelWhileComputingWaitsAndLeavesTheImage) {
+TEST_F(ShellModuleTest, CancelWhileComputingCancelsWaitsAndLeavesTheImage) {
+    Enter("BtAD");
     Settle();
     const ImagePtr before(Image_Clone(shell.image.get()));
     Move(300);
     ASSERT_TRUE(shell.module->running);
+    const std::shared_ptr<ShellModule> left = shell.module;
     Shell_LeaveModule(&shell, false);
     EXPECT_EQ(shell.module, nullptr);
+    EXPECT_EQ(left->runStatus, ModuleRunStatus::kCancelled);
     EXPECT_EQ(Host_IsBackgroundRunning(), 0);
     const size_t n = size_t(before->stride) * size_t(before->height);
     for (int64_t* plane : {shell.image->red, shell.image->green, shell.image->blue})
@@ -100,6 +117,7 @@ TEST_F(ShellModuleTest, CancelWhileComputingWaitsAndLeavesTheImage) {
 }
 
 TEST_F(ShellModuleTest, KeepWhileComputingCommitsTheExactResultOnceItIsDone) {
+    Enter("BtAD");
     Settle();
     const ImagePtr before(Image_Clone(shell.image.get()));
     Move(200);
@@ -118,6 +136,68 @@ TEST_F(ShellModuleTest, KeepWhileComputingCommitsTheExactResultOnceItIsDone) {
     EXPECT_EQ(std::memcmp(shell.image->red, expected->red, n), 0);
     EXPECT_EQ(std::memcmp(shell.image->blue, expected->blue, n), 0);
     EXPECT_TRUE(shell.undo.available);
+}
+
+TEST_F(ShellModuleTest, BinKeepWaitsForAResultAndScaleZeroLeavesTheShownOne) {
+    Enter("BSBi");
+    EXPECT_FALSE(Pressed("BtKp"));
+    EXPECT_EQ(*Label_Text(Find("LbSz")), "Image Size 800 x 600 pixels");
+    Settle();
+    ASSERT_TRUE(Pressed("Bt35"));  // 3538: 1600 x 0.3538 = 566.08, 1200 x 0.3538 = 424.56
+    EXPECT_EQ(*Label_Text(Find("LbSz")), "Image Size 566 x 424 pixels");
+    Settle();
+    const ImageBuffer* shown = Widget_Record<ImageViewRecord>(shell.module->view)->image;
+    ASSERT_EQ(std::tuple(shown->width, shown->height), std::tuple(566, 424));
+    Move(0);
+    Settle();
+    EXPECT_EQ(Widget_Record<ImageViewRecord>(shell.module->view)->image, shown);
+    EXPECT_TRUE(Pressed("BtKp"));  // nothing to commit for a scale of 0
+    EXPECT_FALSE(shell.undo.available);
+}
+
+TEST_F(ShellModuleTest, RotateGridMarksTheViewsCopyAgainForANewZoom) {
+    Enter("BtRt");
+    Settle();
+    const auto gridPixels = [&] {
+        const ShellModule& m = *shell.module;
+        EXPECT_EQ(Widget_Record<ImageViewRecord>(m.view)->image, m.shown.get());
+        size_t n = 0;
+        for (size_t i = 0; i < size_t(m.result->stride) * size_t(m.result->height); ++i)
+            n += m.shown->red[i] != m.result->red[i];
+        return n;
+    };
+    const size_t fitted = gridPixels();
+    EXPECT_GT(fitted, 0u);
+    ASSERT_TRUE(Pressed("BtZ+"));
+    const size_t zoomed = gridPixels();
+    EXPECT_GT(zoomed, 0u);
+    EXPECT_NE(zoomed, fitted);
+}
+
+// "Crop corners" is greyed out at the quarter turns; off them it keeps the
+// turned image and enters Crop with the rectangle free of black corners, on
+// its setters and in its status line (its changed hook ran).
+TEST_F(ShellModuleTest, CropCornersKeepsTheTurnAndEntersCropWithTheInnerRectangle) {
+    shell.outcome = {false, false};  // Crop's plain status line
+    Enter("BtRt");
+    EXPECT_FALSE(Pressed("BtCC"));
+    Move(900);
+    EXPECT_FALSE(Pressed("BtCC"));
+    Move(125);
+    const RotateRect r = Rotate_InnerRect(1600, 1200, 12.5);
+    ASSERT_TRUE(Pressed("BtCC"));
+    Settle();  // Keep waits for the exact turn
+    ASSERT_NE(shell.module, nullptr);
+    EXPECT_EQ(shell.module->def, Module_FindByButton(Widget_PackId("BSCr")));
+    EXPECT_TRUE(shell.undo.available);
+    EXPECT_EQ(std::tuple(shell.image->width, shell.image->height), std::tuple(1821, 1517));
+    const std::array<uint32_t, 4> setters = {LevelSetter_Value(Find("LvS1")), LevelSetter_Value(Find("LvS2")),
+                                             LevelSetter_Value(Find("LvS3")),
+                                             LevelSetter_Value(Find("LvS4"))};
+    EXPECT_EQ(setters, (std::array{uint32_t(r.x0), uint32_t(r.y0), uint32_t(r.x1), uint32_t(r.y1)}));
+    EXPECT_EQ(*Label_Text(Find("LbSz")), "Click & drag to crop. New image is " +
+                                             std::to_string(r.x1 - r.x0 + 1) + " x " +
+                                             std::to_string(r.y1 - r.y0 + 1) + " pixels.");
 }
 
 // Crop on a 200 x 150 gradient (red = x << 20), small enough to be shown whole.

@@ -401,15 +401,15 @@ TEST_F(ShellTest, RedoGlobalStretchStartsFromTheTrackedLinearData) {
 
 // Bin with a preset, Rotate with a set angle and Crop with set corners, each
 // kept, give the command line's file; Undo takes the crop back, to the file
-// without it. Their forms as reviewed.
+// without it.
 TEST_F(ShellTest, BinRotateAndCropKeptInTheWindowEqualTheCommandLine) {
-    const ProgramRun run =
-        Program(Open(bundled) + "answer Linear\npress BSBi\npress Bt71\nidle\nscreenshot " + Path("bin.png") +
-                    "\npress BtKp\npress BtRt\nset LvS1 100\nidle\nscreenshot " + Path("rotate.png") +
-                    "\npress BtKp\npress BSCr\nset LvS3 700\nset LvS4 560\nset LvS1 60\nset LvS2 50\n"
-                    "press BtKp\n" +
-                    Save(Path("window.tif")) + "press BtUn\n" + Save(Path("undone.tif")),
-                "1280x720");
+    const ProgramRun run = Program(Open(bundled) +
+                                       "answer Linear\npress BSBi\npress Bt71\nidle\npress BtKp\npress BtRt\n"
+                                       "set LvS1 100\nidle\npress BtKp\npress BSCr\nset LvS3 700\nset LvS4 "
+                                       "560\nset LvS1 60\nset LvS2 50\n"
+                                       "press BtKp\n" +
+                                       Save(Path("window.tif")) + "press BtUn\n" + Save(Path("undone.tif")),
+                                   "1280x720");
     ASSERT_EQ(run.status, 0) << run.err;
     ASSERT_EQ(Cli({"process", bundled, "--bin=7071", "--rotate=100", "--crop=60:50:700:560", "-o",
                    Path("cli.tif")}),
@@ -417,8 +417,21 @@ TEST_F(ShellTest, BinRotateAndCropKeptInTheWindowEqualTheCommandLine) {
     ASSERT_EQ(Cli({"process", bundled, "--bin=7071", "--rotate=100", "-o", Path("uncropped.tif")}), 0);
     EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
     EXPECT_EQ(ReadFileBytes(Path("undone.tif")), ReadFileBytes(Path("uncropped.tif")));
-    CompareGolden(Path("bin.png"), "bin_1280x720");
-    CompareGolden(Path("rotate.png"), "rotate_1280x720");
+}
+
+// The Bin form after a preset and the Rotate form with its levelling grid,
+// on a small and a full-HD screen.
+TEST_F(ShellTest, BinAndRotateFormsMatchTheirReviewedPictures) {
+    for (const std::string size : {"800x480", "1920x1080"}) {
+        const ProgramRun run =
+            Program(Open(bundled) + "answer Linear\npress BSBi\npress Bt71\nidle\nscreenshot " +
+                        Path("bin.png") + "\npress BtCl\npress BtRt\nset LvS1 100\nidle\n" + "screenshot " +
+                        Path("rotate.png") + "\npress BtCl\n",
+                    size);
+        ASSERT_EQ(run.status, 0) << run.err;
+        CompareGolden(Path("bin.png"), "bin_" + size);
+        CompareGolden(Path("rotate.png"), "rotate_" + size);
+    }
 }
 
 // Crop's rectangle dragged either way is the same, and its form with the

@@ -16,17 +16,17 @@ namespace {
 
 constexpr int32_t kLevels[] = {5, 10, 25, 33, 50, 66, 100, 150, 200, 300, 400, 800, 1600, 3200};
 
-int32_t FitZoom(const ImageBuffer& image, const PixelRect& r) {
-    if (image.width <= 0 || image.height <= 0) return 100;
-    const int64_t zx = int64_t{r.width} * 100 / image.width;
-    const int64_t zy = int64_t{r.height} * 100 / image.height;
+int32_t FitZoom(int32_t width, int32_t height, const PixelRect& r) {
+    if (width <= 0 || height <= 0) return 100;
+    const int64_t zx = int64_t{r.width} * 100 / width;
+    const int64_t zy = int64_t{r.height} * 100 / height;
     return static_cast<int32_t>(std::clamp<int64_t>(std::min(zx, zy), 1, 3200));
 }
 
 // Brings the fit flag's zoom and centre up to date for the view's size.
 void Settle(const Toolkit* toolkit, Widget* view, ImageViewRecord* record) {
     if (!record->image || !record->fit) return;
-    record->zoom = FitZoom(*record->image, Widget_PixelRect(toolkit, view));
+    record->zoom = FitZoom(record->image->width, record->image->height, Widget_PixelRect(toolkit, view));
     record->centreX = int64_t{record->image->width} * 128;
     record->centreY = int64_t{record->image->height} * 128;
 }
@@ -281,6 +281,10 @@ int32_t ImageView_Zoom(const Toolkit* toolkit, Widget* view) {
     if (!record) return 0;
     Settle(toolkit, view, record);
     return record->zoom;
+}
+
+int32_t ImageView_FitZoomFor(const Toolkit* toolkit, Widget* view, int32_t width, int32_t height) {
+    return FitZoom(width, height, Widget_PixelRect(toolkit, view));
 }
 
 void ImageView_SetRegionCallback(Widget* view, ImageRegionCallback callback, void* user) {

@@ -33,6 +33,8 @@ void ImageView_ZoomIn(Toolkit* toolkit, Widget* view);
 void ImageView_ZoomOut(Toolkit* toolkit, Widget* view);
 // The zoom as shown: for a fitted view, the fitted zoom for the view's size.
 int32_t ImageView_Zoom(const Toolkit* toolkit, Widget* view);
+// The zoom at which the view would fit an image of this size.
+int32_t ImageView_FitZoomFor(const Toolkit* toolkit, Widget* view, int32_t width, int32_t height);
 
 void ImageView_SetRegionCallback(Widget* view, ImageRegionCallback callback, void* user);
 
