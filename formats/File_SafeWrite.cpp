@@ -1,6 +1,8 @@
 // Temporary-file-and-rename writing shared by every writer.
 #include "formats/File_SafeWrite.h"
 
+#include "host/Host_Os.h"
+
 #include <filesystem>
 #include <system_error>
 
@@ -24,7 +26,7 @@ bool SafeWriteFile::Open(const char* path) {
     if (std::filesystem::is_directory(path, error)) return false;
     for (int attempt = 0; attempt < kTempNameAttempts; ++attempt) {
         std::string temp = std::string(path) + ".tmp" + std::to_string(attempt);
-        FILE* file = std::fopen(temp.c_str(), "wbx");
+        FILE* file = HostOs_CreateNewFile(temp.c_str());
         if (file) {
             m_file = file;
             m_tempPath = std::move(temp);

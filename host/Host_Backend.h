@@ -76,3 +76,4 @@ void HostBackend_ShowMessage(const char* caption, const char* text);
 // The backends built into this program (host/Host_Backends.cpp).
 extern const HostBackend kHeadlessBackend;
 extern const HostBackend kSdl2Backend;
+extern const HostBackend kWin32Backend;

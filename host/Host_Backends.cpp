@@ -14,6 +14,9 @@ const HostBackend* const kBackends[] = {
 #if PELLUCIDA_HAVE_SDL2
     &kSdl2Backend,
 #endif
+#if PELLUCIDA_HAVE_WIN32
+    &kWin32Backend,
+#endif
     &kHeadlessBackend,
 };
 

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 // The folder of the running executable, with a trailing separator.
@@ -27,6 +28,11 @@ size_t HostOs_PhysicalMemoryBytes();
 
 // The path separator of the platform.
 char Host_PathSeparator();
+
+// Creates the file `path` for writing in binary, failing when it already
+// exists (a temporary of another writer must be neither reused nor
+// truncated). Null on failure.
+std::FILE* HostOs_CreateNewFile(const char* path);
 
 // Asks the desktop to open a web link; a failure is not reported.
 void HostOs_ShowURL(const char* url);

@@ -90,6 +90,10 @@ void HostOs_AdviseLargeBlock(void* block, size_t bytes) {
 #endif
 }
 
+std::FILE* HostOs_CreateNewFile(const char* path) {
+    return std::fopen(path, "wbx");
+}
+
 void HostOs_ShowURL(const char* url) {
     if (!url || !*url) return;
     // The shell puts xdg-open in the background and ends at once, so the browser

@@ -6,6 +6,8 @@
 #include "ui/Toolkit.h"
 #include "ui/Toolkit_Create.h"
 
+#include "support/Files.h"
+
 #include <cstdlib>
 
 namespace {
@@ -59,7 +61,7 @@ TEST(DisplayScale, XftDpiFromTheResourceDatabase) {
 class DisplayScaleRun : public HostTest {
 protected:
     void TearDown() override {
-        unsetenv("PELLUCIDA_HEADLESS_SCALE");
+        UnsetEnv("PELLUCIDA_HEADLESS_SCALE");
         HostTest::TearDown();
     }
 };
@@ -69,7 +71,7 @@ TEST_F(DisplayScaleRun, TheToolkitTakesTheBackendScaleInPercent) {
     Toolkit_MeasureDisplayScale(tk.get());
     EXPECT_EQ(tk->displayScalePercent, 100u);
     for (const auto& [env, percent] : {std::pair{"1.5", 150u}, {"2", 200u}, {"0.5", 100u}, {"9", 400u}}) {
-        setenv("PELLUCIDA_HEADLESS_SCALE", env, 1);
+        SetEnv("PELLUCIDA_HEADLESS_SCALE", env);
         Toolkit_MeasureDisplayScale(tk.get());
         EXPECT_EQ(tk->displayScalePercent, percent) << env;
     }

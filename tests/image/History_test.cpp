@@ -1,17 +1,10 @@
 // The history: state files round trip with and without mask and mono, the
 // list is newest first, the budget drops the oldest but never the newest,
-// damaged files are refused (and the fuzz corpus replayed), and a run that
-// ended without closing is told from one that is alive.
-#include "image/History.h"
-
+// damaged files are refused (and the fuzz corpus replayed).
 #include "fuzz/FuzzCheck.h"
-#include "host/Host.h"
-#include "support/Files.h"
+#include "image/HistoryFixture.h"
 
 #include <gtest/gtest.h>
-
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -22,49 +15,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-using Bytes = std::vector<uint8_t>;
-
-// Noisy content at `depth` bits; mono makes the three planes alike.
-ImagePtr MakeImage(int32_t width, int32_t height, int depth, bool mono, uint32_t seed) {
-    ImagePtr image(Image_Create(width, height));
-    image->bitDepth = static_cast<uint16_t>(depth);
-    image->maxValue = (int64_t{1} << depth) - 1;
-    image->mono = mono;
-    uint64_t state = 0x9E3779B97F4A7C15ull * (seed + 1);
-    for (int64_t* plane : {image->red, image->green, image->blue}) {
-        for (int64_t i = 0; i < int64_t{width} * height; ++i) {
-            state = state * 6364136223846793005ull + 1442695040888963407ull;
-            plane[i] = mono && plane != image->red ? image->red[i] : int64_t(state >> 20) & image->maxValue;
-        }
-    }
-    return image;
-}
-
-bool SameImage(const ImageBuffer& a, const ImageBuffer& b) {
-    const size_t n = size_t(a.width) * size_t(a.height) * 8;
-    return a.width == b.width && a.height == b.height && a.bitDepth == b.bitDepth &&
-           a.maxValue == b.maxValue && a.mono == b.mono && std::memcmp(a.red, b.red, n) == 0 &&
-           std::memcmp(a.green, b.green, n) == 0 && std::memcmp(a.blue, b.blue, n) == 0;
-}
-
-HistoryState State(const char* caption, int64_t timeMs) {
-    HistoryState state;
-    state.caption = caption;
-    state.name = "/data/M 94.tif";
-    state.timeMs = timeMs;
-    return state;
-}
-
-class History : public testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(Host_SelectBackend("headless")); }
-
-    std::string Folder() const { return dir_.Path().string() + "/"; }
-    std::string File(const char* name) const { return (dir_.Path() / name).string(); }
-
-    TempDir dir_;
-};
 
 TEST_F(History, StatesRoundTripWithAndWithoutMaskAndMono) {
     const struct {
@@ -225,45 +175,6 @@ TEST_F(History, EveryKeptFuzzInputIsReadOrRefusedSafely) {
     }
     EXPECT_GE(inputs, 4);
     EXPECT_GE(states, 2);  // the seeds hold real states, one with a mask
-}
-
-// A marker is claimed only when no living run holds it: not this process's
-// own, but that of a child that ended without closing, once.
-TEST_F(History, OnlyRunsThatEndedWithoutClosingAreClaimed) {
-    HistoryRun alive;
-    ASSERT_TRUE(History_BeginRun(Folder(), &alive));
-    EXPECT_TRUE(History_ClaimDeadRuns(Folder()).empty());
-
-    // A child that stores a state, leaves a half-written one and ends without
-    // closing. (Death tests re-run the program, which would give it a folder
-    // of its own.)
-    const pid_t child = fork();
-    if (child == 0) {
-        HistoryRun crashed;
-        ImagePtr image = MakeImage(8, 8, 16, false, 9);
-        if (!History_BeginRun(Folder(), &crashed)) std::_Exit(1);
-        History_Store(&crashed, State("Bin", 1), image.get(), nullptr, kHistoryBudgetBytes);
-        WriteFileBytes(File((crashed.id + "_000002.pst.tmp").c_str()), {1, 2});
-        std::_Exit(0);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    HistoryRun closed;
-    ASSERT_TRUE(History_BeginRun(Folder(), &closed));
-    History_EndRun(&closed);
-
-    const std::vector<std::string> dead = History_ClaimDeadRuns(Folder());
-    ASSERT_EQ(dead.size(), 1u);
-    EXPECT_NE(dead[0], alive.id);
-    const std::vector<HistoryEntry> list = History_List(Folder());
-    ASSERT_EQ(list.size(), 1u);
-    EXPECT_EQ(list[0].run, dead[0]);
-    EXPECT_FALSE(fs::exists(File((dead[0] + "_000002.pst.tmp").c_str())));
-    EXPECT_TRUE(History_ClaimDeadRuns(Folder()).empty()) << "claimed once";
-    EXPECT_TRUE(fs::exists(File((alive.id + ".run").c_str())));
-    History_EndRun(&alive);
-    EXPECT_FALSE(fs::exists(File((alive.id + ".run").c_str())));
 }
 
 }  // namespace

@@ -28,6 +28,25 @@ inline void WriteFileBytes(const std::filesystem::path& path, const std::vector<
     out.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
 }
 
+// The file name of a test program or tool built beside the tests.
+inline std::string ExecutableName(const std::string& name) {
+#ifdef _WIN32
+    return name + ".exe";
+#else
+    return name;
+#endif
+}
+
+// Whether a file can be created in `dir` (the permission bits alone do not
+// tell on every system).
+inline bool IsWritableDir(const std::filesystem::path& dir) {
+    const std::filesystem::path probe = dir / ".pellucida-write-probe";
+    const bool ok = std::ofstream(probe).good();
+    std::error_code ignored;
+    std::filesystem::remove(probe, ignored);
+    return ok;
+}
+
 inline void SetEnv(const char* name, const std::string& value) {
 #ifdef _WIN32
     _putenv_s(name, value.c_str());
