@@ -103,7 +103,6 @@ TEST_F(StereoDepth, TheGlowIsInFrontOfTheSkyAndAStarStandsOutAsFarAsAsked) {
     ASSERT_TRUE(depth);
     EXPECT_EQ(std::tuple(depth->width, depth->height, depth->bitDepth, depth->maxValue, depth->mono),
               std::tuple(kW, kH, uint16_t(kStereoDepthBits), kStereoDepthMax, 1));
-    EXPECT_EQ(ImageDifference(depth.get(), depth.get()), "");
     EXPECT_EQ(Pixel(depth.get(), 1, 17, 23), Pixel(depth.get(), 0, 17, 23));  // grey
     const int64_t glow = DepthAt(depth.get(), kGlowX, kGlowY), corner = DepthAt(depth.get(), kW - 1, kH - 1);
     EXPECT_GT(glow, kStereoDepthMax * 9 / 10);

@@ -1,5 +1,7 @@
-// Blits of 32-bit pictures and coverage masks: clipping on every side, the
-// 5-6-5 rule applied to what is copied, and blending by alpha.
+// Blits of 32-bit pictures: clipping on every side, the 5-6-5 rule applied to
+// what is copied, and blending by alpha. (Coverage masks are the glyphs of
+// text: their clipping is checked in Font_Text_test, their blending by the
+// font specimen's golden picture.)
 #include "ui/draw/Draw_Blit.h"
 #include "DrawCanvas.h"
 
@@ -35,20 +37,6 @@ TEST(DrawBlit, BlendingBlitWeighsEachPixelByItsAlpha) {
     EXPECT_EQ(c.At(1, 0), Draw_PixelFrom565(0xFFFF));
     EXPECT_EQ(Draw_565FromPixel(c.At(2, 0)), Draw_Pack565({16, 32, 16})) << "alpha 128 weighs 129/256";
     EXPECT_EQ(c.At(3, 0), 0u);
-}
-
-TEST(DrawBlit, MaskDrawsItsColourByCoverageInsideTheClip) {
-    const uint8_t mask[2 * 4] = {0,   255, 128, 0,  //
-                                 255, 255, 64,  7};
-    DrawCanvas c(4, 3, kSentinel);
-    Draw_BlendMask(c.surface, 1, 1, mask, 4, 3, 2, 0xFFFF);  // the last column lies outside the width given
-    EXPECT_EQ(c.At(1, 1), kSentinel);
-    EXPECT_EQ(c.At(2, 1), Draw_PixelFrom565(0xFFFF));
-    EXPECT_NE(c.At(3, 1), kSentinel);
-    EXPECT_EQ(c.At(1, 2), Draw_PixelFrom565(0xFFFF));
-    EXPECT_EQ(c.At(3, 2), Draw_Blend(kSentinel, 0xFFFF, 64));
-    EXPECT_EQ(c.At(0, 1), kSentinel);
-    for (int32_t x = 0; x < 4; ++x) EXPECT_EQ(c.At(x, 0), kSentinel);
 }
 
 }  // namespace

@@ -61,9 +61,6 @@ TEST(SystemMetrics, FollowTheScreen) {
 
 TEST(SystemMetrics, LargeInterfaceCapAndRedefinition) {
     auto tk = ToolkitTest_Screen(1920, 1080);
-    EXPECT_EQ(tk->minimalObjectSizeX, 48);
-    EXPECT_EQ(tk->minimalObjectSizeY, 48);
-    EXPECT_EQ(Toolkit_MetricPixels(tk.get(), "&system-buttonSizePixels;"), 36);
     Toolkit_SetMinimalObjectSize(tk.get(), 60, 60, 96, 96);
     EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixels;"), "60");
     EXPECT_EQ(Metric(*tk, "&system-buttonSizePixels;"), "45");
