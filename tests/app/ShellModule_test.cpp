@@ -1,7 +1,8 @@
 // The module framework's threads, in this process: a storm of setter changes
 // during one computation ends with the newest values shown, and Cancel while
 // a computation runs waits for it and leaves the working image as it was; Keep
-// while one runs waits for the exact result and commits that.
+// while one runs waits for the exact result and commits that; the quick
+// preview of a colour image is in colour.
 #include "app/Shell_Module.h"
 #include "host/Host_Threads.h"
 #include "modules/Module_List.h"
@@ -101,6 +102,32 @@ TEST_F(ShellModuleTest, KeepWhileComputingCommitsTheExactResultOnceItIsDone) {
     EXPECT_EQ(std::memcmp(shell.image->red, expected->red, n), 0);
     EXPECT_EQ(std::memcmp(shell.image->blue, expected->blue, n), 0);
     EXPECT_TRUE(shell.undo.available);
+}
+
+// Colour in one pixel of every 4 x 4 block, one step of the monochrome test
+// above grey: the binned copy averages it below the step. Whether the image
+// is monochrome is the entered image's, not the quick copy's.
+TEST_F(ShellModuleTest, TheQuickPreviewKeepsColourThatBinningAveragesAway) {
+    Shell_LeaveModule(&shell, false);
+    ImagePtr image(Image_Create(1600, 1200));
+    const int64_t step = int64_t{1} << (image->bitDepth - 8);
+    for (int32_t y = 0; y < image->height; ++y)
+        for (int32_t x = 0; x < image->width; ++x) {
+            const size_t i = size_t(y) * size_t(image->stride) + size_t(x);
+            image->green[i] = image->blue[i] = int64_t((x + 3 * y) % 1000) * 60;
+            image->red[i] = image->green[i] + (x % 4 == 0 && y % 4 == 0 ? step : 0);
+        }
+    shell.image = std::move(image);
+    Shell_EnterModule(&shell, *Module_FindByButton(Widget_PackId("BtAD")));
+    Settle();
+    const ShellModule& m = *shell.module;
+    ASSERT_NE(m.small, nullptr);
+    ASSERT_NE(m.smallResult, nullptr);
+    const ImageBuffer& quick = *m.smallResult;
+    bool colour = false;
+    for (size_t i = 0; i < size_t(quick.stride) * size_t(quick.height); ++i)
+        colour |= quick.red[i] != quick.green[i];
+    EXPECT_TRUE(colour);
 }
 
 }  // namespace
