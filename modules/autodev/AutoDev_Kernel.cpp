@@ -93,20 +93,30 @@ void LumWorker(LumJob* j) {
 
 // ---- Stage 6: detail suppression --------------------------------------------
 
+// The values that occur, ascending, into `values` (room for 2^24); returns
+// how many. Written without a branch: the slot after the last is scratch.
+int64_t ListValues(const uint8_t* used, int32_t lo, int32_t hi, int32_t* values) {
+    int64_t n = 0;
+    for (int32_t v = lo; v <= hi; ++v) {
+        values[n] = v;
+        n += used[v];
+    }
+    return n;
+}
+
 struct DetailTableJob {
-    const uint8_t* used;
+    const int32_t* values;
+    int64_t count;
     double* t;
-    int32_t lo, hi;
     uint32_t workerIndex, workerCount;
 };
 
 void DetailTableWorker(DetailTableJob* j) {
-    constexpr int32_t kBlock = 4096;
     const double m = static_cast<double>(kAutoDevMax);
-    for (int64_t b = j->lo + int64_t{kBlock} * j->workerIndex; b <= j->hi;
-         b += int64_t{kBlock} * j->workerCount)
-        for (int64_t v = b; v < std::min<int64_t>(b + kBlock, int64_t{j->hi} + 1); ++v)
-            if (j->used[v]) j->t[v] = std::pow(static_cast<double>(v) / m, kDetailExponent);
+    const int64_t begin = j->count * j->workerIndex / j->workerCount;
+    const int64_t end = j->count * (j->workerIndex + 1) / j->workerCount;
+    for (int64_t i = begin; i < end; ++i)
+        j->t[j->values[i]] = std::pow(static_cast<double>(j->values[i]) / m, kDetailExponent);
 }
 
 struct BlendJob {
@@ -301,13 +311,19 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
     if (KernelControl_Cancelled(control)) return false;
     KernelControl_Report(control, kStageAutoDev, 10);
 
+    // The values that occur: every table over the 24-bit values below is
+    // written, cleared and read at these only, which on the quick preview's
+    // small copy is a small part of the 2^24.
+    WorkPlane<int32_t> values = WorkPlane_Allocate<int32_t>(kAutoDevValues);
+    const int64_t valueCount = ListValues(used.get(), lo, hi, values.get());
+    used.reset();
+
     // Stage 6: t depends on one 24-bit value only; it is worked out once for
     // every value that occurs.
     WorkPlane<int32_t> blended = WorkPlane_Allocate<int32_t>(size_t(pixels));
     {
         WorkPlane<double> t = WorkPlane_Allocate<double>(kAutoDevValues);
-        Host_RunWorkers(DetailTableJob{used.get(), t.get(), lo, hi, 0, 1}, &DetailTableWorker);
-        used.reset();
+        Host_RunWorkers(DetailTableJob{values.get(), valueCount, t.get(), 0, 1}, &DetailTableWorker);
         if (!GaussianBlur(lum.get(), blended.get(), width, height, width, settings.p1, control)) return false;
         Host_RunWorkers(BlendJob{lum.get(), blended.get(), t.get(), pixels, 0, 1}, &BlendWorker);
     }
@@ -325,13 +341,14 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
     // Stages 8 to 11.
     WorkPlane<int64_t> map = WorkPlane_Allocate<int64_t>(kAutoDevValues);
     {
-        WorkPlane<uint32_t> counts = WorkPlane_AllocateZeroed<uint32_t>(kAutoDevValues);
-        WorkPlane<int64_t> weights = WorkPlane_AllocateZeroed<int64_t>(kAutoDevValues);
+        WorkPlane<uint32_t> counts = WorkPlane_Allocate<uint32_t>(kAutoDevValues);
+        WorkPlane<int64_t> weights = WorkPlane_Allocate<int64_t>(kAutoDevValues);
+        for (int64_t i = 0; i < valueCount; ++i) counts[values[i]] = 0, weights[values[i]] = 0;
         FillHistograms(lum.get(), weight.get(), width, height, settings, counts.get(), weights.get());
         weight.reset();
         if (KernelControl_Cancelled(control)) return false;
         KernelControl_Report(control, kStageAutoDev, 75);
-        const AutoDevHistogram histogram{counts.get(), weights.get(), lo, hi};
+        const AutoDevHistogram histogram{counts.get(), weights.get(), lo, hi, values.get(), valueCount};
         AutoDev_BuildOutputMap(histogram, pixels, settings, source->bitDepth, source->maxValue, map.get());
     }
     if (KernelControl_Cancelled(control)) return false;
