@@ -140,10 +140,11 @@ void BlendWorker(BlendJob* j) {
 
 // ---- Stage 8: histograms ------------------------------------------------------
 
-void FillHistograms(const int32_t* lum, const int32_t* weight, int32_t width, int32_t height,
+// The rows [yBegin, yEnd) into one pair of tables.
+void FillHistograms(const int32_t* lum, const int32_t* weight, int32_t width, int32_t yBegin, int32_t yEnd,
                     const AutoDevSettings& st, uint32_t* counts, int64_t* weights) {
     const int32_t x0 = std::clamp(st.roiX, 0, width), x1 = std::clamp(st.roiX + st.roiWidth, x0, width);
-    for (int32_t y = 0; y < height; ++y) {
+    for (int32_t y = yBegin; y < yEnd; ++y) {
         const int32_t* l = lum + int64_t{y} * width;
         const int32_t* w = weight + int64_t{y} * width;
         for (int32_t x = 0; x < width; ++x) ++counts[l[x]];
@@ -154,6 +155,30 @@ void FillHistograms(const int32_t* lum, const int32_t* weight, int32_t width, in
         for (int32_t x = std::max(in1, in0); x < width; ++x)
             weights[l[x]] += static_cast<int64_t>(w[x] * st.p4);
     }
+}
+
+// Two halves of the rows, each into its own pair of tables (the second pair
+// added to the first afterwards at the values that occur: sums of integers,
+// so the order does not matter). More pairs would cost 192 MB each for
+// increments that are mostly waiting on memory already.
+constexpr uint32_t kHistogramBands = 2;
+
+struct HistogramJob {
+    const int32_t* lum;
+    const int32_t* weight;
+    int32_t width, height;
+    const AutoDevSettings* settings;
+    uint32_t* counts[kHistogramBands];
+    int64_t* weights[kHistogramBands];
+    uint32_t workerIndex, workerCount;
+};
+
+void HistogramWorker(HistogramJob* j) {
+    const uint32_t bands = std::min(j->workerCount, kHistogramBands);
+    if (j->workerIndex >= bands) return;
+    const KernelBand band = Kernel_RowBand(j->workerIndex, bands, j->height);
+    FillHistograms(j->lum, j->weight, j->width, band.begin, band.end, *j->settings, j->counts[j->workerIndex],
+                   j->weights[j->workerIndex]);
 }
 
 // ---- Stage 12: output --------------------------------------------------------
@@ -343,9 +368,30 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
     {
         WorkPlane<uint32_t> counts = WorkPlane_Allocate<uint32_t>(kAutoDevValues);
         WorkPlane<int64_t> weights = WorkPlane_Allocate<int64_t>(kAutoDevValues);
+        const bool split = workers > 1;
+        WorkPlane<uint32_t> counts2 = split ? WorkPlane_Allocate<uint32_t>(kAutoDevValues) : nullptr;
+        WorkPlane<int64_t> weights2 = split ? WorkPlane_Allocate<int64_t>(kAutoDevValues) : nullptr;
         for (int64_t i = 0; i < valueCount; ++i) counts[values[i]] = 0, weights[values[i]] = 0;
-        FillHistograms(lum.get(), weight.get(), width, height, settings, counts.get(), weights.get());
+        if (split)
+            for (int64_t i = 0; i < valueCount; ++i) counts2[values[i]] = 0, weights2[values[i]] = 0;
+        Host_RunWorkers(HistogramJob{lum.get(),
+                                     weight.get(),
+                                     width,
+                                     height,
+                                     &settings,
+                                     {counts.get(), counts2.get()},
+                                     {weights.get(), weights2.get()},
+                                     0,
+                                     1},
+                        &HistogramWorker);
         weight.reset();
+        if (split)
+            for (int64_t i = 0; i < valueCount; ++i) {
+                counts[values[i]] += counts2[values[i]];
+                weights[values[i]] += weights2[values[i]];
+            }
+        counts2.reset();
+        weights2.reset();
         if (KernelControl_Cancelled(control)) return false;
         KernelControl_Report(control, kStageAutoDev, 75);
         const AutoDevHistogram histogram{counts.get(), weights.get(), lo, hi, values.get(), valueCount};
