@@ -29,6 +29,10 @@ constexpr uint32_t Id(const char* text) {
     return Widget_PackId(text);
 }
 
+void WaitForBackground() {
+    while (Host_IsBackgroundRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+}
+
 ShellModule* Current(Shell* shell) {
     return shell->module.get();
 }
@@ -142,6 +146,13 @@ bool ScreenUseTrackedReference(ModuleScreen* screen) {
     ShellModule* m = Current(shell);
     ImagePtr reference = Shell_TrackedReference(shell);
     if (!m || !reference) return false;
+    // A running computation reads the source and the small copy replaced here:
+    // it is stopped first (its result is dropped).
+    if (m->running) {
+        m->restart = true;
+        m->cancel = true;
+        WaitForBackground();
+    }
     m->source = std::move(reference);
     m->result.reset();
     m->smallResult.reset();
@@ -149,7 +160,6 @@ bool ScreenUseTrackedReference(ModuleScreen* screen) {
         const PixelRect r = Widget_PixelRect(shell->ui.get(), m->view);
         Shell_PrepareSmallPreview(m, *m->source, r.width, r.height);
     }
-    if (m->running) m->restart = true, m->cancel = true;
     Shell_ShowModuleImage(shell);  // the results it showed are gone
     Shell_StartModuleRun(shell);
     return true;
@@ -237,10 +247,6 @@ void BindButtons(Shell* shell, Widget* widget) {
     if (widget->type == kWidgetButton && (widget->id >> 8) != (Id("BtI0") >> 8))
         Button_SetCallback(widget, OnButton, shell);
     for (auto& child : widget->children) BindButtons(shell, child.get());
-}
-
-void WaitForBackground() {
-    while (Host_IsBackgroundRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
 // The module's form and screen, with `params` over the defaults when given.

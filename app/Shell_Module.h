@@ -48,8 +48,12 @@ struct ShellModule {
     bool closing = false;  // leaving: the running computation is cancelled and nothing new starts
     std::atomic<bool> cancel{false};
     std::atomic<int> percent{0};
-    ModuleParamsBuffer runParams;     // the setters' positions the run was started for
-    ModuleParamsBuffer runArgs;       // what it runs with (scaled for the small copy)
+    ModuleParamsBuffer runParams;  // the setters' positions the run was started for
+    ModuleParamsBuffer runArgs;    // what it runs with (scaled for the small copy)
+    // What the run reads without changing it (the working image, the tracked
+    // reference or the small copy; each stays put until the run is taken), or
+    // null when it works in place on runImage, a copy (with the mask).
+    const ImageBuffer* runSource = nullptr;
     ImageBuffer* runImage = nullptr;  // the task's; taken once it ended
     ImageBuffer* runMask = nullptr;
     ModuleRunStatus runStatus = ModuleRunStatus::kCancelled;

@@ -26,11 +26,23 @@ void Report(void* context, const char*, int percent) {
     static_cast<ShellModule*>(context)->percent.store(percent, std::memory_order_relaxed);
 }
 
-// The background task: the module's step on its own copies.
+// The module's step for the prepared run: from its source into a new image,
+// or in place on the copies.
+void Execute(ShellModule* m, const KernelControl* control) {
+    if (m->runSource) {
+        ImagePtr result;
+        m->runStatus = Module_RunFrom(*m->def, m->runArgs.bytes, m->runSource, &result, control);
+        m->runImage = result.release();
+        return;
+    }
+    m->runStatus = Module_Run(*m->def, m->runArgs.bytes, &m->runImage, &m->runMask, control);
+}
+
+// The background task.
 void RunTask(void* context) {
     auto* m = static_cast<ShellModule*>(context);
     const KernelControl control{&m->cancel, Report, m};
-    m->runStatus = Module_Run(*m->def, m->runArgs.bytes, &m->runImage, &m->runMask, &control);
+    Execute(m, &control);
 }
 
 void SetProgressText(Shell* shell, ShellModule* m, const char* text) {
@@ -41,14 +53,18 @@ bool SameParams(const ModuleParamsBuffer& a, const ModuleParamsBuffer& b) {
     return std::memcmp(a.bytes, b.bytes, sizeof a.bytes) == 0;
 }
 
-// Copies of the working data for one run: the small copy (without the mask,
-// which only a kept step needs) or the whole image.
+// The data of one run: the small copy (without the mask, which only a kept
+// step needs) or the whole image, read where it is; copies only when the mask
+// follows, since the pair is changed in place together.
 void PrepareRun(Shell* shell, ShellModule* m, bool small) {
     m->runParams = m->params;
     m->runSmall = small;
     m->runArgs = small ? Shell_SmallParams(*m) : m->params;
-    m->runImage = Image_Clone(small ? m->small.get() : m->source ? m->source.get() : shell->image.get());
-    m->runMask = !small && shell->mask && m->def->maskFollows ? Image_Clone(shell->mask.get()) : nullptr;
+    const ImageBuffer* from = small ? m->small.get() : m->source ? m->source.get() : shell->image.get();
+    const bool withMask = !small && shell->mask && m->def->maskFollows;
+    m->runSource = withMask ? nullptr : from;
+    m->runImage = withMask ? Image_Clone(from) : nullptr;
+    m->runMask = withMask ? Image_Clone(shell->mask.get()) : nullptr;
     m->cancel = false;
     m->percent = 0;
 }
@@ -80,13 +96,13 @@ void TakeRun(ShellModule* m, bool adopt) {
         // shown; Keep then commits nothing.
     }
     m->runImage = m->runMask = nullptr;
+    m->runSource = nullptr;
 }
 
-// A copy of `source` for the view, marked up by the module (`exact`: in the
+// What the view shows of `source`: a copy the module marked up, or null (`exact`: in the
 // working image's pixels, else in the quick copy's).
 void Shade(Shell* shell, ShellModule* m, const ImageBuffer* source, bool exact) {
     if (!m->def->screen || !m->def->screen->shade) return;
-    m->shown.reset(Image_Clone(source));
     ModuleParamsBuffer scaled = exact ? m->params : Shell_SmallParams(*m);
     ModuleScreen screen = m->screen;
     screen.image = exact ? shell->image.get() : m->small.get();
@@ -102,7 +118,7 @@ void Shade(Shell* shell, ShellModule* m, const ImageBuffer* source, bool exact) 
         keepsZoom ? record->zoom : ImageView_FitZoomFor(ui, m->view, source->width, source->height);
     screen.viewWidth = r.width;
     screen.viewHeight = r.height;
-    m->def->screen->shade(&screen, m->shown.get());
+    m->shown.reset(m->def->screen->shade(&screen, source));
 }
 
 }  // namespace
@@ -164,7 +180,7 @@ ModuleRunStatus Shell_RunModuleNow(Shell* shell) {
     ShellModule* m = shell->module.get();
     CursorWaitScope wait;
     PrepareRun(shell, m, false);
-    m->runStatus = Module_Run(*m->def, m->runArgs.bytes, &m->runImage, &m->runMask, nullptr);
+    Execute(m, nullptr);
     const ModuleRunStatus status = m->runStatus;
     TakeRun(m, true);
     return status;

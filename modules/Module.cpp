@@ -30,6 +30,20 @@ ModuleRunStatus Module_Run(const ModuleDef& module, const void* params, ImageBuf
     return ModuleRunStatus::kDone;
 }
 
+ModuleRunStatus Module_RunFrom(const ModuleDef& module, const void* params, const ImageBuffer* source,
+                               ImagePtr* result, const KernelControl* control) {
+    result->reset();
+    if (!source) return ModuleRunStatus::kNoResult;
+    if (module.runFrom) return module.runFrom(source, params, control, result);
+    ImageBuffer* image = Image_Clone(source);
+    const ModuleRunStatus status = Module_Run(module, params, &image, nullptr, control);
+    if (status == ModuleRunStatus::kDone)
+        result->reset(image);
+    else
+        Image_Free(image);
+    return status;
+}
+
 std::string Module_LogBlock(const ModuleDef& module, const void* params, int32_t width, int32_t height) {
     if (!module.logged) return {};
     return Log_ParameterBlock(module.name, module.params, params, width, height);

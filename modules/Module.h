@@ -26,6 +26,12 @@ enum class ModuleRunStatus : uint8_t {
 using ModuleRunFn = ModuleRunStatus (*)(ImageBuffer* image, const void* params, const KernelControl* control,
                                         ImagePtr* result);
 
+// The step from a source it leaves unchanged into a new image in *result, for
+// a module that can compute that way: the preview then reads the working
+// image directly instead of a full copy made for every run.
+using ModuleRunFromFn = ModuleRunStatus (*)(const ImageBuffer* source, const void* params,
+                                            const KernelControl* control, ImagePtr* result);
+
 // What a module's screen adds to the framework's, for the desktop program.
 // The modules sit below the toolkit, so a screen acts on its form through the
 // operations the application hands it; identifiers are the form's widgets.
@@ -81,9 +87,10 @@ struct ModuleScreenHooks {
     void (*button)(ModuleScreen* screen, uint32_t buttonId) = nullptr;
     // A rectangle dragged in the preview; null: dragging pans the view.
     void (*region)(ModuleScreen* screen, const ModuleRegion& region) = nullptr;
-    // The result as shown (a display copy): the module may mark it up. A
-    // module that computes nothing until Keep marks up the image itself.
-    void (*shade)(ModuleScreen* screen, ImageBuffer* shown) = nullptr;
+    // The result as the view shows it: a marked-up copy, or null to show the
+    // result itself (no copy of a large result is made for nothing). A module
+    // that computes nothing until Keep marks up the image itself.
+    ImageBuffer* (*shade)(ModuleScreen* screen, const ImageBuffer* result) = nullptr;
     // For a module that computes nothing until Keep: a picture made from
     // `image` (the working image or its quick copy) for the eye only, shown
     // as it is instead of through the screen stretch; null shows `image`.
@@ -116,6 +123,7 @@ struct ModuleDef {
     bool globalStretch;  // its result is stretched data: shown as it is, and remembered when kept
     ModuleRunFn run;
     const ModuleScreenHooks* screen;
+    ModuleRunFromFn runFrom = nullptr;  // optional
 };
 
 template <class Params>
@@ -130,6 +138,11 @@ ModuleParamsBuffer Module_DefaultParams(const ModuleDef& module);
 // kDone both are replaced; otherwise both are as they were.
 ModuleRunStatus Module_Run(const ModuleDef& module, const void* params, ImageBuffer** image,
                            ImageBuffer** mask, const KernelControl* control);
+// The step from `source`, which is not changed, into *result (the mask does not
+// follow): the module's own copying run, or a copy run in place.
+ModuleRunStatus Module_RunFrom(const ModuleDef& module, const void* params, const ImageBuffer* source,
+                               ImagePtr* result, const KernelControl* control);
+
 // The parameter block for the processing log, with the size of the image the
 // step was applied to; empty for a module that is not logged.
 std::string Module_LogBlock(const ModuleDef& module, const void* params, int32_t width, int32_t height);

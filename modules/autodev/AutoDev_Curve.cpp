@@ -45,25 +45,36 @@ int64_t FinalValue(const MapJob& job, int64_t curved) {
     return v;
 }
 
+// Each worker maps a stretch of the listed values; the segments cover every
+// value from 0 to 2^24 - 1, so each value lies in exactly one.
 void MapWorker(MapJob* job) {
     const AutoDevHistogram& h = *job->histogram;
     const std::vector<AutoDevSegment>& segments = *job->segments;
-    if (segments.empty()) {
-        // No weight anywhere: the identity curve. Values are dealt out in
-        // interleaved blocks.
-        constexpr int32_t kBlock = 4096;
-        for (int64_t b = h.minValue + int64_t{kBlock} * job->workerIndex; b <= h.maxValue;
-             b += int64_t{kBlock} * job->workerCount)
-            for (int64_t v = b; v < std::min<int64_t>(b + kBlock, int64_t{h.maxValue} + 1); ++v)
-                if (h.counts[v]) job->out[v] = FinalValue(*job, v);
+    const int64_t begin = h.valueCount * job->workerIndex / job->workerCount;
+    const int64_t end = h.valueCount * (job->workerIndex + 1) / job->workerCount;
+    if (begin >= end) return;
+    if (segments.empty()) {  // no weight anywhere: the identity curve
+        for (int64_t i = begin; i < end; ++i) job->out[h.values[i]] = FinalValue(*job, h.values[i]);
         return;
     }
-    for (size_t k = job->workerIndex; k < segments.size(); k += job->workerCount) {
-        const AutoDevSegment& s = segments[k];
-        const int32_t lo = std::max(s.first, h.minValue), hi = std::min(s.last, h.maxValue);
-        for (int32_t v = lo; v <= hi; ++v)
-            if (h.counts[v]) job->out[v] = FinalValue(*job, AutoDev_CurveValue(s, v));
+    auto s = std::lower_bound(segments.begin(), segments.end(), h.values[begin],
+                              [](const AutoDevSegment& a, int32_t v) { return a.last < v; });
+    for (int64_t i = begin; i < end; ++i) {
+        const int32_t v = h.values[i];
+        while (s->last < v) ++s;
+        job->out[v] = FinalValue(*job, AutoDev_CurveValue(*s, v));
     }
+}
+
+// The occurring values in ascending order: the list, or every value of the
+// range (the tables are zero at the others).
+template <class Fn>
+void ForEachValue(const AutoDevHistogram& h, Fn&& fn) {
+    if (h.values) {
+        for (int64_t i = 0; i < h.valueCount; ++i) fn(h.values[i]);
+        return;
+    }
+    for (int32_t v = h.minValue; v <= h.maxValue; ++v) fn(v);
 }
 
 }  // namespace
@@ -75,9 +86,9 @@ std::vector<AutoDevSegment> AutoDev_Segments(const AutoDevHistogram& h, int64_t 
     segments.reserve(4096);
     int64_t count = 0, weight = 0, total = 0;
     int32_t first = 0;
-    // Below the smallest and above the largest occurring value the tables are
-    // empty: no segment closes there on its count.
-    for (int32_t v = h.minValue; v <= h.maxValue; ++v) {
+    // At a value that does not occur the count does not grow, so no segment
+    // closes there: walking the occurring values alone gives the same ones.
+    ForEachValue(h, [&](int32_t v) {
         count += h.counts[v];
         weight += h.weights[v];
         if (count > n) {
@@ -87,7 +98,7 @@ std::vector<AutoDevSegment> AutoDev_Segments(const AutoDevHistogram& h, int64_t 
             count = 0;
             weight = 0;
         }
-    }
+    });
     if (first <= kAutoDevMax) {
         segments.push_back({first, kAutoDevMax, weight, 0, 0});
         total += weight;

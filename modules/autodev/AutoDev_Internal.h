@@ -12,12 +12,17 @@ inline constexpr int32_t kAutoDevMax = (1 << kAutoDevDepth) - 1;
 inline constexpr int32_t kAutoDevValues = 1 << kAutoDevDepth;
 
 // Exact histograms over the 24-bit luminance values: counts and weights, with
-// the range of values that occur.
+// the range of values that occur and, optionally, the list of them in
+// ascending order; with a list, entries of values not in it are never read
+// (the kernel clears only the listed ones), without one the tables are zero
+// outside the values that occur.
 struct AutoDevHistogram {
     const uint32_t* counts;
     const int64_t* weights;
     int32_t minValue;
     int32_t maxValue;
+    const int32_t* values = nullptr;
+    int64_t valueCount = 0;
 };
 
 struct AutoDevSegment {
@@ -42,9 +47,10 @@ inline int64_t AutoDev_CurveValue(const AutoDevSegment& s, int64_t v) {
 // Tone blend of one sample at the image's depth (maximum m), p3 != 0.
 int64_t AutoDev_ToneBlend(int64_t v, int64_t m, double p3);
 
-// For every 24-bit value that occurs, the final grey sample at the image's
-// depth: curve, normalise (Image_SetBitDepth from 24 bits, clamp), tone blend.
-// `out` has 2^24 entries; only the occurring ones are written.
+// For every 24-bit value that occurs (the histogram's list, which it needs),
+// the final grey sample at the image's depth: curve, normalise
+// (Image_SetBitDepth from 24 bits, clamp), tone blend. `out` has 2^24
+// entries; only the occurring ones are written.
 void AutoDev_BuildOutputMap(const AutoDevHistogram& histogram, int64_t pixelCount,
                             const AutoDevSettings& settings, int bitDepth, int64_t maxValue, int64_t* out);
 

@@ -93,20 +93,30 @@ void LumWorker(LumJob* j) {
 
 // ---- Stage 6: detail suppression --------------------------------------------
 
+// The values that occur, ascending, into `values` (room for 2^24); returns
+// how many. Written without a branch: the slot after the last is scratch.
+int64_t ListValues(const uint8_t* used, int32_t lo, int32_t hi, int32_t* values) {
+    int64_t n = 0;
+    for (int32_t v = lo; v <= hi; ++v) {
+        values[n] = v;
+        n += used[v];
+    }
+    return n;
+}
+
 struct DetailTableJob {
-    const uint8_t* used;
+    const int32_t* values;
+    int64_t count;
     double* t;
-    int32_t lo, hi;
     uint32_t workerIndex, workerCount;
 };
 
 void DetailTableWorker(DetailTableJob* j) {
-    constexpr int32_t kBlock = 4096;
     const double m = static_cast<double>(kAutoDevMax);
-    for (int64_t b = j->lo + int64_t{kBlock} * j->workerIndex; b <= j->hi;
-         b += int64_t{kBlock} * j->workerCount)
-        for (int64_t v = b; v < std::min<int64_t>(b + kBlock, int64_t{j->hi} + 1); ++v)
-            if (j->used[v]) j->t[v] = std::pow(static_cast<double>(v) / m, kDetailExponent);
+    const int64_t begin = j->count * j->workerIndex / j->workerCount;
+    const int64_t end = j->count * (j->workerIndex + 1) / j->workerCount;
+    for (int64_t i = begin; i < end; ++i)
+        j->t[j->values[i]] = std::pow(static_cast<double>(j->values[i]) / m, kDetailExponent);
 }
 
 struct BlendJob {
@@ -130,10 +140,11 @@ void BlendWorker(BlendJob* j) {
 
 // ---- Stage 8: histograms ------------------------------------------------------
 
-void FillHistograms(const int32_t* lum, const int32_t* weight, int32_t width, int32_t height,
+// The rows [yBegin, yEnd) into one pair of tables.
+void FillHistograms(const int32_t* lum, const int32_t* weight, int32_t width, int32_t yBegin, int32_t yEnd,
                     const AutoDevSettings& st, uint32_t* counts, int64_t* weights) {
     const int32_t x0 = std::clamp(st.roiX, 0, width), x1 = std::clamp(st.roiX + st.roiWidth, x0, width);
-    for (int32_t y = 0; y < height; ++y) {
+    for (int32_t y = yBegin; y < yEnd; ++y) {
         const int32_t* l = lum + int64_t{y} * width;
         const int32_t* w = weight + int64_t{y} * width;
         for (int32_t x = 0; x < width; ++x) ++counts[l[x]];
@@ -144,6 +155,30 @@ void FillHistograms(const int32_t* lum, const int32_t* weight, int32_t width, in
         for (int32_t x = std::max(in1, in0); x < width; ++x)
             weights[l[x]] += static_cast<int64_t>(w[x] * st.p4);
     }
+}
+
+// Two halves of the rows, each into its own pair of tables (the second pair
+// added to the first afterwards at the values that occur: sums of integers,
+// so the order does not matter). More pairs would cost 192 MB each for
+// increments that are mostly waiting on memory already.
+constexpr uint32_t kHistogramBands = 2;
+
+struct HistogramJob {
+    const int32_t* lum;
+    const int32_t* weight;
+    int32_t width, height;
+    const AutoDevSettings* settings;
+    uint32_t* counts[kHistogramBands];
+    int64_t* weights[kHistogramBands];
+    uint32_t workerIndex, workerCount;
+};
+
+void HistogramWorker(HistogramJob* j) {
+    const uint32_t bands = std::min(j->workerCount, kHistogramBands);
+    if (j->workerIndex >= bands) return;
+    const KernelBand band = Kernel_RowBand(j->workerIndex, bands, j->height);
+    FillHistograms(j->lum, j->weight, j->width, band.begin, band.end, *j->settings, j->counts[j->workerIndex],
+                   j->weights[j->workerIndex]);
 }
 
 // ---- Stage 12: output --------------------------------------------------------
@@ -301,13 +336,19 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
     if (KernelControl_Cancelled(control)) return false;
     KernelControl_Report(control, kStageAutoDev, 10);
 
+    // The values that occur: every table over the 24-bit values below is
+    // written, cleared and read at these only, which on the quick preview's
+    // small copy is a small part of the 2^24.
+    WorkPlane<int32_t> values = WorkPlane_Allocate<int32_t>(kAutoDevValues);
+    const int64_t valueCount = ListValues(used.get(), lo, hi, values.get());
+    used.reset();
+
     // Stage 6: t depends on one 24-bit value only; it is worked out once for
     // every value that occurs.
     WorkPlane<int32_t> blended = WorkPlane_Allocate<int32_t>(size_t(pixels));
     {
         WorkPlane<double> t = WorkPlane_Allocate<double>(kAutoDevValues);
-        Host_RunWorkers(DetailTableJob{used.get(), t.get(), lo, hi, 0, 1}, &DetailTableWorker);
-        used.reset();
+        Host_RunWorkers(DetailTableJob{values.get(), valueCount, t.get(), 0, 1}, &DetailTableWorker);
         if (!GaussianBlur(lum.get(), blended.get(), width, height, width, settings.p1, control)) return false;
         Host_RunWorkers(BlendJob{lum.get(), blended.get(), t.get(), pixels, 0, 1}, &BlendWorker);
     }
@@ -325,13 +366,35 @@ bool AutoDev_RunInto(const ImageBuffer* source, ImageBuffer* destination, const 
     // Stages 8 to 11.
     WorkPlane<int64_t> map = WorkPlane_Allocate<int64_t>(kAutoDevValues);
     {
-        WorkPlane<uint32_t> counts = WorkPlane_AllocateZeroed<uint32_t>(kAutoDevValues);
-        WorkPlane<int64_t> weights = WorkPlane_AllocateZeroed<int64_t>(kAutoDevValues);
-        FillHistograms(lum.get(), weight.get(), width, height, settings, counts.get(), weights.get());
+        WorkPlane<uint32_t> counts = WorkPlane_Allocate<uint32_t>(kAutoDevValues);
+        WorkPlane<int64_t> weights = WorkPlane_Allocate<int64_t>(kAutoDevValues);
+        const bool split = workers > 1;
+        WorkPlane<uint32_t> counts2 = split ? WorkPlane_Allocate<uint32_t>(kAutoDevValues) : nullptr;
+        WorkPlane<int64_t> weights2 = split ? WorkPlane_Allocate<int64_t>(kAutoDevValues) : nullptr;
+        for (int64_t i = 0; i < valueCount; ++i) counts[values[i]] = 0, weights[values[i]] = 0;
+        if (split)
+            for (int64_t i = 0; i < valueCount; ++i) counts2[values[i]] = 0, weights2[values[i]] = 0;
+        Host_RunWorkers(HistogramJob{lum.get(),
+                                     weight.get(),
+                                     width,
+                                     height,
+                                     &settings,
+                                     {counts.get(), counts2.get()},
+                                     {weights.get(), weights2.get()},
+                                     0,
+                                     1},
+                        &HistogramWorker);
         weight.reset();
+        if (split)
+            for (int64_t i = 0; i < valueCount; ++i) {
+                counts[values[i]] += counts2[values[i]];
+                weights[values[i]] += weights2[values[i]];
+            }
+        counts2.reset();
+        weights2.reset();
         if (KernelControl_Cancelled(control)) return false;
         KernelControl_Report(control, kStageAutoDev, 75);
-        const AutoDevHistogram histogram{counts.get(), weights.get(), lo, hi};
+        const AutoDevHistogram histogram{counts.get(), weights.get(), lo, hi, values.get(), valueCount};
         AutoDev_BuildOutputMap(histogram, pixels, settings, source->bitDepth, source->maxValue, map.get());
     }
     if (KernelControl_Cancelled(control)) return false;

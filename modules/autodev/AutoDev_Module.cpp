@@ -4,12 +4,22 @@
 
 namespace {
 
+AutoDevSettings SettingsFor(const void* params, const ImageBuffer* image) {
+    const auto& p = *static_cast<const AutoDevParams*>(params);
+    return AutoDev_Settings(p, image->width, image->height, AutoDev_ParamsMonochrome(p, image));
+}
+
 // The batch stretches in place: a large image is not held twice.
 ModuleRunStatus Run(ImageBuffer* image, const void* params, const KernelControl* control, ImagePtr*) {
-    const AutoDevSettings settings = AutoDev_Settings(
-        *static_cast<const AutoDevParams*>(params), image->width, image->height, AutoDev_IsMonochrome(image));
-    return AutoDev_RunInto(image, image, settings, control) ? ModuleRunStatus::kDone
-                                                            : ModuleRunStatus::kCancelled;
+    return AutoDev_RunInto(image, image, SettingsFor(params, image), control) ? ModuleRunStatus::kDone
+                                                                              : ModuleRunStatus::kCancelled;
+}
+
+// The preview reads the working image and writes a new one: no copy first.
+ModuleRunStatus RunFrom(const ImageBuffer* source, const void* params, const KernelControl* control,
+                        ImagePtr* result) {
+    result->reset(AutoDev_Run(source, SettingsFor(params, source), control));
+    return *result ? ModuleRunStatus::kDone : ModuleRunStatus::kCancelled;
 }
 
 }  // namespace
@@ -31,4 +41,5 @@ extern const ModuleDef kAutoDevModule = {
     .globalStretch = true,
     .run = Run,
     .screen = &kAutoDevScreen,
+    .runFrom = RunFrom,
 };

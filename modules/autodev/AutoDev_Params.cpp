@@ -34,6 +34,10 @@ std::span<const ModuleParam> AutoDev_ParamTable() {
     return kRows;
 }
 
+bool AutoDev_ParamsMonochrome(const AutoDevParams& params, const ImageBuffer* image) {
+    return params.monochrome < 0 ? AutoDev_IsMonochrome(image) : params.monochrome != 0;
+}
+
 AutoDevSettings AutoDev_Settings(const AutoDevParams& params, int32_t width, int32_t height,
                                  bool monochrome) {
     // Every position as its setter would hold it for this image.

@@ -17,7 +17,15 @@ struct AutoDevParams {
     int32_t roiY1 = kParamLast;
     int32_t curve = 100;  // LvS7, 0..1000: p2 = v * 0.01
     int32_t tone = 50;    // LvS8, 0..100: p3 = v * 0.01
+    // No setter: whether the image is monochrome, tested once when the module
+    // is entered (1 or 0); -1 tests the image a run is given (the command line
+    // runs once). A quick preview's binned copy must not be tested: averaging
+    // can bring scattered colour below the threshold.
+    int32_t monochrome = -1;
 };
+
+// The monochrome flag the parameters carry, or the image's own when unset.
+bool AutoDev_ParamsMonochrome(const AutoDevParams& params, const ImageBuffer* image);
 
 std::span<const ModuleParam> AutoDev_ParamTable();
 

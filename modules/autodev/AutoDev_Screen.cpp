@@ -29,10 +29,12 @@ constexpr uint32_t kStatusLabel = ModuleParams_Id("LbSz");
 constexpr uint32_t kNoRoiButton = ModuleParams_Id("BtAl");
 constexpr uint32_t kOutsideSetter = ModuleParams_Id("LvS2");
 
-// Kept from one entry to the next, for an image of the same width.
+// The RoI is kept from one entry to the next, for an image of the same width;
+// the monochrome flag is the entered image's.
 struct RememberedRoi {
     int32_t width = -1;
     int32_t x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+    int32_t monochrome = -1;
 };
 static_assert(sizeof(RememberedRoi) <= 64);
 
@@ -62,7 +64,8 @@ void Refresh(ModuleScreen* screen) {
     screen->ops->setEnabled(screen, kNoRoiButton, !whole);
     screen->ops->setEnabled(screen, kOutsideSetter, !whole);
     const auto& p = *static_cast<const AutoDevParams*>(screen->params);
-    *static_cast<RememberedRoi*>(screen->state) = {screen->image->width, p.roiX0, p.roiY0, p.roiX1, p.roiY1};
+    auto& kept = *static_cast<RememberedRoi*>(screen->state);
+    kept = {screen->image->width, p.roiX0, p.roiY0, p.roiX1, p.roiY1, kept.monochrome};
 }
 
 // "Redo global stretch" starts from the linear data kept from before the
@@ -73,7 +76,10 @@ void OnPreviously(ModuleScreen* screen, int button) {
 
 void Enter(ModuleScreen* screen) {
     auto& p = *static_cast<AutoDevParams*>(screen->params);
-    const auto& kept = *static_cast<const RememberedRoi*>(screen->state);
+    auto& kept = *static_cast<RememberedRoi*>(screen->state);
+    // Tested once, before the first run, on the image itself.
+    kept.monochrome = AutoDev_IsMonochrome(screen->image) ? 1 : 0;
+    p.monochrome = kept.monochrome;
     if (kept.width == screen->image->width) {
         p.roiX0 = kept.x0, p.roiY0 = kept.y0, p.roiX1 = kept.x1, p.roiY1 = kept.y1;
         screen->ops->paramsChanged(screen);
@@ -85,7 +91,10 @@ void Enter(ModuleScreen* screen) {
         screen->ops->message(screen, kStretchedTitle, kStretchedText);
 }
 
+// A reset or preset gives the parameters their defaults: the flag comes back.
 void Changed(ModuleScreen* screen, uint32_t) {
+    static_cast<AutoDevParams*>(screen->params)->monochrome =
+        static_cast<const RememberedRoi*>(screen->state)->monochrome;
     Refresh(screen);
 }
 
@@ -106,8 +115,10 @@ void Region(ModuleScreen* screen, const ModuleRegion& region) {
 }
 
 // Outside the RoI the picture is lightened, for display only: v = (3v + max) / 4.
-void Shade(ModuleScreen* screen, ImageBuffer* shown) {
-    if (WholeImage(screen)) return;
+// With the whole image as RoI the result is shown as it is.
+ImageBuffer* Shade(ModuleScreen* screen, const ImageBuffer* result) {
+    if (WholeImage(screen)) return nullptr;
+    ImageBuffer* shown = Image_Clone(result);
     const Roi r = CurrentRoi(screen);
     const int64_t max = shown->maxValue;
     for (int64_t* plane : {shown->red, shown->green, shown->blue}) {
@@ -119,6 +130,7 @@ void Shade(ModuleScreen* screen, ImageBuffer* shown) {
                 if (!inside || x < r.x0 || x > r.x1) row[x] = (3 * row[x] + max) / 4;
         }
     }
+    return shown;
 }
 
 }  // namespace

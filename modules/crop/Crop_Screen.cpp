@@ -112,7 +112,7 @@ void Region(ModuleScreen* screen, const ModuleRegion& region) {
 
 // Outside the rectangle the picture is dimmed to a third; its edge is drawn
 // at full scale, a line about as wide as one pixel of a fitted view.
-void Shade(ModuleScreen* screen, ImageBuffer* shown) {
+void Mark(ModuleScreen* screen, ImageBuffer* shown) {
     const CropRect r = Crop_Order(Current(screen));
     const int32_t line = std::max(1, std::max(shown->width, shown->height) / 600);
     const auto inside = [](int32_t v, int32_t lo, int32_t hi) { return v >= lo && v <= hi; };
@@ -143,6 +143,12 @@ ImageBuffer* Display(ModuleScreen* screen, const ImageBuffer* image) {
     for (size_t i = 0; i < n; ++i)
         shown->red[i] = shown->green[i] = shown->blue[i] =
             (299 * shown->red[i] + 587 * shown->green[i] + 114 * shown->blue[i]) / 1000;
+    return shown;
+}
+
+ImageBuffer* Shade(ModuleScreen* screen, const ImageBuffer* source) {
+    ImageBuffer* shown = Image_Clone(source);
+    Mark(screen, shown);
     return shown;
 }
 

@@ -39,8 +39,14 @@ void Button(ModuleScreen* screen, uint32_t buttonId) {
     screen->ops->keepAndEnter(screen, kCropModule, crop);
 }
 
-void Shade(ModuleScreen* screen, ImageBuffer* shown) {
+void Mark(ModuleScreen* screen, ImageBuffer* shown) {
     Rotate_DrawGrid(shown, Rotate_GridSpacing(screen->viewZoom, screen->viewWidth, screen->viewHeight));
+}
+
+ImageBuffer* Shade(ModuleScreen* screen, const ImageBuffer* source) {
+    ImageBuffer* shown = Image_Clone(source);
+    Mark(screen, shown);
+    return shown;
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 // scale 0) leave the shown one. Rotate's grid marks the view's copy only, made
 // again for a new zoom; "Crop corners" keeps and enters Crop with the corners.
 // Crop, which computes nothing until Keep: its rectangle, status line, memory
-// and marks.
+// and marks. The quick preview of a colour image is in colour.
 #include "app/Shell_Module.h"
 #include "host/Host_Threads.h"
 #include "modules/Module_List.h"
@@ -319,6 +319,32 @@ TEST_F(CropScreenTest, KeepCutsImageAndMaskAndAZeroSideOnlyCloses) {
             std::tuple(shell.image->width, shell.mask->height, shell.mask->red[0], shell.undo.available),
             std::tuple(c.width, c.height, int64_t(c.width == 50 ? 20 : 0) << 20, c.width == 50));
     }
+}
+
+// Colour in one pixel of every 4 x 4 block, one step of the monochrome test
+// above grey: the binned copy averages it below the step. Whether the image
+// is monochrome is the entered image's, not the quick copy's.
+TEST_F(ShellModuleTest, TheQuickPreviewKeepsColourThatBinningAveragesAway) {
+    Shell_LeaveModule(&shell, false);
+    ImagePtr image(Image_Create(1600, 1200));
+    const int64_t step = int64_t{1} << (image->bitDepth - 8);
+    for (int32_t y = 0; y < image->height; ++y)
+        for (int32_t x = 0; x < image->width; ++x) {
+            const size_t i = size_t(y) * size_t(image->stride) + size_t(x);
+            image->green[i] = image->blue[i] = int64_t((x + 3 * y) % 1000) * 60;
+            image->red[i] = image->green[i] + (x % 4 == 0 && y % 4 == 0 ? step : 0);
+        }
+    shell.image = std::move(image);
+    Shell_EnterModule(&shell, *Module_FindByButton(Widget_PackId("BtAD")));
+    Settle();
+    const ShellModule& m = *shell.module;
+    ASSERT_NE(m.small, nullptr);
+    ASSERT_NE(m.smallResult, nullptr);
+    const ImageBuffer& quick = *m.smallResult;
+    bool colour = false;
+    for (size_t i = 0; i < size_t(quick.stride) * size_t(quick.height); ++i)
+        colour |= quick.red[i] != quick.green[i];
+    EXPECT_TRUE(colour);
 }
 
 }  // namespace
