@@ -7,11 +7,7 @@
 
 #include "host/CursorWaitScope.h"
 #include "host/Host.h"
-#include "host/Host_Threads.h"
 #include "modules/stereo/Stereo_Params.h"
-
-#include <chrono>
-#include <thread>
 
 namespace {
 
@@ -48,10 +44,8 @@ bool Shell_ExportButton(Shell* shell, uint32_t id) {
     std::string name;
     if (!Shell_FileDialog("FileDialog_FileSave", &name)) return true;
 
-    // The preview's computation shares the workers: it is stopped and waited
-    // for, and computed again on the next tick.
-    if (m->running) m->cancel = true, m->restart = true;
-    while (Host_IsBackgroundRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    // The preview's computation shares the workers.
+    Shell_StopModuleRun(shell);
     ExportSource source;
     source.image = shell->image.get();
     source.settings = Stereo_Settings(*reinterpret_cast<const StereoParams*>(m->params.bytes));

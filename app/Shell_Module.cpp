@@ -146,13 +146,8 @@ bool ScreenUseTrackedReference(ModuleScreen* screen) {
     ShellModule* m = Current(shell);
     ImagePtr reference = Shell_TrackedReference(shell);
     if (!m || !reference) return false;
-    // A running computation reads the source and the small copy replaced here:
-    // it is stopped first (its result is dropped).
-    if (m->running) {
-        m->restart = true;
-        m->cancel = true;
-        WaitForBackground();
-    }
+    // A running computation reads the source and the small copy replaced here.
+    Shell_StopModuleRun(shell);
     m->source = std::move(reference);
     m->result.reset();
     m->smallResult.reset();
@@ -319,6 +314,14 @@ void Shell_KeepModule(Shell* shell) {
         return;
     }
     m->keepProgress = ProgressDialog_Show(shell->ui.get(), "Computing the full-resolution result");
+}
+
+void Shell_StopModuleRun(Shell* shell) {
+    ShellModule* m = shell->module.get();
+    if (!m || !m->running) return;
+    m->restart = true;
+    m->cancel = true;
+    WaitForBackground();
 }
 
 void Shell_LeaveModule(Shell* shell, bool keep) {

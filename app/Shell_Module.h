@@ -70,6 +70,9 @@ void Shell_PollModule(Shell* shell);
 // The computation for the positions the setters show: started now, or, while
 // one runs, once it has stopped.
 void Shell_StartModuleRun(Shell* shell);
+// Stops the running computation and waits for it: its result is dropped and
+// the newest positions are computed again on the next tick.
+void Shell_StopModuleRun(Shell* shell);
 // Computes the setters' positions at once (Keep on a result that is not the newest).
 ModuleRunStatus Shell_RunModuleNow(Shell* shell);
 // The view shows the result (as the module marks it up) or the image before;
