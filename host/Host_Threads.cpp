@@ -4,18 +4,27 @@
 // Host_WaitWorkers wakes as soon as the last worker ends (a condition variable)
 // rather than sleeping a fixed 50 ms per parallel pass, which would add visible
 // latency to every preview; it still looks at least every 50 ms.
+//
+// A started worker whose thread has not begun by then is run by the waiting
+// thread itself. A thread the system reported as created can die before it
+// runs a line (wine does this now and then); its share of the kernel would
+// never be done and the wait would never end. Each start is claimed once,
+// by its thread or by a waiter, so no share runs twice.
 #include "host/Host_Threads.h"
 
 #include "host/Host.h"
 #include "host/Host_Backend.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <mutex>
 #include <system_error>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -41,7 +50,16 @@ HostState& ThreadState() {
 struct WorkerStart {
     void* argument;
     HostThreadFn function;
+    std::chrono::steady_clock::time_point startedAt;
 };
+
+constexpr auto kLookAgain = std::chrono::milliseconds(50);
+
+// Starts no thread has claimed yet, oldest first; guarded by the critical section.
+std::vector<std::shared_ptr<WorkerStart>>& Unclaimed() {
+    static std::vector<std::shared_ptr<WorkerStart>> starts;
+    return starts;
+}
 
 [[noreturn]] void ThreadCreationFailed() {
     std::fputs("Could not create thread\n", stdout);
@@ -49,15 +67,36 @@ struct WorkerStart {
     std::exit(0);
 }
 
-void WorkerMain(WorkerStart* start) {
-    start->function(start->argument);
+void RunClaimed(const WorkerStart& start) {
+    start.function(start.argument);
+    std::lock_guard lock(CriticalSection());
+    HostState& state = ThreadState();
+    if (--state.workerCount == 0) WorkersDone().notify_all();
+}
+
+void WorkerMain(const std::shared_ptr<WorkerStart>& start) {
+    bool claimed = false;
     {
         std::lock_guard lock(CriticalSection());
-        HostState& state = ThreadState();
-        --state.workerCount;
-        delete start;
-        if (state.workerCount == 0) WorkersDone().notify_all();
+        auto& starts = Unclaimed();
+        auto found = std::find(starts.begin(), starts.end(), start);
+        if (found != starts.end()) {
+            starts.erase(found);
+            claimed = true;
+        }
     }
+    if (claimed) RunClaimed(*start);
+}
+
+// Under the critical section: the oldest start left unclaimed for longer than
+// a waiter looks, now claimed by the caller, or null.
+std::shared_ptr<WorkerStart> ClaimOverdueStart() {
+    auto& starts = Unclaimed();
+    if (starts.empty() || std::chrono::steady_clock::now() - starts.front()->startedAt < kLookAgain)
+        return nullptr;
+    std::shared_ptr<WorkerStart> start = std::move(starts.front());
+    starts.erase(starts.begin());
+    return start;
 }
 
 void BackgroundMain(HostThreadFn function, void* context) {
@@ -79,12 +118,14 @@ void Host_Unlock() {
 }
 
 void Host_StartWorker(HostThreadFn function, void* argument) {
-    auto* start = new WorkerStart{argument, function};
+    auto start =
+        std::make_shared<WorkerStart>(WorkerStart{argument, function, std::chrono::steady_clock::now()});
     // Counted before the thread exists, so a worker that ends at once can never
     // take the count below zero.
     {
         std::lock_guard lock(CriticalSection());
         ++ThreadState().workerCount;
+        Unclaimed().push_back(start);
     }
     try {
         std::thread(WorkerMain, start).detach();
@@ -100,7 +141,14 @@ uint32_t Host_GetWorkerCount() {
 
 void Host_WaitWorkers() {
     std::unique_lock lock(CriticalSection());
-    while (ThreadState().workerCount != 0) WorkersDone().wait_for(lock, std::chrono::milliseconds(50));
+    while (ThreadState().workerCount != 0) {
+        WorkersDone().wait_for(lock, kLookAgain);
+        if (std::shared_ptr<WorkerStart> overdue = ClaimOverdueStart()) {
+            lock.unlock();
+            RunClaimed(*overdue);
+            lock.lock();
+        }
+    }
 }
 
 void Host_StartBackgroundTask(HostThreadFn function, void* context) {

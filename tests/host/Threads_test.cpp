@@ -72,6 +72,33 @@ TEST(Workers, WaitReturnsWhenTheLastWorkerEnds) {
     Host_WaitWorkers();  // nothing running: returns at once
 }
 
+// A worker whose thread never begins (wine lets a fresh thread die now and
+// then) is run by the waiter; the thread, if it begins late, runs nothing.
+// Holding the critical section around the wait keeps the real threads from
+// claiming their starts, as dead threads would not.
+TEST(Workers, AWorkerWhoseThreadNeverBeginsIsRunByTheWaiterOnce) {
+    struct Share {
+        std::atomic<int> runs{0};
+        std::thread::id ranOn;
+    } shares[2];
+    auto run = [](void* arg) {
+        auto* share = static_cast<Share*>(arg);
+        share->ranOn = std::this_thread::get_id();
+        share->runs.fetch_add(1);
+    };
+    Host_Lock();
+    Host_StartWorker(run, &shares[0]);
+    Host_StartWorker(run, &shares[1]);
+    Host_WaitWorkers();
+    Host_Unlock();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // time for a late thread to misbehave
+    for (const Share& share : shares) {
+        EXPECT_EQ(share.runs.load(), 1);
+        EXPECT_EQ(share.ranOn, std::this_thread::get_id());
+    }
+    EXPECT_EQ(Host_GetWorkerCount(), 0u);
+}
+
 struct Task {
     std::atomic<bool> release{false};
     std::atomic<int> runs{0};
