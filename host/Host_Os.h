@@ -44,3 +44,9 @@ void HostOs_ShowURL(const char* url);
 // process on one file exclude each other too.
 int64_t HostOs_LockFile(const char* path);
 void HostOs_UnlockFile(int64_t handle);
+
+// Starts a detached thread that runs function(argument); false when the system
+// could not create one. On Windows the system's own call makes it: the thread
+// library of the cross compilers, under wine, now and then started a thread
+// that ran with a null argument or died before its first line.
+bool HostOs_StartThread(void (*function)(void* argument), void* argument);

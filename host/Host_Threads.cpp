@@ -14,6 +14,7 @@
 
 #include "host/Host.h"
 #include "host/Host_Backend.h"
+#include "host/Host_Os.h"
 
 #include <algorithm>
 #include <chrono>
@@ -22,7 +23,6 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -74,7 +74,10 @@ void RunClaimed(const WorkerStart& start) {
     if (--state.workerCount == 0) WorkersDone().notify_all();
 }
 
-void WorkerMain(const std::shared_ptr<WorkerStart>& start) {
+void WorkerMain(void* argument) {
+    const std::unique_ptr<std::shared_ptr<WorkerStart>> owned(
+        static_cast<std::shared_ptr<WorkerStart>*>(argument));
+    const std::shared_ptr<WorkerStart>& start = *owned;
     bool claimed = false;
     {
         std::lock_guard lock(CriticalSection());
@@ -99,8 +102,15 @@ std::shared_ptr<WorkerStart> ClaimOverdueStart() {
     return start;
 }
 
-void BackgroundMain(HostThreadFn function, void* context) {
-    function(context);
+struct BackgroundStart {
+    HostThreadFn function;
+    void* context;
+};
+
+void BackgroundMain(void* argument) {
+    const BackgroundStart start = *static_cast<BackgroundStart*>(argument);
+    delete static_cast<BackgroundStart*>(argument);
+    start.function(start.context);
     std::lock_guard lock(CriticalSection());
     HostState& state = ThreadState();
     state.backgroundTask = nullptr;
@@ -127,11 +137,7 @@ void Host_StartWorker(HostThreadFn function, void* argument) {
         ++ThreadState().workerCount;
         Unclaimed().push_back(start);
     }
-    try {
-        std::thread(WorkerMain, start).detach();
-    } catch (const std::system_error&) {
-        ThreadCreationFailed();
-    }
+    if (!HostOs_StartThread(WorkerMain, new std::shared_ptr<WorkerStart>(start))) ThreadCreationFailed();
 }
 
 uint32_t Host_GetWorkerCount() {
@@ -163,11 +169,7 @@ void Host_StartBackgroundTask(HostThreadFn function, void* context) {
         state.backgroundTask = function;
         state.backgroundRunning = 1;
     }
-    try {
-        std::thread(BackgroundMain, function, context).detach();
-    } catch (const std::system_error&) {
-        ThreadCreationFailed();
-    }
+    if (!HostOs_StartThread(BackgroundMain, new BackgroundStart{function, context})) ThreadCreationFailed();
 }
 
 uint8_t Host_IsBackgroundRunning() {

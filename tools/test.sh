@@ -3,6 +3,8 @@
 # release build and once under AddressSanitizer and UndefinedBehaviorSanitizer.
 # Then the test programs that run threads (label "threads") are built and run
 # once more under ThreadSanitizer; its build preset names only those targets.
+# Last, the Windows program is cross-built and tested under wine
+# (tools/test-windows.sh).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 tools/setup.sh
@@ -19,3 +21,4 @@ cmake --preset tsan >/dev/null
 cmake --build --preset tsan -j "$jobs"
 echo "== tsan tests"
 ctest --preset tsan -j "$jobs"
+tools/test-windows.sh
