@@ -148,15 +148,14 @@ TEST(LoadPreparation, NearlyOpaqueCountsAsOpaqueGreyIsTestedAndEmptyImagesAreRef
 }
 
 TEST(DatasetAnswers, LogLinesForGreyAndColour) {
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinear, false),
-                 "Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n");
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinear, true), "Type of Data: Linear\n");
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinearOsc, false),
-                 "Type of Data: Linear and was Bayered, but not whitebalanced\n");
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kNonLinearSrgb, false),
-                 "Type of Data: Non-linear sRGB source\n");
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kNonLinearSrgb, true),
-                 "Type of Data: Modified and not linear\n");
+    const std::tuple<DatasetAnswer, bool, const char*> cases[] = {
+        {DatasetAnswer::kLinear, false,
+         "Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n"},
+        {DatasetAnswer::kLinear, true, "Type of Data: Linear\n"},
+        {DatasetAnswer::kLinearOsc, false, "Type of Data: Linear and was Bayered, but not whitebalanced\n"},
+        {DatasetAnswer::kNonLinearSrgb, false, "Type of Data: Non-linear sRGB source\n"},
+        {DatasetAnswer::kNonLinearSrgb, true, "Type of Data: Modified and not linear\n"}};
+    for (auto [answer, grey, line] : cases) EXPECT_STREQ(File_DatasetLogLine(answer, grey), line);
 }
 
 }  // namespace
