@@ -2,6 +2,7 @@
 // truncated headers.
 #include "formats/Bmp_Read.h"
 #include "image/Image.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +10,7 @@
 
 namespace {
 
-ImagePtr ReadMemory(const std::vector<uint8_t>& bytes) {
-    return ImagePtr(Bmp_ReadMemory(bytes.data(), bytes.size()));
-}
+constexpr auto ReadMemory = ReadBytes<&Bmp_ReadMemory>;
 
 // Red, then green, then blue samples.
 std::vector<int64_t> Planes(const ImageBuffer& image) {

@@ -51,9 +51,12 @@ void Set(ImageBuffer* image, int x, int y, int64_t value) {
 constexpr int64_t kDim = int64_t(2000) << 16;
 constexpr int64_t kBright = int64_t(8000) << 16;
 
-void Textured(ImageBuffer* image) {
-    for (int y = 0; y < image->height; ++y)
-        for (int x = 0; x < image->width; ++x) Set(image, x, y, (x + y) % 2 ? kBright : kDim);
+// A w x h checkerboard of dim and bright samples: no border anywhere.
+ImagePtr Textured(int w, int h) {
+    ImagePtr image = Filled(w, h, 0);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) Set(image.get(), x, y, (x + y) % 2 ? kBright : kDim);
+    return image;
 }
 
 // Whether a border was found, and the box left, top, right, bottom.
@@ -66,8 +69,7 @@ Found Detect(const ImagePtr& image) {
 }
 
 TEST(StackingArtefacts, ALineWithNothingAboveTheMeanIsBorder) {
-    ImagePtr clean = Filled(8, 6, 0);
-    Textured(clean.get());
+    ImagePtr clean = Textured(8, 6);
     EXPECT_EQ(Detect(clean), Found(false, 0, 0, 8, 6));
     // A flat image has no sample above its own mean: every line is border,
     // in both directions.
@@ -79,8 +81,7 @@ TEST(StackingArtefacts, ALineWithNothingAboveTheMeanIsBorder) {
 
 TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
     const int w = 12, h = 10;
-    ImagePtr image = Filled(w, h, 0);
-    Textured(image.get());
+    ImagePtr image = Textured(w, h);
     for (int y = 0; y < h; ++y) {
         Set(image.get(), 0, y, 0);  // two zero columns on the left
         Set(image.get(), 1, y, 0);
@@ -89,8 +90,7 @@ TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
     // before anything bright: rows are border from both sides.
     EXPECT_EQ(Detect(image), Found(true, 2, h, w, 0));
 
-    ImagePtr bottom = Filled(w, h, 0);
-    Textured(bottom.get());
+    ImagePtr bottom = Textured(w, h);
     for (int x = 0; x < w; ++x) Set(bottom.get(), x, h - 1, 0);
     for (int x = 0; x < w; ++x) Set(bottom.get(), x, h - 2, kDim);  // dim, not zero: still border
     EXPECT_EQ(Detect(bottom), Found(true, 0, 0, w, h - 2));
@@ -98,8 +98,7 @@ TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
 
 TEST(StackingArtefacts, TheWidestChannelDecides) {
     const int w = 6, h = 6;
-    ImagePtr image = Filled(w, h, 0);
-    Textured(image.get());
+    ImagePtr image = Textured(w, h);
     // Only the blue channel has a dim last column.
     for (int y = 0; y < h; ++y) image->blue[y * w + (w - 1)] = 10;
     EXPECT_EQ(Detect(image), Found(true, 0, 0, w - 1, h));
@@ -148,15 +147,14 @@ TEST(LoadPreparation, NearlyOpaqueCountsAsOpaqueGreyIsTestedAndEmptyImagesAreRef
 }
 
 TEST(DatasetAnswers, LogLinesForGreyAndColour) {
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinear, false),
-                 "Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n");
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinear, true), "Type of Data: Linear\n");
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kLinearOsc, false),
-                 "Type of Data: Linear and was Bayered, but not whitebalanced\n");
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kNonLinearSrgb, false),
-                 "Type of Data: Non-linear sRGB source\n");
-    EXPECT_STREQ(File_DatasetLogLine(DatasetAnswer::kNonLinearSrgb, true),
-                 "Type of Data: Modified and not linear\n");
+    const std::tuple<DatasetAnswer, bool, const char*> cases[] = {
+        {DatasetAnswer::kLinear, false,
+         "Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n"},
+        {DatasetAnswer::kLinear, true, "Type of Data: Linear\n"},
+        {DatasetAnswer::kLinearOsc, false, "Type of Data: Linear and was Bayered, but not whitebalanced\n"},
+        {DatasetAnswer::kNonLinearSrgb, false, "Type of Data: Non-linear sRGB source\n"},
+        {DatasetAnswer::kNonLinearSrgb, true, "Type of Data: Modified and not linear\n"}};
+    for (auto [answer, grey, line] : cases) EXPECT_STREQ(File_DatasetLogLine(answer, grey), line);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "support/Files.h"
 #include "support/Sha256.h"
 #include "support/TestData.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -44,9 +45,7 @@ std::vector<uint8_t> BigEndian(int bitpix, const std::vector<double>& values) {
     return out;
 }
 
-ImagePtr ReadBytes(const std::vector<uint8_t>& bytes) {
-    return ImagePtr(Fits_ReadMemory(bytes.data(), bytes.size()));
-}
+constexpr auto ReadMemory = ReadBytes<&Fits_ReadMemory>;
 
 // The red plane; for colour images the green and blue ones after it.
 std::vector<int64_t> Samples(const ImageBuffer* image) {
@@ -138,7 +137,7 @@ TEST(FitsValues, NormalisationAndDiffusionOfCraftedFiles) {
         for (const auto& [keyword, value] : c.cards) cards.push_back(Keyed(keyword, value));
         std::vector<uint8_t> data = BigEndian(c.bitpix, c.values);
         data.resize(data.size() - c.cut);
-        ImagePtr image = ReadBytes(MakeFits(cards, data));
+        ImagePtr image = ReadMemory(MakeFits(cards, data));
         ASSERT_NE(image, nullptr);
         EXPECT_EQ(image->mono, c.planes == 1 ? 1 : 0);
         if (c.digest)
@@ -153,30 +152,27 @@ TEST(FitsRefused, MalformedAndTruncatedHeaders) {
                                            "NAXIS   =                    2", "NAXIS1  =                    2",
                                            "NAXIS2  =                    2"};
     const auto data = BigEndian(16, {1, 2, 3, 4});
-    ASSERT_NE(ReadBytes(MakeFits(good, data)), nullptr);
+    ASSERT_NE(ReadMemory(MakeFits(good, data)), nullptr);
 
-    auto with = [&](size_t index, const std::string& card) {
+    // Logical false, a string that is not logical true, SIMPLE not first, bad BITPIX, NAXIS and sizes,
+    // an image larger than the whole file, or one that could never be held.
+    const std::pair<size_t, const char*> replaced[] = {
+        {0, "SIMPLE  =                    F"}, {0, "SIMPLE  =                  'T'"},
+        {0, "BITPIX  =                   16"}, {1, "BITPIX  =                   64"},
+        {1, "BITPIX  =                   12"}, {2, "NAXIS   =                    1"},
+        {3, "NAXIS1  =                    0"}, {4, "NAXIS2  =                   -2"},
+        {3, "NAXIS1  =                 5000"}, {3, "NAXIS1  =           2000000000"}};
+    for (auto [index, card] : replaced) {
         auto cards = good;
         cards[index] = card;
-        return MakeFits(cards, data);
-    };
-    EXPECT_EQ(ReadBytes(with(0, "SIMPLE  =                    F")), nullptr);
-    EXPECT_EQ(ReadBytes(with(0, "SIMPLE  =                  'T'")), nullptr);  // a string is not logical true
-    EXPECT_EQ(ReadBytes(with(0, "BITPIX  =                   16")), nullptr);  // SIMPLE must come first
-    EXPECT_EQ(ReadBytes(with(1, "BITPIX  =                   64")), nullptr);
-    EXPECT_EQ(ReadBytes(with(1, "BITPIX  =                   12")), nullptr);
-    EXPECT_EQ(ReadBytes(with(2, "NAXIS   =                    1")), nullptr);
-    EXPECT_EQ(ReadBytes(with(3, "NAXIS1  =                    0")), nullptr);
-    EXPECT_EQ(ReadBytes(with(4, "NAXIS2  =                   -2")), nullptr);
-    // An image larger than the whole file, or one that could never be held.
-    EXPECT_EQ(ReadBytes(with(3, "NAXIS1  =                 5000")), nullptr);
-    EXPECT_EQ(ReadBytes(with(3, "NAXIS1  =           2000000000")), nullptr);
+        EXPECT_EQ(ReadMemory(MakeFits(cards, data)), nullptr) << card;
+    }
 
     // No END anywhere, a header cut short, nothing at all.
-    EXPECT_EQ(ReadBytes(MakeFits(good, data, false)), nullptr);
+    EXPECT_EQ(ReadMemory(MakeFits(good, data, false)), nullptr);
     auto cut = MakeFits(good, data);
     cut.resize(300);  // inside the fourth card, before END
-    EXPECT_EQ(ReadBytes(cut), nullptr);
+    EXPECT_EQ(ReadMemory(cut), nullptr);
     EXPECT_EQ(Fits_ReadMemory(cut.data(), 0), nullptr);
 }
 

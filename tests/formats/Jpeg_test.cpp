@@ -16,9 +16,7 @@
 
 namespace {
 
-ImagePtr ReadMemory(const std::vector<uint8_t>& bytes) {
-    return ImagePtr(Jpeg_ReadMemory(bytes.data(), bytes.size()));
-}
+constexpr auto ReadMemory = ReadBytes<&Jpeg_ReadMemory>;
 
 // Position of the first marker `code` found by walking the segments.
 size_t FindMarker(const std::vector<uint8_t>& bytes, uint8_t code) {

@@ -16,9 +16,7 @@
 
 namespace {
 
-ImagePtr ReadMemory(const std::vector<uint8_t>& bytes) {
-    return ImagePtr(Png_ReadMemory(bytes.data(), bytes.size()));
-}
+constexpr auto ReadMemory = ReadBytes<&Png_ReadMemory>;
 
 // Encodes raw pixels exactly in the given mode (no automatic conversion),
 // with the palette given and, when `keyed`, the colour key (1, 2, 3).

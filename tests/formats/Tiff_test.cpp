@@ -16,13 +16,7 @@
 #include <limits>
 #include <tuple>
 
-namespace {
-
-ImagePtr ReadMemory(const std::vector<uint8_t>& bytes) {
-    return ImagePtr(Tiff_ReadMemory(bytes.data(), bytes.size()));
-}
-
-}  // namespace
+constexpr auto ReadMemory = ReadBytes<&Tiff_ReadMemory>;
 
 // ---------------------------------------------------------------------------
 // Sample values and layouts on assembled files
@@ -182,21 +176,13 @@ std::vector<uint8_t> ExpectedLayout(const ImageBuffer* image) {
     const bool attach = image->attachment && image->attachmentSize > 0;
     const uint32_t entries = attach ? 13 : 12;
     const uint32_t xres = 8 + 2 + entries * 12 + 4, yres = xres + 8, bits = yres + 8, pixels = bits + 6;
-    const uint32_t w = uint32_t(image->width), h = uint32_t(image->height);
+    const uint32_t w = uint32_t(image->width), h = uint32_t(image->height), size = w * h * 6;
+    const uint32_t extra = image->attachmentSize, after = pixels + size;
     // Tag, type, count, value; the attachment's entry comes only with one.
-    const uint32_t directory[13][4] = {{256, 3, 1, w},
-                                       {257, 3, 1, h},
-                                       {258, 3, 3, bits},
-                                       {259, 3, 1, 1},
-                                       {262, 3, 1, 2},
-                                       {273, 4, 1, pixels},
-                                       {277, 3, 1, 3},
-                                       {278, 4, 1, h},
-                                       {279, 4, 1, w * h * 6},
-                                       {282, 5, 1, xres},
-                                       {283, 5, 1, yres},
-                                       {296, 3, 1, 1},
-                                       {65000, 1, image->attachmentSize, pixels + w * h * 6}};
+    const uint32_t directory[13][4] = {
+        {256, 3, 1, w},      {257, 3, 1, h}, {258, 3, 3, bits},       {259, 3, 1, 1},    {262, 3, 1, 2},
+        {273, 4, 1, pixels}, {277, 3, 1, 3}, {278, 4, 1, h},          {279, 4, 1, size}, {282, 5, 1, xres},
+        {283, 5, 1, yres},   {296, 3, 1, 1}, {65000, 1, extra, after}};
     std::vector<uint8_t> out = {'I', 'I', 42, 0, 8, 0, 0, 0};
     le.Put16(out, uint16_t(entries));
     for (uint32_t e = 0; e < entries; ++e) {

@@ -10,6 +10,18 @@
 #include <functional>
 #include <vector>
 
+// Runs loop passes until nothing is queued anywhere (at most `limit`); true
+// when a pass asked the loop to stop.
+inline bool HostTest_Settle(int limit) {
+    for (int i = 0; i < limit; ++i) {
+        if (Host_LoopPass()) return true;
+        if (Headless_PendingMessages() == 0 && Host_GetState()->pendingCount == 0 &&
+            Host_GetState()->pendingTicks == 0)
+            return false;
+    }
+    return false;
+}
+
 class HostTest : public testing::Test {
 protected:
     static inline std::vector<AppEvent> events;
@@ -39,15 +51,7 @@ protected:
         EXPECT_EQ(Host_GetState(), nullptr);
     }
 
-    // Runs passes until nothing is queued anywhere (at most `limit`).
-    void Settle(int limit = 20) {
-        for (int i = 0; i < limit; ++i) {
-            Host_LoopPass();
-            if (Headless_PendingMessages() == 0 && Host_GetState()->pendingCount == 0 &&
-                Host_GetState()->pendingTicks == 0)
-                return;
-        }
-    }
+    void Settle(int limit = 20) { HostTest_Settle(limit); }
 
     // Start-up's events delivered and forgotten.
     void Ready() {

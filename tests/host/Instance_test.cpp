@@ -122,7 +122,13 @@ TEST(InstanceName, ProgramAndDisplayWithUnfitCharactersReplaced) {
 class InstanceFolderTest : public testing::Test {
 protected:
     TempDir dir;
-    void SetUp() override { setenv("TMPDIR", dir.Path().c_str(), 1); }
+    const fs::path runtime = dir.Path() / "runtime";  // private to its owner, the session's
+    void SetUp() override {
+        setenv("TMPDIR", dir.Path().c_str(), 1);
+        fs::create_directory(runtime);
+        chmod(runtime.c_str(), 0700);
+        setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
+    }
     void TearDown() override {
         unsetenv("TMPDIR");
         unsetenv("XDG_RUNTIME_DIR");
@@ -132,12 +138,7 @@ protected:
 // The session's runtime folder when it is private, else one of our own in
 // the temporary folder; a folder others can write to is never trusted.
 TEST_F(InstanceFolderTest, RuntimeFolderOrAPrivateOneOfOurOwn) {
-    const fs::path runtime = dir.Path() / "runtime";
-    fs::create_directory(runtime);
-    chmod(runtime.c_str(), 0700);
     const std::string own = dir.Path().string() + "/pellucida-" + std::to_string(getuid());
-
-    setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
     EXPECT_EQ(HostOs_InstanceFolder(), runtime.string());
     chmod(runtime.c_str(), 0777);
     EXPECT_EQ(HostOs_InstanceFolder(), own);
@@ -151,10 +152,6 @@ TEST_F(InstanceFolderTest, RuntimeFolderOrAPrivateOneOfOurOwn) {
 
 // Headless runs (tests, batch work) run side by side: they take no lock.
 TEST_F(InstanceFolderTest, TheHeadlessBackendTakesNoPart) {
-    const fs::path runtime = dir.Path() / "runtime";
-    fs::create_directory(runtime);
-    chmod(runtime.c_str(), 0700);
-    setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
     HostOptions options;
     options.host = "headless";
     EXPECT_FALSE(Host_HandOverToRunningInstance("pellucida", options, "a.fits"));

@@ -1,5 +1,5 @@
 // A picture against its reviewed copy in tests/golden/NAME/expected.png:
-// a sample counts as different when it is more than 8 away, and at most
+// a sample counts as different when it is more than `tolerance` away, and at most
 // `allowed` samples may differ (0 for the program's own drawing, a few for a
 // browser's, whose text and scaling vary between its versions).
 // PELLUCIDA_REBASELINE=1 writes the picture instead, for a human to look at.
@@ -13,7 +13,8 @@
 #include <string>
 #include <vector>
 
-inline void CompareGolden(const std::string& actual, const std::string& name, size_t allowed = 0) {
+inline void CompareGolden(const std::string& actual, const std::string& name, size_t allowed = 0,
+                          int tolerance = 8) {
     namespace fs = std::filesystem;
     const fs::path golden = fs::path(PELLUCIDA_TEST_SOURCE_DIR) / "golden" / name / "expected.png";
     if (const char* r = std::getenv("PELLUCIDA_REBASELINE"); r && std::string(r) == "1") {
@@ -28,6 +29,6 @@ inline void CompareGolden(const std::string& actual, const std::string& name, si
     ASSERT_EQ(aw, ew);
     ASSERT_EQ(ah, eh);
     size_t bad = 0;
-    for (size_t i = 0; i < a.size(); ++i) bad += std::abs(int(a[i]) - int(e[i])) > 8;
+    for (size_t i = 0; i < a.size(); ++i) bad += std::abs(int(a[i]) - int(e[i])) > tolerance;
     EXPECT_LE(bad, allowed) << name << ": the picture differs from the reviewed one (" << actual << ")";
 }

@@ -1,10 +1,11 @@
-// Test images made from a function of (x, y, channel), their samples, and
-// deterministic pseudo-random numbers to fill them with.
+// Test images made from a function of (x, y, channel) or decoded from bytes,
+// their samples, and deterministic pseudo-random numbers to fill them with.
 #pragma once
 
 #include "image/Image.h"
 
 #include <cstdint>
+#include <vector>
 
 template <class F>
 ImagePtr MakeImage(int32_t width, int32_t height, int bitDepth, F value) {
@@ -16,6 +17,12 @@ ImagePtr MakeImage(int32_t width, int32_t height, int bitDepth, F value) {
         for (int32_t y = 0; y < height; ++y)
             for (int32_t x = 0; x < width; ++x) planes[c][int64_t{y} * image->stride + x] = value(x, y, c);
     return image;
+}
+
+// Bytes decoded through a reader's memory entry point.
+template <ImageBuffer* (*Read)(const uint8_t*, size_t)>
+ImagePtr ReadBytes(const std::vector<uint8_t>& bytes) {
+    return ImagePtr(Read(bytes.data(), bytes.size()));
 }
 
 inline int64_t Pixel(const ImageBuffer* image, int c, int32_t x, int32_t y) {

@@ -129,14 +129,11 @@ TEST(ResourceEntryRead, ReadsAndSeeksAreHeldToTheData) {
     EXPECT_EQ(ResourceEntry_Read(&a->archive, entry, buffer, 1), kResourceShortRead);
     EXPECT_EQ(buffer[0], '4');
     // Seeks from the end (2), the position (1) and the start (0) stay inside the data.
-    ResourceEntry_Seek(&a->archive, entry, 5, 2);
-    EXPECT_EQ(entry->position, 10u);
-    ResourceEntry_Seek(&a->archive, entry, -3, 2);
-    EXPECT_EQ(entry->position, 7u);
-    ResourceEntry_Seek(&a->archive, entry, -100, 1);
-    EXPECT_EQ(entry->position, 0u);
-    ResourceEntry_Seek(&a->archive, entry, 2, 0);
-    ResourceEntry_Seek(&a->archive, entry, 3, 1);
+    for (auto [offset, from, position] :
+         {std::tuple{5, 2, 10u}, {-3, 2, 7u}, {-100, 1, 0u}, {2, 0, 2u}, {3, 1, 5u}}) {
+        ResourceEntry_Seek(&a->archive, entry, offset, from);
+        EXPECT_EQ(entry->position, position) << offset << " from " << from;
+    }
     EXPECT_EQ(ResourceEntry_Read(&a->archive, entry, buffer, 1), kResourceOk);
     EXPECT_EQ(buffer[0], '5');
 }

@@ -1,8 +1,10 @@
 // Shared by the painter and font tests: an in-memory surface, the committed
-// font entry, and golden-image comparison with evidence on failure.
+// font entry, and golden-image comparison.
 #pragma once
 
+#include "host/Host_Os.h"
 #include "support/Files.h"
+#include "support/Golden.h"
 #include "ui/draw/Draw_Surface.h"
 #include "ui/font/Font.h"
 
@@ -67,53 +69,21 @@ inline const Font* DrawTest_Font() {
     return font.get();
 }
 
-inline std::vector<uint8_t> DrawTest_Rgb(const DrawCanvas& c) {
-    std::vector<uint8_t> rgb(size_t(c.width) * c.height * 3);
-    for (int32_t y = 0; y < c.height; ++y)
-        for (int32_t x = 0; x < c.width; ++x) {
-            const uint32_t p = c.At(x, y);
-            uint8_t* o = &rgb[(size_t(y) * c.width + x) * 3];
-            o[0] = uint8_t(p >> 16), o[1] = uint8_t(p >> 8), o[2] = uint8_t(p);
-        }
-    return rgb;
+// Where a rendering is written to be compared with tests/golden/<name>/expected.png:
+// beside the test program, so that builds running side by side keep apart, and
+// left there to be looked at when the comparison fails.
+inline std::string DrawTest_ShotPath(const std::string& name) {
+    return Host_GetProgramDir() + "golden-" + name + ".png";
 }
 
-// Compares the canvas with tests/golden/<name>.png: each channel may differ by
-// `tolerance`. With PELLUCIDA_REBASELINE=1 the golden file is rewritten
-// instead (look at it before committing). On failure the rendering and a
-// difference picture go to the temporary folder and the first bad pixel and
-// the count are reported.
+// Compares the canvas with its reviewed picture, each channel within
+// `tolerance` (see CompareGolden, which PELLUCIDA_REBASELINE=1 turns into a rewrite).
 inline void DrawTest_CompareGolden(const DrawCanvas& c, const std::string& name, int tolerance) {
-    const std::filesystem::path golden = DrawTest_SourceDir() / "golden" / (name + ".png");
-    const std::vector<uint8_t> rgb = DrawTest_Rgb(c);
-    if (const char* r = std::getenv("PELLUCIDA_REBASELINE"); r && std::string(r) == "1") {
-        std::filesystem::create_directories(golden.parent_path());
-        ASSERT_EQ(lodepng::encode(golden.string(), rgb, c.width, c.height, LCT_RGB), 0u);
-        GTEST_SKIP() << "rebaselined " << golden;
-    }
-    std::vector<uint8_t> expected;
-    unsigned w = 0, h = 0;
-    ASSERT_EQ(lodepng::decode(expected, w, h, golden.string(), LCT_RGB, 8), 0u) << "cannot read " << golden;
-    ASSERT_EQ(int32_t(w), c.width);
-    ASSERT_EQ(int32_t(h), c.height);
-    size_t bad = 0, first = SIZE_MAX;
-    std::vector<uint8_t> diff(rgb.size(), 0);
-    for (size_t i = 0; i < rgb.size(); ++i) {
-        const int d = std::abs(int(rgb[i]) - int(expected[i]));
-        if (d > tolerance) {
-            if (first == SIZE_MAX) first = i / 3;
-            ++bad;
-            diff[i] = 255;
-        }
-    }
-    if (bad == 0) return;
-    const std::filesystem::path out = std::filesystem::temp_directory_path() / "pellucida-golden";
-    std::filesystem::create_directories(out);
-    std::string flat = name;
-    for (char& ch : flat)
-        if (ch == '/') ch = '_';
-    lodepng::encode((out / (flat + ".actual.png")).string(), rgb, c.width, c.height, LCT_RGB);
-    lodepng::encode((out / (flat + ".diff.png")).string(), diff, c.width, c.height, LCT_RGB);
-    ADD_FAILURE() << name << ": " << bad << " channel values differ by more than " << tolerance
-                  << "; first at (" << first % c.width << ", " << first / c.width << "); see " << out;
+    std::vector<uint8_t> rgb;
+    for (int32_t y = 0; y < c.height; ++y)
+        for (int32_t x = 0; x < c.width; ++x)
+            for (int shift : {16, 8, 0}) rgb.push_back(uint8_t(c.At(x, y) >> shift));
+    const std::string shot = DrawTest_ShotPath(name);
+    ASSERT_EQ(lodepng::encode(shot, rgb, c.width, c.height, LCT_RGB), 0u) << shot;
+    CompareGolden(shot, name, 0, tolerance);
 }

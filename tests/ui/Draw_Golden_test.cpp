@@ -67,7 +67,7 @@ void DrawShapes(const Surface& s) {
 TEST(DrawGolden, WidgetShapesOnTheDarkTheme) {
     DrawCanvas c(480, 200);
     DrawShapes(c.surface);
-    DrawTest_CompareGolden(c, "draw/shapes", 0);
+    DrawTest_CompareGolden(c, "draw_shapes", 0);
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 // and character references.
 #include "ToolkitFixture.h"
 
+#include <sstream>
+#include <tuple>
+
 namespace {
 
 std::string Metric(const Toolkit& tk, const char* name) {
@@ -26,37 +29,30 @@ TEST(EntityTable, DefineReplacesAndIgnoresEmpty) {
 // The minimal object size is 1/18 of the shorter side, capped at 48, and the
 // metric entities derive from it; a square screen counts as portrait.
 TEST(SystemMetrics, FollowTheScreen) {
-    struct Case {
-        uint32_t w, h;
-        const char* name;
-        const char* value;
+    // "name=value" words, the names without their "&system-" and ";".
+    const std::tuple<uint32_t, uint32_t, const char*> cases[] = {
+        {1920, 1080,
+         "minimalobjectsizepixels=48 buttonSizePixels=36 sliderHeightPixels=36 buttonSizePixelsX2=72 "
+         "buttonSizePixelsX3=108 labelInsetPixels=15 minimalobjectsizepixelsHalf=24 "
+         "minimalobjectsizepixelsX2=96 minimalobjectsizepixelsX16=768"},  // capped
+        {640, 480,
+         "minimalobjectsizepixels=26 buttonSizePixels=19 buttonSizePixelsX2=39 buttonSizePixelsX3=58 "
+         "labelInsetPixels=8 minimalobjectsizepixelsHalf=13 minimalobjectsizepixelsX3=78"},
+        // Never below one.
+        {17, 10, "minimalobjectsizepixels=1 minimalobjectsizepixelsHalf=0 buttonSizePixels=0"},
+        {800, 480, "orientation=landscape"},
+        {480, 800, "orientation=portrait"},
+        {600, 600, "orientation=portrait"},
     };
-    const Case cases[] = {
-        {1920, 1080, "&system-minimalobjectsizepixels;", "48"},  // capped
-        {1920, 1080, "&system-buttonSizePixels;", "36"},
-        {1920, 1080, "&system-sliderHeightPixels;", "36"},
-        {1920, 1080, "&system-buttonSizePixelsX2;", "72"},
-        {1920, 1080, "&system-buttonSizePixelsX3;", "108"},
-        {1920, 1080, "&system-labelInsetPixels;", "15"},
-        {1920, 1080, "&system-minimalobjectsizepixelsHalf;", "24"},
-        {1920, 1080, "&system-minimalobjectsizepixelsX2;", "96"},
-        {1920, 1080, "&system-minimalobjectsizepixelsX16;", "768"},
-        {640, 480, "&system-minimalobjectsizepixels;", "26"},
-        {640, 480, "&system-buttonSizePixels;", "19"},
-        {640, 480, "&system-buttonSizePixelsX2;", "39"},
-        {640, 480, "&system-buttonSizePixelsX3;", "58"},
-        {640, 480, "&system-labelInsetPixels;", "8"},
-        {640, 480, "&system-minimalobjectsizepixelsHalf;", "13"},
-        {640, 480, "&system-minimalobjectsizepixelsX3;", "78"},
-        {17, 10, "&system-minimalobjectsizepixels;", "1"},  // never below one
-        {17, 10, "&system-minimalobjectsizepixelsHalf;", "0"},
-        {17, 10, "&system-buttonSizePixels;", "0"},
-        {800, 480, "&system-orientation;", "landscape"},
-        {480, 800, "&system-orientation;", "portrait"},
-        {600, 600, "&system-orientation;", "portrait"},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(Metric(*ToolkitTest_Screen(c.w, c.h), c.name), c.value) << c.w << " " << c.name;
+    for (const auto& [w, h, metrics] : cases) {
+        std::istringstream words(metrics);
+        for (std::string word; words >> word;) {
+            const size_t eq = word.find('=');
+            const std::string name = "&system-" + word.substr(0, eq) + ";";
+            EXPECT_EQ(Metric(*ToolkitTest_Screen(w, h), name.c_str()), word.substr(eq + 1))
+                << w << " " << name;
+        }
+    }
 }
 
 TEST(SystemMetrics, LargeInterfaceCapAndRedefinition) {

@@ -107,7 +107,7 @@ TEST(FontGolden, SpecimenOnTheDarkTheme) {
         }
     }
     // One 5-bit level either way: text may round differently on another compiler.
-    DrawTest_CompareGolden(c, "font/specimen", 8);
+    DrawTest_CompareGolden(c, "font_specimen", 8);
 }
 
 }  // namespace

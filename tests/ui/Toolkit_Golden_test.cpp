@@ -7,6 +7,7 @@
 #include "DrawCanvas.h"
 #include "ToolkitFixture.h"
 #include "host/Host.h"
+#include "host/HostFixture.h"
 #include "host/headless/Headless.h"
 #include "ui/MessageBox.h"
 #include "ui/ProgressDialog.h"
@@ -17,8 +18,6 @@
 #include <functional>
 
 namespace {
-
-constexpr int kTolerance = 8;
 
 struct Session {
     std::unique_ptr<Toolkit> toolkit;
@@ -52,7 +51,7 @@ protected:
         Headless_SetInitialSize(width, height);
         Host_CreateMainWindow();
         ASSERT_TRUE(Host_Init(Handler));
-        Settle();
+        HostTest_Settle(400);
         ASSERT_NE(session.toolkit, nullptr);
     }
 
@@ -65,26 +64,12 @@ protected:
         g_session = nullptr;
     }
 
-    int Settle(int limit = 400) {
-        for (int i = 0; i < limit; ++i) {
-            if (Host_LoopPass()) return 1;
-            if (Headless_PendingMessages() == 0 && Host_GetState()->pendingCount == 0 &&
-                Host_GetState()->pendingTicks == 0)
-                return 0;
-        }
-        return 0;
-    }
-
     Toolkit* tk() { return session.toolkit.get(); }
 
     void Compare(const std::string& name) {
-        const std::vector<uint32_t>& screen = Headless_GetScreen();
-        const int32_t w = int32_t(Headless_GetScreenWidth()), h = int32_t(Headless_GetScreenHeight());
-        ASSERT_EQ(screen.size(), size_t(w) * size_t(h));
-        DrawCanvas c(w, h);
-        for (int32_t y = 0; y < h; ++y)
-            for (int32_t x = 0; x < w; ++x) c.At(x, y) = screen[size_t(y) * w + x];
-        DrawTest_CompareGolden(c, name + "/expected", kTolerance);
+        const std::string shot = DrawTest_ShotPath(name);
+        ASSERT_TRUE(Headless_SaveScreen(shot.c_str()));
+        CompareGolden(shot, name);  // within one 5-bit level
     }
 };
 
@@ -97,22 +82,17 @@ struct Size {
 constexpr Size kSizes[] = {{800, 480, "800x480"}, {1920, 1080, "1920x1080"}};
 
 void ShowBox(Toolkit* tk, int buttons) {
-    switch (buttons) {
-        case 1:
-            MessageBox_Show(tk, "Image saved", "The image was saved as M42_final.tif (16 bits per channel).",
-                            kMessageBoxSuccess, Ignore, nullptr, 1, "OK");
-            break;
-        case 2:
-            MessageBox_Show(tk, kCloseTitle, kCloseText, kMessageBoxError, Ignore, nullptr, 2, kCloseButton,
-                            kCancelButton);
-            break;
-        default:
-            MessageBox_Show(
-                tk, "Unsaved changes",
-                "The image has changes that are not saved yet. Save them before loading another image?",
-                kMessageBoxWarning, Ignore, nullptr, 3, "Save", "Discard", kCancelButton);
-            break;
-    }
+    if (buttons == 1)
+        MessageBox_Show(tk, "Image saved", "The image was saved as M42_final.tif (16 bits per channel).",
+                        kMessageBoxSuccess, Ignore, nullptr, 1, "OK");
+    else if (buttons == 2)
+        MessageBox_Show(tk, kCloseTitle, kCloseText, kMessageBoxError, Ignore, nullptr, 2, kCloseButton,
+                        kCancelButton);
+    else
+        MessageBox_Show(
+            tk, "Unsaved changes",
+            "The image has changes that are not saved yet. Save them before loading another image?",
+            kMessageBoxWarning, Ignore, nullptr, 3, "Save", "Discard", kCancelButton);
 }
 
 // The test form alone (no buttons), then with each box over it.

@@ -16,24 +16,23 @@
 namespace {
 
 TEST(FieldEditing, CaretInsertsDeletesWholeCharactersAndRefusesControls) {
+    // Keys in turn from "a|b": whether each is taken, then the text and the caret. The
+    // o-umlaut is two bytes, and Backspace removes both.
+    const struct {
+        uint32_t key;
+        bool multiLine, taken;
+        const char* text;
+        size_t caret;
+    } steps[] = {{'X', false, true, "aXb", 2},           {0xF6, false, true, "aX\u00F6b", 4},
+                 {kKeyBackspace, false, true, "aXb", 2}, {kKeyEnter, false, false, "aXb", 2},
+                 {kKeyTab, false, false, "aXb", 2},      {127, false, false, "aXb", 2},
+                 {kKeyEnter, true, true, "aX\nb", 3}};
     std::string text = "ab";
     size_t caret = 1;
-    EXPECT_TRUE(Field_EditKey(&text, &caret, 'X', false));
-    EXPECT_EQ(text, "aXb");
-    EXPECT_EQ(caret, 2u);
-    EXPECT_TRUE(Field_EditKey(&text, &caret, 0xF6, false));  // o-umlaut: two bytes
-    EXPECT_EQ(text,
-              "aX\xC3\xB6"
-              "b");
-    EXPECT_EQ(caret, 4u);
-    EXPECT_TRUE(Field_EditKey(&text, &caret, kKeyBackspace, false));  // removes both bytes
-    EXPECT_EQ(text, "aXb");
-    EXPECT_EQ(caret, 2u);
-    EXPECT_FALSE(Field_EditKey(&text, &caret, kKeyEnter, false));
-    EXPECT_FALSE(Field_EditKey(&text, &caret, kKeyTab, false));
-    EXPECT_FALSE(Field_EditKey(&text, &caret, 127, false));
-    EXPECT_TRUE(Field_EditKey(&text, &caret, kKeyEnter, true));
-    EXPECT_EQ(text, "aX\nb");
+    for (const auto& step : steps) {
+        EXPECT_EQ(Field_EditKey(&text, &caret, step.key, step.multiLine), step.taken) << step.key;
+        EXPECT_EQ(std::pair(text, caret), std::pair(std::string(step.text), step.caret)) << step.key;
+    }
     caret = 0;
     EXPECT_TRUE(Field_EditKey(&text, &caret, kKeyBackspace, false));
     EXPECT_EQ(text, "aX\nb");
