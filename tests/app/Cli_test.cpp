@@ -2,6 +2,7 @@
 // folder says, the exact samples in .npy, conversions
 // and their logs, and the exit statuses.
 #include "app/Cli.h"
+#include "AppRun.h"
 #include "formats/File_Load.h"
 #include "host/Shell_Log.h"
 #include "image/Image.h"
@@ -20,32 +21,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CliResult {
-    int status;
-    std::string out, err;
-};
-
-CliResult RunCli(std::vector<std::string> args) {
-    args.insert(args.begin(), "pellucida-cli");
-    std::vector<char*> argv;
-    for (auto& a : args) argv.push_back(a.data());
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = Cli_Run(int(argv.size()), argv.data());
-    return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
-}
-
-std::string ReadFile(const fs::path& path) {
-    const std::vector<uint8_t> bytes = ReadFileBytes(path);
-    return std::string(bytes.begin(), bytes.end());
-}
-
 // A folder of the test's own for outputs and the processing log.
 class CliTest : public testing::Test {
 protected:
     TempDir dir;
     EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
-    std::string Log() { return ReadFile(dir.Path() / kShellLogFileName); }
+    std::string Log() { return ReadText(dir.Path() / kShellLogFileName); }
     std::string Path(const char* name) { return (dir.Path() / name).string(); }
     // The processing log as it stands, copied aside for a replay to read.
     std::string CopyOfLog() {
@@ -88,7 +69,7 @@ TEST_F(CliTest, NpyHoldsTheExactSamples) {
     fs::path out = dir.Path() / "samples.npy";
     CliResult r = RunCli({"convert", TestData_Path(e->file), out.string()});
     ASSERT_EQ(r.status, 0) << r.err;
-    std::string npy = ReadFile(out);
+    std::string npy = ReadText(out);
     ASSERT_EQ(npy.compare(0, 6, "\x93NUMPY"), 0);
     size_t headerLength = uint8_t(npy[8]) | uint8_t(npy[9]) << 8;
     ASSERT_EQ((10 + headerLength) % 64, 0u);
@@ -128,7 +109,7 @@ TEST_F(CliTest, TheWriterFollowsTheExtension) {
         fs::path out = dir.Path() / name;
         CliResult r = RunCli({"convert", in, out.string()});
         ASSERT_EQ(r.status, 0) << name << r.err;
-        EXPECT_EQ(ReadFile(out).substr(0, magic.size()), magic) << name;
+        EXPECT_EQ(ReadText(out).substr(0, magic.size()), magic) << name;
     }
     // A colour image from any reader but JPEG logs the colour answer.
     EXPECT_NE(Log().find("Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n"),
@@ -176,7 +157,7 @@ TEST_F(CliTest, ProcessRunsTheStepsInOrderAndLogsThem) {
                           "--flip=h", "--autodev=blur=40,tone=60", "-o", out.string()});
     ASSERT_EQ(r.status, 0) << r.err;
     // 512 binned to 256, a quarter turn keeps 256 x 256, the crop keeps both corners: 101 x 51.
-    std::string npy = ReadFile(out);
+    std::string npy = ReadText(out);
     EXPECT_NE(npy.find("'shape': (3, 51, 101)"), std::string::npos);
     std::string log = Log();
     // Grey data is never offered the colour-camera answer: its line is the grey one.
@@ -213,7 +194,7 @@ TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutput) {
               0);
     const CliResult r = RunCli({"replay", CopyOfLog(), bundled, "-o", Path("replay.tif")});
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(ReadFile(Path("replay.tif")), ReadFile(Path("process.tif")));
+    EXPECT_EQ(ReadText(Path("replay.tif")), ReadText(Path("process.tif")));
     // The replay logs the same blocks again.
     const std::string log = Log();
     const size_t second = log.rfind("File loaded [");
@@ -226,7 +207,7 @@ TEST_F(CliTest, ReplayTakesTheLastLoadOnly) {
     ASSERT_EQ(RunCli({"process", bundled, "--rotate=900", "-o", Path("first.tif")}).status, 0);
     ASSERT_EQ(RunCli({"process", bundled, "--bin=5000", "-o", Path("second.tif")}).status, 0);
     ASSERT_EQ(RunCli({"replay", CopyOfLog(), bundled, "-o", Path("replay.tif")}).status, 0);
-    EXPECT_EQ(ReadFile(Path("replay.tif")), ReadFile(Path("second.tif")));
+    EXPECT_EQ(ReadText(Path("replay.tif")), ReadText(Path("second.tif")));
 }
 
 // A log it cannot read is refused naming the line, and nothing is written.

@@ -96,19 +96,6 @@ int Compare(Display* display, Window window, const char* path, int tolerance) {
     return wrong == 0 ? 0 : 1;
 }
 
-int Close(Display* display, Window window) {
-    XEvent event{};
-    event.xclient.type = ClientMessage;
-    event.xclient.window = window;
-    event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
-    event.xclient.format = 32;
-    event.xclient.data.l[0] = long(XInternAtom(display, "WM_DELETE_WINDOW", False));
-    event.xclient.data.l[1] = CurrentTime;
-    XSendEvent(display, window, False, NoEventMask, &event);
-    XFlush(display);
-    return 0;
-}
-
 // The least a window manager does for a program that asks to be maximised:
 // map what asks to be mapped, grant configure requests, and answer the
 // _NET_WM_STATE maximise message by covering the screen.
@@ -173,19 +160,10 @@ int main(int argc, char** argv) {
     Window root = DefaultRootWindow(display);
 
     if (command == "wait") {
-        double seconds = argc > 3 ? std::atof(argv[3]) : 10;
-        auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-        int rc = 0;
-        while (!FindByTitle(display, root, title)) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                std::fprintf(stderr, "x11probe: no window \"%s\"\n", title);
-                rc = 1;
-                break;
-            }
+        const double seconds = argc > 3 ? std::atof(argv[3]) : 10;
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+        while (!FindByTitle(display, root, title) && std::chrono::steady_clock::now() < deadline)
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        }
-        XCloseDisplay(display);
-        return rc;
     }
     Window window = FindByTitle(display, root, title);
     if (!window) {
@@ -193,15 +171,24 @@ int main(int argc, char** argv) {
         XCloseDisplay(display);
         return 1;
     }
-    int rc = 2;
+    int rc = command == "wait" ? 0 : 2;
     if (command == "move" && argc == 5) {
         XWarpPointer(display, None, window, 0, 0, 0, 0, std::atoi(argv[3]), std::atoi(argv[4]));
         XFlush(display);
         rc = 0;
     } else if (command == "compare" && argc == 5) {
         rc = Compare(display, window, argv[3], std::atoi(argv[4]));
-    } else if (command == "close") {
-        rc = Close(display, window);
+    } else if (command == "close") {  // as a window manager asks
+        XEvent event{};
+        event.xclient.type = ClientMessage;
+        event.xclient.window = window;
+        event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+        event.xclient.format = 32;
+        event.xclient.data.l[0] = long(XInternAtom(display, "WM_DELETE_WINDOW", False));
+        event.xclient.data.l[1] = CurrentTime;
+        XSendEvent(display, window, False, NoEventMask, &event);
+        XFlush(display);
+        rc = 0;
     } else if (command == "size") {
         XWindowAttributes a;
         XGetWindowAttributes(display, window, &a);
