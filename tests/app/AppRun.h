@@ -19,6 +19,7 @@ inline std::string ReadText(const std::filesystem::path& path) {
     return std::string(bytes.begin(), bytes.end());
 }
 
+// How the program or pellucida-cli ended, and what it wrote to the console.
 struct ProgramRun {
     int status = -1;
     std::string out, err;
@@ -43,13 +44,8 @@ inline ProgramRun RunProgram(const std::filesystem::path& folder, const std::str
     return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, ReadText(out), ReadText(err)};
 }
 
-struct CliResult {
-    int status;
-    std::string out, err;
-};
-
 // pellucida-cli in this process, its console output captured.
-inline CliResult RunCli(std::vector<std::string> args) {
+inline ProgramRun RunCli(std::vector<std::string> args) {
     args.insert(args.begin(), "pellucida-cli");
     std::vector<char*> argv;
     for (auto& a : args) argv.push_back(a.data());
