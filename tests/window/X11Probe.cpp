@@ -1,9 +1,8 @@
 // A small X11 client for the desktop-window tests: finds the program's window
-// by title, reads its pixels back, moves the pointer over it and asks it to
-// close the way a window manager does (WM_DELETE_WINDOW).
+// by title, reads its pixels back and asks it to close the way a window
+// manager does (WM_DELETE_WINDOW).
 //
 //   x11probe wait TITLE SECONDS        wait until the window is mapped
-//   x11probe move TITLE X Y            move the pointer to (X, Y) in the window
 //   x11probe close TITLE               send WM_DELETE_WINDOW
 //   x11probe size TITLE                print the window's size
 //   x11probe compare TITLE PNG TOL     the window matches the picture, each channel within TOL
@@ -139,7 +138,7 @@ int WindowManager(Display* display, Window root) {
 
 int main(int argc, char** argv) {
     if (argc < 2 || (argc < 3 && std::strcmp(argv[1], "wm") != 0)) {
-        std::fprintf(stderr, "usage: x11probe wait|move|close|size|compare|resources|wm TITLE [args]\n");
+        std::fprintf(stderr, "usage: x11probe wait|close|size|compare|resources|wm TITLE [args]\n");
         return 2;
     }
     Display* display = XOpenDisplay(nullptr);
@@ -172,11 +171,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     int rc = command == "wait" ? 0 : 2;
-    if (command == "move" && argc == 5) {
-        XWarpPointer(display, None, window, 0, 0, 0, 0, std::atoi(argv[3]), std::atoi(argv[4]));
-        XFlush(display);
-        rc = 0;
-    } else if (command == "compare" && argc == 5) {
+    if (command == "compare" && argc == 5) {
         rc = Compare(display, window, argv[3], std::atoi(argv[4]));
     } else if (command == "close") {  // as a window manager asks
         XEvent event{};
