@@ -2,6 +2,7 @@
 // folder says, the exact samples in .npy, conversions
 // and their logs, and the exit statuses.
 #include "app/Cli.h"
+#include "AppRun.h"
 #include "formats/File_Load.h"
 #include "host/Shell_Log.h"
 #include "image/Image.h"
@@ -20,32 +21,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CliResult {
-    int status;
-    std::string out, err;
-};
-
-CliResult RunCli(std::vector<std::string> args) {
-    args.insert(args.begin(), "pellucida-cli");
-    std::vector<char*> argv;
-    for (auto& a : args) argv.push_back(a.data());
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = Cli_Run(int(argv.size()), argv.data());
-    return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
-}
-
-std::string ReadFile(const fs::path& path) {
-    const std::vector<uint8_t> bytes = ReadFileBytes(path);
-    return std::string(bytes.begin(), bytes.end());
-}
-
 // A folder of the test's own for outputs and the processing log.
 class CliTest : public testing::Test {
 protected:
     TempDir dir;
     EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
-    std::string Log() { return ReadFile(dir.Path() / kShellLogFileName); }
+    std::string Log() { return ReadText(dir.Path() / kShellLogFileName); }
     std::string Path(const char* name) { return (dir.Path() / name).string(); }
     // The processing log as it stands, copied aside for a replay to read.
     std::string CopyOfLog() {
@@ -63,7 +44,7 @@ TEST_F(CliTest, EverySampleIsReadOrRefusedAsExpected) {
         SCOPED_TRACE(e.file);
         std::string path = TestData_Path(e.file);
         ASSERT_FALSE(path.empty());
-        CliResult r = RunCli({"info", path});
+        ProgramRun r = RunCli({"info", path});
         if (e.refused) {
             EXPECT_EQ(r.status, 1);
             EXPECT_NE(r.err.find(kLoadFailedText), std::string::npos);
@@ -86,9 +67,9 @@ TEST_F(CliTest, NpyHoldsTheExactSamples) {
     const auto e = std::find_if(fits.begin(), fits.end(), [](const ManifestEntry& m) { return !m.refused; });
     ASSERT_NE(e, fits.end());
     fs::path out = dir.Path() / "samples.npy";
-    CliResult r = RunCli({"convert", TestData_Path(e->file), out.string()});
+    ProgramRun r = RunCli({"convert", TestData_Path(e->file), out.string()});
     ASSERT_EQ(r.status, 0) << r.err;
-    std::string npy = ReadFile(out);
+    std::string npy = ReadText(out);
     ASSERT_EQ(npy.compare(0, 6, "\x93NUMPY"), 0);
     size_t headerLength = uint8_t(npy[8]) | uint8_t(npy[9]) << 8;
     ASSERT_EQ((10 + headerLength) % 64, 0u);
@@ -106,29 +87,29 @@ TEST_F(CliTest, NpyHoldsTheExactSamples) {
 TEST_F(CliTest, ConvertLogsTheLoadAndTheSave) {
     PELLUCIDA_REQUIRE_DATA(in, "fits/linear/iraf_M51_B600s_int16.fits");
     fs::path out = dir.Path() / "m51.tif";
-    CliResult r = RunCli({"convert", in, out.string()});
+    ProgramRun r = RunCli({"convert", in, out.string()});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.err.find("Possible stacking artifacts detected"), std::string::npos);
     EXPECT_EQ(Log(), "File loaded [" + in +
                          "].\nType of Data: Linear\nImage size is 512 x 512\nFile saved [" + out.string() +
                          "].\n");
     // The TIFF written reads back at its size, through the same load flow.
-    CliResult info = RunCli({"info", out.string()});
+    ProgramRun info = RunCli({"info", out.string()});
     EXPECT_NE(info.out.find("reader=TIFF width=512 height=512 depth=16"), std::string::npos) << info.out;
 }
 
 TEST_F(CliTest, TheWriterFollowsTheExtension) {
     PELLUCIDA_REQUIRE_DATA(in, "png/eso1723a_avm_320.png");
-    for (auto [name, magic] : std::vector<std::pair<std::string, std::string>>{{"a.JPG", "\xFF\xD8"},
-                                                                               {"b.jps", "\xFF\xD8"},
-                                                                               {"c.png", "\x89PNG"},
-                                                                               {"d.tif", "II*"},
-                                                                               {"e.fits", "II*"},
-                                                                               {"f", "II*"}}) {
+    const struct {
+        const char* name;
+        std::string magic;
+    } cases[] = {{"a.JPG", "\xFF\xD8"}, {"b.jps", "\xFF\xD8"}, {"c.png", "\x89PNG"},
+                 {"d.tif", "II*"},      {"e.fits", "II*"},     {"f", "II*"}};
+    for (const auto& [name, magic] : cases) {
         fs::path out = dir.Path() / name;
-        CliResult r = RunCli({"convert", in, out.string()});
+        ProgramRun r = RunCli({"convert", in, out.string()});
         ASSERT_EQ(r.status, 0) << name << r.err;
-        EXPECT_EQ(ReadFile(out).substr(0, magic.size()), magic) << name;
+        EXPECT_EQ(ReadText(out).substr(0, magic.size()), magic) << name;
     }
     // A colour image from any reader but JPEG logs the colour answer.
     EXPECT_NE(Log().find("Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n"),
@@ -140,13 +121,13 @@ TEST_F(CliTest, ExitStatusesAndMessages) {
     EXPECT_EQ(RunCli({"frobnicate"}).status, 2);
     EXPECT_EQ(RunCli({"convert", "only-one"}).status, 2);
     EXPECT_EQ(RunCli({"info"}).status, 2);
-    CliResult help = RunCli({"--help"});
+    ProgramRun help = RunCli({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("convert IN OUT"), std::string::npos);
 
     fs::path junk = dir.Path() / "junk.fits";
     std::ofstream(junk) << "not an image at all";
-    CliResult r = RunCli({"info", junk.string(), junk.string()});
+    ProgramRun r = RunCli({"info", junk.string(), junk.string()});
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err,
               junk.string() + ": " + kLoadFailedText + "\n" + junk.string() + ": " + kLoadFailedText + "\n");
@@ -159,7 +140,7 @@ TEST_F(CliTest, AFailedWriteLeavesTheOldFileAndSaysSo) {
     // A folder where the file should be: nothing can be written there.
     fs::path blocked = dir.Path() / "blocked.tif";
     fs::create_directories(blocked);
-    CliResult r = RunCli({"convert", in, blocked.string()});
+    ProgramRun r = RunCli({"convert", in, blocked.string()});
     EXPECT_EQ(r.status, 1);
     EXPECT_NE(r.err.find("Could not save file [" + blocked.string() + "] for write"), std::string::npos);
     EXPECT_TRUE(fs::is_directory(blocked));
@@ -172,11 +153,12 @@ TEST_F(CliTest, AFailedWriteLeavesTheOldFileAndSaysSo) {
 TEST_F(CliTest, ProcessRunsTheStepsInOrderAndLogsThem) {
     PELLUCIDA_REQUIRE_DATA(in, "fits/linear/iraf_M51_B600s_int16.fits");
     fs::path out = dir.Path() / "m51.npy";
-    CliResult r = RunCli({"process", in, "--dataset=osc", "--bin=5000", "--rotate=900", "--crop=10:20:110:70",
-                          "--flip=h", "--autodev=blur=40,tone=60", "-o", out.string()});
+    ProgramRun r =
+        RunCli({"process", in, "--dataset=osc", "--bin=5000", "--rotate=900", "--crop=10:20:110:70",
+                "--flip=h", "--autodev=blur=40,tone=60", "-o", out.string()});
     ASSERT_EQ(r.status, 0) << r.err;
     // 512 binned to 256, a quarter turn keeps 256 x 256, the crop keeps both corners: 101 x 51.
-    std::string npy = ReadFile(out);
+    std::string npy = ReadText(out);
     EXPECT_NE(npy.find("'shape': (3, 51, 101)"), std::string::npos);
     std::string log = Log();
     // Grey data is never offered the colour-camera answer: its line is the grey one.
@@ -198,7 +180,7 @@ TEST_F(CliTest, ProcessRefusesBadStepsBeforeReadingAnything) {
                                                {"process", "in.fits", "--dataset=raw", "-o", "x.tif"},
                                                {"process", "in.fits", "--autodev"},
                                                {"process", "-o", "x.tif"}}) {
-        CliResult r = RunCli(args);
+        ProgramRun r = RunCli(args);
         EXPECT_EQ(r.status, 2) << args[2];
     }
     EXPECT_FALSE(fs::exists(dir.Path() / kShellLogFileName));
@@ -211,9 +193,9 @@ TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutput) {
                       "--rotate=123", "--crop=10:20:110:70", "--flip=v", "-o", Path("process.tif")})
                   .status,
               0);
-    const CliResult r = RunCli({"replay", CopyOfLog(), bundled, "-o", Path("replay.tif")});
+    const ProgramRun r = RunCli({"replay", CopyOfLog(), bundled, "-o", Path("replay.tif")});
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(ReadFile(Path("replay.tif")), ReadFile(Path("process.tif")));
+    EXPECT_EQ(ReadText(Path("replay.tif")), ReadText(Path("process.tif")));
     // The replay logs the same blocks again.
     const std::string log = Log();
     const size_t second = log.rfind("File loaded [");
@@ -226,7 +208,7 @@ TEST_F(CliTest, ReplayTakesTheLastLoadOnly) {
     ASSERT_EQ(RunCli({"process", bundled, "--rotate=900", "-o", Path("first.tif")}).status, 0);
     ASSERT_EQ(RunCli({"process", bundled, "--bin=5000", "-o", Path("second.tif")}).status, 0);
     ASSERT_EQ(RunCli({"replay", CopyOfLog(), bundled, "-o", Path("replay.tif")}).status, 0);
-    EXPECT_EQ(ReadFile(Path("replay.tif")), ReadFile(Path("second.tif")));
+    EXPECT_EQ(ReadText(Path("replay.tif")), ReadText(Path("second.tif")));
 }
 
 // A log it cannot read is refused naming the line, and nothing is written.
@@ -249,7 +231,7 @@ TEST_F(CliTest, ReplayRefusesADamagedLogNamingTheLine) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.log);
         std::ofstream(Path("damaged.log"), std::ios::binary) << c.log;
-        const CliResult r = RunCli({"replay", Path("damaged.log"), bundled, "-o", Path("out.tif")});
+        const ProgramRun r = RunCli({"replay", Path("damaged.log"), bundled, "-o", Path("out.tif")});
         EXPECT_EQ(r.status, 2);
         EXPECT_EQ(r.err, "pellucida-cli: " + Path("damaged.log") + ": " + c.error + "\n");
         EXPECT_FALSE(fs::exists(Path("out.tif")));

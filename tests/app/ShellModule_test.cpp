@@ -9,11 +9,11 @@
 // and marks. The quick preview of a colour image is in colour.
 #include "app/Shell_Module.h"
 #include "host/Host_Threads.h"
+#include "modules/ModuleTestImages.h"
 #include "modules/Module_List.h"
 #include "modules/crop/Crop_Params.h"
 #include "modules/rotate/Rotate_InnerRect.h"
 #include "support/Files.h"
-#include "support/TestImages.h"
 #include "ui/ToolkitFixture.h"
 #include "ui/widgets/Button.h"
 #include "ui/widgets/ImageView.h"
@@ -66,6 +66,10 @@ protected:
         record->onPress(shell.ui.get(), button, record->user);
         return true;
     }
+    std::array<uint32_t, 4> Setters() {
+        return {LevelSetter_Value(Find("LvS1")), LevelSetter_Value(Find("LvS2")),
+                LevelSetter_Value(Find("LvS3")), LevelSetter_Value(Find("LvS4"))};
+    }
 };
 
 class ShellModuleTest : public ModuleFixture {
@@ -110,9 +114,7 @@ TEST_F(ShellModuleTest, CancelWhileComputingCancelsWaitsAndLeavesTheImage) {
     EXPECT_EQ(shell.module, nullptr);
     EXPECT_EQ(left->runStatus, ModuleRunStatus::kCancelled);
     EXPECT_EQ(Host_IsBackgroundRunning(), 0);
-    const size_t n = size_t(before->stride) * size_t(before->height);
-    for (int64_t* plane : {shell.image->red, shell.image->green, shell.image->blue})
-        EXPECT_EQ(std::memcmp(plane, before->red, n * sizeof(int64_t)), 0);
+    EXPECT_EQ(ImageDifference(shell.image.get(), before.get()), "");
     EXPECT_FALSE(shell.undo.available);
 }
 
@@ -132,9 +134,7 @@ TEST_F(ShellModuleTest, KeepWhileComputingCommitsTheExactResultOnceItIsDone) {
     ImageBuffer* noMask = nullptr;
     ASSERT_EQ(Module_Run(autodev, params.bytes, &expected, &noMask, nullptr), ModuleRunStatus::kDone);
     const ImagePtr owned(expected);
-    const size_t n = size_t(expected->stride) * size_t(expected->height) * sizeof(int64_t);
-    EXPECT_EQ(std::memcmp(shell.image->red, expected->red, n), 0);
-    EXPECT_EQ(std::memcmp(shell.image->blue, expected->blue, n), 0);
+    EXPECT_EQ(ImageDifference(shell.image.get(), expected), "");
     EXPECT_TRUE(shell.undo.available);
 }
 
@@ -191,10 +191,7 @@ TEST_F(ShellModuleTest, CropCornersKeepsTheTurnAndEntersCropWithTheInnerRectangl
     EXPECT_EQ(shell.module->def, Module_FindByButton(Widget_PackId("BSCr")));
     EXPECT_TRUE(shell.undo.available);
     EXPECT_EQ(std::tuple(shell.image->width, shell.image->height), std::tuple(1821, 1517));
-    const std::array<uint32_t, 4> setters = {LevelSetter_Value(Find("LvS1")), LevelSetter_Value(Find("LvS2")),
-                                             LevelSetter_Value(Find("LvS3")),
-                                             LevelSetter_Value(Find("LvS4"))};
-    EXPECT_EQ(setters, (std::array{uint32_t(r.x0), uint32_t(r.y0), uint32_t(r.x1), uint32_t(r.y1)}));
+    EXPECT_EQ(Setters(), (std::array{uint32_t(r.x0), uint32_t(r.y0), uint32_t(r.x1), uint32_t(r.y1)}));
     EXPECT_EQ(*Label_Text(Find("LbSz")), "Click & drag to crop. New image is " +
                                              std::to_string(r.x1 - r.x0 + 1) + " x " +
                                              std::to_string(r.y1 - r.y0 + 1) + " pixels.");
@@ -212,16 +209,8 @@ protected:
     static ImagePtr Gradient(int32_t w, int32_t h) {
         return MakeImage(w, h, 30, [](int32_t x, int32_t y, int c) { return int64_t(c ? y + c : x) << 20; });
     }
-    std::array<uint32_t, 4> Setters() {
-        return {LevelSetter_Value(Find("LvS1")), LevelSetter_Value(Find("LvS2")),
-                LevelSetter_Value(Find("LvS3")), LevelSetter_Value(Find("LvS4"))};
-    }
     void Drag(int32_t x, int32_t y, int32_t w, int32_t h) {
         shell.module->def->screen->region(&shell.module->screen, {x, y, w, h});
-    }
-    void Press(const char* id) {
-        auto* button = Widget_Record<ButtonRecord>(Find(id));
-        button->onPress(shell.ui.get(), Find(id), button->user);
     }
     std::string Text(const char* id) {
         Widget* w = Find(id);
@@ -249,7 +238,7 @@ TEST_F(CropScreenTest, StatusLineAndViewToggleFollowTheData) {
         if (stretched) {
             EXPECT_EQ(std::pair(Text("BtLU"), Shown(0, 150, 20)),
                       std::pair(std::string("Colour"), Shown(2, 150, 20)));
-            Press("BtLU");
+            EXPECT_TRUE(Pressed("BtLU"));
             EXPECT_EQ(Text("BtLU"), "Luminance");
             EXPECT_NE(Shown(0, 150, 20), Shown(2, 150, 20));
         }
@@ -273,9 +262,9 @@ TEST_F(CropScreenTest, DragOutsideChangesAndAspectMoveTheRectangleAndItsMarks) {
     EXPECT_EQ(std::pair(Shown(0, 40, 30), Shown(0, 120, 70)),
               std::pair((int64_t(40) << 20) / 3, int64_t(120) << 20));
     Drag(0, 100, 200, 50);
-    Press("BtP4");
+    EXPECT_TRUE(Pressed("BtP4"));
     EXPECT_EQ(Setters(), (std::array{0u, 18u, 199u, 149u}));
-    Press("BtRs");
+    EXPECT_TRUE(Pressed("BtRs"));
     EXPECT_EQ(std::pair(Setters(), Text("LbSz")),
               std::pair(std::array{0u, 0u, 199u, 149u},
                         std::string("Click & drag to crop. New image is 200 x 150 pixels.")));
@@ -314,7 +303,7 @@ TEST_F(CropScreenTest, KeepCutsImageAndMaskAndAZeroSideOnlyCloses) {
         shell.undo = {};
         Enter("BSCr");
         Drag(c.drag[0], c.drag[1], c.drag[2], c.drag[3]);
-        Press("BtKp");
+        EXPECT_TRUE(Pressed("BtKp"));
         EXPECT_EQ(
             std::tuple(shell.image->width, shell.mask->height, shell.mask->red[0], shell.undo.available),
             std::tuple(c.width, c.height, int64_t(c.width == 50 ? 20 : 0) << 20, c.width == 50));
@@ -326,15 +315,10 @@ TEST_F(CropScreenTest, KeepCutsImageAndMaskAndAZeroSideOnlyCloses) {
 // is monochrome is the entered image's, not the quick copy's.
 TEST_F(ShellModuleTest, TheQuickPreviewKeepsColourThatBinningAveragesAway) {
     Shell_LeaveModule(&shell, false);
-    ImagePtr image(Image_Create(1600, 1200));
-    const int64_t step = int64_t{1} << (image->bitDepth - 8);
-    for (int32_t y = 0; y < image->height; ++y)
-        for (int32_t x = 0; x < image->width; ++x) {
-            const size_t i = size_t(y) * size_t(image->stride) + size_t(x);
-            image->green[i] = image->blue[i] = int64_t((x + 3 * y) % 1000) * 60;
-            image->red[i] = image->green[i] + (x % 4 == 0 && y % 4 == 0 ? step : 0);
-        }
-    shell.image = std::move(image);
+    shell.image = MakeImage(1600, 1200, 16, [](int32_t x, int32_t y, int c) {
+        const int64_t step = int64_t{1} << (16 - 8);
+        return int64_t((x + 3 * y) % 1000) * 60 + (c == 0 && x % 4 == 0 && y % 4 == 0 ? step : 0);
+    });
     Shell_EnterModule(&shell, *Module_FindByButton(Widget_PackId("BtAD")));
     Settle();
     const ShellModule& m = *shell.module;

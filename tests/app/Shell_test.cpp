@@ -2,7 +2,7 @@
 // binary on the headless backend, a script pressing its buttons and answering
 // its boxes, then the files it wrote, its log and pictures of its screen.
 #include "app/Shell.h"
-#include "app/Cli.h"
+#include "AppRun.h"
 #include "app/Shell_Module.h"
 #include "formats/Jpeg_Write.h"
 #include "formats/Tiff_Write.h"
@@ -10,6 +10,7 @@
 #include "support/Files.h"
 #include "support/Golden.h"
 #include "support/TestData.h"
+#include "support/TestImages.h"
 #include "support/TestScene.h"
 #include "ui/Entities.h"
 #include "ui/Toolkit_Create.h"
@@ -19,23 +20,18 @@
 #include <gtest/gtest.h>
 #include <lodepng.h>
 
-#include <sys/wait.h>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-struct ProgramRun {
-    int status = -1;
-    std::string out, err;
-};
-
-std::string ReadText(const fs::path& path) {
-    const std::vector<uint8_t> bytes = ReadFileBytes(path);
-    return std::string(bytes.begin(), bytes.end());
+std::string Open(const std::string& path) {
+    return "dialog " + path + "\npress BtOp\n";
+}
+std::string Save(const std::string& path) {
+    return "dialog " + path + "\npress BtSv\n";
 }
 
 // Each test has a state folder of its own (slots, log) and a script runner.
@@ -43,40 +39,28 @@ class ShellTest : public testing::Test {
 protected:
     TempDir dir;
     std::string bundled = std::string(PELLUCIDA_TEST_SOURCE_DIR) + "/../samples/M94-Seestar-stack.tif";
+    std::string opened = Open(bundled) + "answer Linear\n";  // the sample loaded as linear data
 
     void SetUp() override { SetEnv("PELLUCIDA_STATE_DIR", dir.Path().string()); }
     void TearDown() override { UnsetEnv("PELLUCIDA_STATE_DIR"); }
 
-    // The splash passes (unless the script watches it), the script runs, and
-    // the program is closed as a user would close it.
     ProgramRun Program(const std::string& script, const std::string& size = "800x480",
                        bool pastSplash = true) {
-        const fs::path file = dir.Path() / "script.txt";
-        std::ofstream(file) << (pastSplash ? "wait 20\n" : "") << script << "close\nanswer Close\n";
-        const fs::path out = dir.Path() / "out.txt", err = dir.Path() / "err.txt";
-        // Run in the test's folder, so that a relative name in a box is the same on every run.
-        const std::string command = "cd '" + dir.Path().string() + "' && PELLUCIDA_HEADLESS_SIZE=" + size +
-                                    " '" PELLUCIDA_PROGRAM "' --host=headless '--script=" + file.string() +
-                                    "' >'" + out.string() + "' 2>'" + err.string() + "'";
-        ProgramRun run;
-        const int raw = std::system(command.c_str());
-        run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        run.out = ReadText(out);
-        run.err = ReadText(err);
-        return run;
+        return RunProgram(dir.Path(), script, size, pastSplash);
+    }
+    // The script ran to its end and the program closed with status 0.
+    testing::AssertionResult Runs(const std::string& script, const std::string& size = "800x480",
+                                  bool pastSplash = true) {
+        const ProgramRun run = Program(script, size, pastSplash);
+        if (run.status == 0) return testing::AssertionSuccess();
+        return testing::AssertionFailure() << "status " << run.status << "\n" << run.err;
     }
     std::string Path(const char* name) { return (dir.Path() / name).string(); }
+    std::string Log() { return ReadText(dir.Path() / "Pellucida.log"); }
 };
 
-// pellucida-cli in this process, its console output dropped.
 int Cli(std::vector<std::string> args) {
-    args.insert(args.begin(), "pellucida-cli");
-    std::vector<char*> argv;
-    for (auto& a : args) argv.push_back(a.data());
-    testing::internal::CaptureStdout();
-    const int status = Cli_Run(int(argv.size()), argv.data());
-    testing::internal::GetCapturedStdout();
-    return status;
+    return RunCli(std::move(args)).status;
 }
 
 // The lines of the log from the last "--- " block title on.
@@ -85,13 +69,6 @@ std::string LastBlock(const std::string& log) {
     if (at == std::string::npos) return {};
     const size_t end = log.find("File saved [", at);
     return log.substr(at, end == std::string::npos ? std::string::npos : end - at);
-}
-
-std::string Open(const std::string& path) {
-    return "dialog " + path + "\npress BtOp\n";
-}
-std::string Save(const std::string& path) {
-    return "dialog " + path + "\npress BtSv\n";
 }
 
 }  // namespace
@@ -136,8 +113,7 @@ TEST_F(ShellTest, OpenAnswerAndSaveGiveTheCommandLinesFile) {
         std::string script = Open(in);
         for (const auto& [title, answer] : c.boxes)
             script += "expect-box " + title + "\nanswer " + answer + "\n";
-        const ProgramRun run = Program(script + Save(Path(c.out)));
-        ASSERT_EQ(run.status, 0) << run.err;
+        ASSERT_TRUE(Runs(script + Save(Path(c.out))));
 
         const std::string cliOut = Path((std::string("cli-") + c.out).c_str());
         std::vector<std::string> args = {"process", in, "-o", cliOut};
@@ -159,9 +135,9 @@ TEST_F(ShellTest, CancellingTheCloseQuestionKeepsTheProgramRunning) {
 // Undo restores the state before the mirror, a second press redoes it; the
 // caption alternates and the console says which.
 TEST_F(ShellTest, UndoAndRedoSwapTheLastTwoStates) {
-    const ProgramRun run = Program(Open(bundled) + "answer Linear\n" + Save(Path("a.tif")) + "press BtMH\n" +
-                                   Save(Path("mirrored.tif")) + "press BtUn\n" + Save(Path("undone.tif")) +
-                                   "press BtUn\n" + Save(Path("redone.tif")));
+    const ProgramRun run =
+        Program(opened + Save(Path("a.tif")) + "press BtMH\n" + Save(Path("mirrored.tif")) + "press BtUn\n" +
+                Save(Path("undone.tif")) + "press BtUn\n" + Save(Path("redone.tif")));
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("Undo\nRedo\n"), std::string::npos);
     EXPECT_NE(ReadFileBytes(Path("a.tif")), ReadFileBytes(Path("mirrored.tif")));
@@ -173,29 +149,25 @@ TEST_F(ShellTest, UndoAndRedoSwapTheLastTwoStates) {
 // leaves the file alone; a failed write says so and the program goes on.
 TEST_F(ShellTest, SaveAsksBeforeOverwritingAndReportsFailures) {
     WriteFileBytes(Path("old.tif"), {1, 2, 3});
-    const ProgramRun run =
-        Program(Open(bundled) + "answer Linear\n" + Save(Path("old.tif")) +
-                "expect-box File already exists\nanswer Cancel\n" + Save(Path("new.tif")) +
-                "press BtOp\n" +  // no box came: the open dialog (cancelled) is reachable
-                Save(Path("missing/folder.tif")) + "expect-box Failed\nanswer OK\n" + Save(Path("x.txt")) +
-                "expect-box Unsupported File Type\ndialog cancel\nanswer OK\n");
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs(opened + Save(Path("old.tif")) + "expect-box File already exists\nanswer Cancel\n" +
+                     Save(Path("new.tif")) +
+                     "press BtOp\n" +  // no box came: the open dialog (cancelled) is reachable
+                     Save(Path("missing/folder.tif")) + "expect-box Failed\nanswer OK\n" +
+                     Save(Path("x.txt")) + "expect-box Unsupported File Type\ndialog cancel\nanswer OK\n"));
     EXPECT_EQ(ReadFileBytes(Path("old.tif")), (std::vector<uint8_t>{1, 2, 3}));
     EXPECT_TRUE(fs::exists(Path("new.tif")));
-    const std::string log = ReadText(dir.Path() / "Pellucida.log");
+    const std::string log = Log();
     EXPECT_NE(log.find("] for write - check permissions for folder"), std::string::npos);
 }
 
 TEST_F(ShellTest, OpenRefusesUnknownNamesAndUnreadableFiles) {
     WriteFileBytes(Path("notes.txt"), {'x'});
     WriteFileBytes(Path("broken.fits"), {'S', 'I', 'M', 'P'});
-    const ProgramRun run =
-        Program(Open(Path("notes.txt")) + "expect-box Unknown File Type\ndialog cancel\nanswer OK\n" +
-                Open(Path("broken.fits")) + "expect-box Failed\nanswer Why only these formats?\n" +
-                "expect-box Supported formats\nanswer OK\ndrop " + bundled +
-                "\nexpect-box Type of dataset?\nanswer Linear\n");
-    ASSERT_EQ(run.status, 0) << run.err;
-    EXPECT_NE(ReadText(dir.Path() / "Pellucida.log").find("Image size is 960 x 720\n"), std::string::npos);
+    ASSERT_TRUE(Runs(Open(Path("notes.txt")) + "expect-box Unknown File Type\ndialog cancel\nanswer OK\n" +
+                     Open(Path("broken.fits")) + "expect-box Failed\nanswer Why only these formats?\n" +
+                     "expect-box Supported formats\nanswer OK\ndrop " + bundled +
+                     "\nexpect-box Type of dataset?\nanswer Linear\n"));
+    EXPECT_NE(Log().find("Image size is 960 x 720\n"), std::string::npos);
 }
 
 TEST_F(ShellTest, AFailingScriptLineEndsTheProgramNamingIt) {
@@ -217,12 +189,10 @@ TEST(ShellTexts, TitleAndZoomLabel) {
 TEST_F(ShellTest, ScreensMatchTheirReviewedPictures) {
     const std::string shots = dir.Path().string();
     for (const std::string size : {"800x480", "1920x1080", "3840x2160"}) {
-        const ProgramRun run =
-            Program("wait 4\nscreenshot " + shots + "/splash.png\nwait 20\nscreenshot " + shots +
-                        "/empty.png\n" + Open(bundled) + "screenshot " + shots +
-                        "/question.png\nanswer Linear\nidle\nscreenshot " + shots + "/image.png\n",
-                    size, false);
-        ASSERT_EQ(run.status, 0) << run.err;
+        ASSERT_TRUE(Runs("wait 4\nscreenshot " + shots + "/splash.png\nwait 20\nscreenshot " + shots +
+                             "/empty.png\n" + Open(bundled) + "screenshot " + shots +
+                             "/question.png\nanswer Linear\nidle\nscreenshot " + shots + "/image.png\n",
+                         size, false));
         for (const char* shot : {"splash", "empty", "question", "image"})
             CompareGolden(shots + "/" + shot + ".png", std::string("shell_") + shot + "_" + size);
     }
@@ -274,8 +244,7 @@ TEST_F(ShellTest, BoxesMatchTheirReviewedPictures) {
     std::string script;
     for (const auto& [before, name] : steps)
         script += before + "screenshot " + Path((name + ".png").c_str()) + "\n";
-    const ProgramRun run = Program(script + "answer Cancel\n", "1280x720");
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs(script + "answer Cancel\n", "1280x720"));
     for (const auto& [before, name] : steps) CompareGolden(Path((name + ".png").c_str()), "box_" + name);
 }
 
@@ -284,20 +253,17 @@ TEST_F(ShellTest, BoxesMatchTheirReviewedPictures) {
 // a run that closed normally; that normal run is never offered. Discard drops
 // what a dead run left.
 TEST_F(ShellTest, ARunThatEndedWithoutClosingIsOfferedBack) {
-    const std::string mirror = Open(bundled) + "answer Linear\npress BtMH\n";
-    ASSERT_EQ(Program(mirror + Save(Path("mirrored.tif"))).status, 0);
+    const std::string mirror = opened + "press BtMH\n";
+    ASSERT_TRUE(Runs(mirror + Save(Path("mirrored.tif"))));
     EXPECT_EQ(Program(mirror + "crash\n").status, 70);
-    ProgramRun run =
-        Program("expect-box Restore last session?\nanswer Restore\n" + Save(Path("recovered.tif")));
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs("expect-box Restore last session?\nanswer Restore\n" + Save(Path("recovered.tif"))));
     EXPECT_EQ(ReadFileBytes(Path("recovered.tif")), ReadFileBytes(Path("mirrored.tif")));
 
     const std::string history = (dir.Path() / "history").string() + "/";
     const size_t states = History_List(history).size();
     EXPECT_EQ(states, 4u);  // two runs that mirrored after loading
     EXPECT_EQ(Program(mirror + "crash\n").status, 70);
-    run = Program("expect-box Restore last session?\nanswer Discard\n");
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs("expect-box Restore last session?\nanswer Discard\n"));
     EXPECT_EQ(History_List(history).size(), states);
 }
 
@@ -306,11 +272,9 @@ TEST_F(ShellTest, ARunThatEndedWithoutClosingIsOfferedBack) {
 // the button is greyed out.
 TEST_F(ShellTest, RestoreBringsBackAnEarlierStateAsAnUndoableStep) {
     EXPECT_NE(Program("press BTrU\n").err.find("BTrU is greyed out"), std::string::npos);
-    const ProgramRun run =
-        Program(Open(bundled) + "answer Linear\n" + Save(Path("loaded.tif")) + "press BtMH\n" +
-                Save(Path("mirrored.tif")) + "press BTrU\nselect RsLs 1\npress RsOk\n" +
-                Save(Path("restored.tif")) + "press BtUn\n" + Save(Path("undone.tif")));
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs(opened + Save(Path("loaded.tif")) + "press BtMH\n" + Save(Path("mirrored.tif")) +
+                     "press BTrU\nselect RsLs 1\npress RsOk\n" + Save(Path("restored.tif")) + "press BtUn\n" +
+                     Save(Path("undone.tif"))));
     EXPECT_EQ(ReadFileBytes(Path("restored.tif")), ReadFileBytes(Path("loaded.tif")));
     EXPECT_EQ(ReadFileBytes(Path("undone.tif")), ReadFileBytes(Path("mirrored.tif")));
     std::vector<std::string> captions;
@@ -348,8 +312,7 @@ TEST_F(ShellTest, RestoreFormMatchesItsReviewedPicture) {
     }
     EnvScope utc("TZ", "UTC");
     const std::string shot = Path("restore.png");
-    const ProgramRun run = Program("press BTrU\nscreenshot " + shot + "\n", "1920x1080");
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs("press BTrU\nscreenshot " + shot + "\n", "1920x1080"));
     CompareGolden(shot, "restore_1920x1080");
 }
 
@@ -357,30 +320,23 @@ TEST_F(ShellTest, RestoreFormMatchesItsReviewedPicture) {
 // block; it is one undoable step (Undo gives the image before it). A large
 // image is previewed on a binned copy first: what is kept is still exact.
 TEST_F(ShellTest, AutoDevKeptInTheWindowEqualsTheCommandLine) {
-    ImagePtr large(Image_Create(2000, 1500));
-    large->bitDepth = 16;
-    large->maxValue = 65535;
-    for (int32_t y = 0; y < large->height; ++y)
-        for (int32_t x = 0; x < large->width; ++x) {
-            const size_t i = size_t(y) * size_t(large->stride) + size_t(x);
-            const int64_t sky = 3000 + x / 4 + ((x * 7919 + y * 104729) % 997);
-            const int64_t d = int64_t(x - 1000) * (x - 1000) + int64_t(y - 750) * (y - 750);
-            large->red[i] = sky + 40000 * 900 / (900 + d), large->green[i] = sky + 30000 * 900 / (900 + d);
-            large->blue[i] = sky + 20000 * 900 / (900 + d);
-        }
+    const ImagePtr large = MakeImage(2000, 1500, 16, [](int32_t x, int32_t y, int c) {
+        const int64_t sky = 3000 + x / 4 + ((x * 7919 + y * 104729) % 997);
+        const int64_t d = int64_t(x - 1000) * (x - 1000) + int64_t(y - 750) * (y - 750);
+        return sky + (40000 - 10000 * c) * 900 / (900 + d);  // a glow, redder at its centre
+    });
     ASSERT_EQ(Tiff_Write(large.get(), Path("large.tif").c_str()), 1);
     for (const std::string& in : {bundled, Path("large.tif")}) {
         SCOPED_TRACE(in);
         for (const char* name : {"before.tif", "window.tif", "undone.tif", "cli.tif"}) fs::remove(Path(name));
-        const ProgramRun run = Program(Open(in) + "answer Linear\n" + Save(Path("before.tif")) +
-                                       "press BtAD\nset LvS1 200\nidle\npress BtKp\n" +
-                                       Save(Path("window.tif")) + "press BtUn\n" + Save(Path("undone.tif")));
-        ASSERT_EQ(run.status, 0) << run.err;
-        const std::string window = LastBlock(ReadText(dir.Path() / "Pellucida.log"));
+        ASSERT_TRUE(Runs(Open(in) + "answer Linear\n" + Save(Path("before.tif")) +
+                         "press BtAD\nset LvS1 200\nidle\npress BtKp\n" + Save(Path("window.tif")) +
+                         "press BtUn\n" + Save(Path("undone.tif"))));
+        const std::string window = LastBlock(Log());
         ASSERT_EQ(Cli({"process", in, "--autodev=blur=200", "-o", Path("cli.tif")}), 0);
         EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
         EXPECT_EQ(ReadFileBytes(Path("undone.tif")), ReadFileBytes(Path("before.tif")));
-        EXPECT_EQ(window, LastBlock(ReadText(dir.Path() / "Pellucida.log")));
+        EXPECT_EQ(window, LastBlock(Log()));
         EXPECT_NE(window.find("Parameter [Detail Blur] set to [21.0 pixels]\n"), std::string::npos) << window;
     }
 }
@@ -389,12 +345,10 @@ TEST_F(ShellTest, AutoDevKeptInTheWindowEqualsTheCommandLine) {
 // starts again from the linear data, mirrored as the image was since: the
 // same as mirroring and stretching in one batch.
 TEST_F(ShellTest, RedoGlobalStretchStartsFromTheTrackedLinearData) {
-    const ProgramRun run =
-        Program(Open(bundled) +
-                "answer Linear\npress BtAD\nidle\npress BtKp\npress BtMH\npress BtAD\n"
-                "expect-box Previously Stretched\nanswer Redo global stretch\nidle\npress BtKp\n" +
-                Save(Path("redo.tif")));
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs(opened +
+                     "press BtAD\nidle\npress BtKp\npress BtMH\npress BtAD\n"
+                     "expect-box Previously Stretched\nanswer Redo global stretch\nidle\npress BtKp\n" +
+                     Save(Path("redo.tif"))));
     ASSERT_EQ(Cli({"process", bundled, "--flip=h", "--autodev", "-o", Path("cli.tif")}), 0);
     EXPECT_EQ(ReadFileBytes(Path("redo.tif")), ReadFileBytes(Path("cli.tif")));
 }
@@ -403,14 +357,13 @@ TEST_F(ShellTest, RedoGlobalStretchStartsFromTheTrackedLinearData) {
 // kept, give the command line's file; Undo takes the crop back, to the file
 // without it.
 TEST_F(ShellTest, BinRotateAndCropKeptInTheWindowEqualTheCommandLine) {
-    const ProgramRun run = Program(Open(bundled) +
-                                       "answer Linear\npress BSBi\npress Bt71\nidle\npress BtKp\npress BtRt\n"
-                                       "set LvS1 100\nidle\npress BtKp\npress BSCr\nset LvS3 700\nset LvS4 "
-                                       "560\nset LvS1 60\nset LvS2 50\n"
-                                       "press BtKp\n" +
-                                       Save(Path("window.tif")) + "press BtUn\n" + Save(Path("undone.tif")),
-                                   "1280x720");
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs(opened +
+                         "press BSBi\npress Bt71\nidle\npress BtKp\npress BtRt\n"
+                         "set LvS1 100\nidle\npress BtKp\npress BSCr\nset LvS3 700\nset LvS4 "
+                         "560\nset LvS1 60\nset LvS2 50\n"
+                         "press BtKp\n" +
+                         Save(Path("window.tif")) + "press BtUn\n" + Save(Path("undone.tif")),
+                     "1280x720"));
     ASSERT_EQ(Cli({"process", bundled, "--bin=7071", "--rotate=100", "--crop=60:50:700:560", "-o",
                    Path("cli.tif")}),
               0);
@@ -423,12 +376,10 @@ TEST_F(ShellTest, BinRotateAndCropKeptInTheWindowEqualTheCommandLine) {
 // on a small and a full-HD screen.
 TEST_F(ShellTest, BinAndRotateFormsMatchTheirReviewedPictures) {
     for (const std::string size : {"800x480", "1920x1080"}) {
-        const ProgramRun run =
-            Program(Open(bundled) + "answer Linear\npress BSBi\npress Bt71\nidle\nscreenshot " +
-                        Path("bin.png") + "\npress BtCl\npress BtRt\nset LvS1 100\nidle\n" + "screenshot " +
-                        Path("rotate.png") + "\npress BtCl\n",
-                    size);
-        ASSERT_EQ(run.status, 0) << run.err;
+        ASSERT_TRUE(Runs(opened + "press BSBi\npress Bt71\nidle\nscreenshot " + Path("bin.png") +
+                             "\npress BtCl\npress BtRt\nset LvS1 100\nidle\n" + "screenshot " +
+                             Path("rotate.png") + "\npress BtCl\n",
+                         size));
         CompareGolden(Path("bin.png"), "bin_" + size);
         CompareGolden(Path("rotate.png"), "rotate_" + size);
     }
@@ -442,24 +393,21 @@ TEST_F(ShellTest, CropDraggedEitherWayAndItsTrackedReference) {
     std::string blocks[2];
     const char* drags[2] = {"drag View 100 80 300 200\n", "drag View 300 200 100 80\n"};
     for (const std::string size : {"800x480", "1920x1080"}) {
-        const ProgramRun run = Program(Open(bundled) + "answer Linear\npress BSCr\n" + drags[0] +
-                                           "screenshot " + Path("crop.png") + "\npress BtKp\n",
-                                       size);
-        ASSERT_EQ(run.status, 0) << run.err;
-        if (size == "800x480") blocks[0] = LastBlock(ReadText(dir.Path() / "Pellucida.log"));
+        ASSERT_TRUE(Runs(
+            opened + "press BSCr\n" + drags[0] + "screenshot " + Path("crop.png") + "\npress BtKp\n", size));
+        if (size == "800x480") blocks[0] = LastBlock(Log());
         CompareGolden(Path("crop.png"), "crop_" + size);
     }
-    ASSERT_EQ(Program(Open(bundled) + "answer Linear\npress BSCr\n" + drags[1] + "press BtKp\n").status, 0);
-    blocks[1] = LastBlock(ReadText(dir.Path() / "Pellucida.log"));
+    ASSERT_TRUE(Runs(opened + "press BSCr\n" + drags[1] + "press BtKp\n"));
+    blocks[1] = LastBlock(Log());
     EXPECT_EQ(blocks[0], blocks[1]);
     EXPECT_EQ(blocks[0].find("Parameter [X1] set to [0 pixels]"), std::string::npos) << blocks[0];
 
-    const ProgramRun run = Program(Open(bundled) +
-                                   "answer Linear\npress BtAD\nidle\npress BtKp\npress BSCr\nset LvS1 100\n"
-                                   "set LvS4 600\npress BtKp\npress BtAD\nexpect-box Previously Stretched\n"
-                                   "answer Redo global stretch\nidle\npress BtKp\n" +
-                                   Save(Path("redo.tif")));
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs(opened +
+                     "press BtAD\nidle\npress BtKp\npress BSCr\nset LvS1 100\n"
+                     "set LvS4 600\npress BtKp\npress BtAD\nexpect-box Previously Stretched\n"
+                     "answer Redo global stretch\nidle\npress BtKp\n" +
+                     Save(Path("redo.tif"))));
     ASSERT_EQ(Cli({"process", bundled, "--crop=100:0:959:600", "--autodev", "-o", Path("cli.tif")}), 0);
     EXPECT_EQ(ReadFileBytes(Path("redo.tif")), ReadFileBytes(Path("cli.tif")));
 }
@@ -468,11 +416,10 @@ TEST_F(ShellTest, CropDraggedEitherWayAndItsTrackedReference) {
 // from the box inside it, so Keep alone cuts the border off.
 TEST_F(ShellTest, CropStartsFromTheBoxInsideAStackingBorder) {
     PELLUCIDA_REQUIRE_DATA(in, "png/stellarium_ic410_rgba8.png");  // box 0,1,512,512
-    const ProgramRun run = Program(Open(in) +
-                                   "expect-box Possible stacking artifacts detected\nanswer OK\n"
-                                   "expect-box Type of dataset?\nanswer Linear\npress BSCr\npress BtKp\n" +
-                                   Save(Path("window.tif")));
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs(Open(in) +
+                     "expect-box Possible stacking artifacts detected\nanswer OK\n"
+                     "expect-box Type of dataset?\nanswer Linear\npress BSCr\npress BtKp\n" +
+                     Save(Path("window.tif"))));
     ASSERT_EQ(Cli({"process", in, "--crop=0:1:511:511", "-o", Path("cli.tif")}), 0);
     EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
 }
@@ -480,11 +427,9 @@ TEST_F(ShellTest, CropStartsFromTheBoxInsideAStackingBorder) {
 // What the window kept (AutoDev with a RoI, a mirror of the main form) is what
 // a replay of its log gives another run on the same file, byte for byte.
 TEST_F(ShellTest, ReplayOfTheWindowsLogGivesTheWindowsFile) {
-    const ProgramRun run =
-        Program(Open(bundled) + "answer Linear\npress BtAD\nset LvS1 200\n" +
-                "drag View 100 80 300 200\nidle\npress BtKp\npress BtMH\n" + Save(Path("window.tif")));
-    ASSERT_EQ(run.status, 0) << run.err;
-    const std::string log = ReadText(dir.Path() / "Pellucida.log");
+    ASSERT_TRUE(Runs(opened + "press BtAD\nset LvS1 200\n" +
+                     "drag View 100 80 300 200\nidle\npress BtKp\npress BtMH\n" + Save(Path("window.tif"))));
+    const std::string log = Log();
     ASSERT_NE(log.find("--- Mirror left-right\nFile saved ["), std::string::npos) << log;
     const fs::path copy = dir.Path() / "window.log";
     fs::copy_file(dir.Path() / "Pellucida.log", copy);
@@ -497,14 +442,13 @@ TEST_F(ShellTest, AutoDevRegionOfInterestFromADragInEitherDirection) {
     std::string blocks[2];
     const char* drags[2] = {"drag View 100 80 300 200\n", "drag View 300 200 100 80\n"};
     for (int i = 0; i < 2; ++i) {
-        const ProgramRun run = Program(Open(bundled) + "answer Linear\npress BtAD\n" + drags[i] +
-                                       "idle\npress BtAl\n" + drags[i] + "idle\npress BtKp\n");
-        ASSERT_EQ(run.status, 0) << run.err;
-        blocks[i] = LastBlock(ReadText(dir.Path() / "Pellucida.log"));
+        ASSERT_TRUE(Runs(opened + "press BtAD\n" + drags[i] + "idle\npress BtAl\n" + drags[i] +
+                         "idle\npress BtKp\n"));
+        blocks[i] = LastBlock(Log());
     }
     EXPECT_EQ(blocks[0], blocks[1]);
     EXPECT_EQ(blocks[0].find("RoI X1] set to [0 pixels]"), std::string::npos) << blocks[0];
-    const ProgramRun whole = Program(Open(bundled) + "answer Linear\npress BtAD\nidle\npress BtAl\n");
+    const ProgramRun whole = Program(opened + "press BtAD\nidle\npress BtAl\n");
     EXPECT_EQ(whole.status, 3);
     EXPECT_NE(whole.err.find("BtAl is greyed out"), std::string::npos) << whole.err;
 }
@@ -512,11 +456,10 @@ TEST_F(ShellTest, AutoDevRegionOfInterestFromADragInEitherDirection) {
 // The AutoDev form with its preview, without and with a RoI.
 TEST_F(ShellTest, AutoDevFormMatchesItsReviewedPictures) {
     for (const std::string size : {"800x480", "1920x1080"}) {
-        const ProgramRun run =
-            Program(Open(bundled) + "answer Linear\npress BtAD\nidle\nscreenshot " + Path("whole.png") +
-                        "\ndrag View 40 30 160 120\nidle\nscreenshot " + Path("roi.png") + "\npress BtCl\n",
-                    size);
-        ASSERT_EQ(run.status, 0) << run.err;
+        ASSERT_TRUE(Runs(opened + "press BtAD\nidle\nscreenshot " + Path("whole.png") +
+                             "\ndrag View 40 30 160 120\nidle\nscreenshot " + Path("roi.png") +
+                             "\npress BtCl\n",
+                         size));
         CompareGolden(Path("whole.png"), "autodev_" + size);
         CompareGolden(Path("roi.png"), "autodev_roi_" + size);
     }
@@ -538,8 +481,7 @@ TEST_F(ShellTest, ParameterBlockListsTheSettersTheFormHas) {
     LevelSetter_Setup(tk.get(), zero, 10, 3);
     LevelSetter_SetCaption(tk.get(), zero, "Zero");
     Shell_LogParameters(nullptr, form);
-    EXPECT_EQ(ReadText(dir.Path() / "Pellucida.log"),
-              "--- Test\nParameter [Zero] set to [3]\nParameter [] set to [0]\n");
+    EXPECT_EQ(Log(), "--- Test\nParameter [Zero] set to [3]\nParameter [] set to [0]\n");
 }
 
 // The stereo form: its three previews as reviewed (and the depth map of linear
@@ -551,17 +493,16 @@ TEST_F(ShellTest, StereoFormPreviewsAndExports) {
     ImagePtr scene = TestScene(960, 640);
     ASSERT_EQ(Jpeg_Write(scene.get(), Path("scene_in.jpg").c_str()), 1);
     const std::string shots = dir.Path().string();
-    const ProgramRun run =
-        Program(Open(Path("scene_in.jpg")) +
-                    "answer OK\nanswer Don't activate tracking\npress BStr\nidle\nscreenshot " + shots +
-                    "/depth.png\npress BtPP\nidle\nscreenshot " + shots + "/pair.png\npress BtPA\nidle\n" +
-                    "screenshot " + shots + "/anaglyph.png\ndialog cancel\npress BtEH\ndialog " +
-                    Path("notes.txt") + "\npress BtEF\nset LvS1 80\nidle\ndialog " + Path("scene.html") +
-                    "\npress BtEH\ndialog " + Path("scene_vr.htm") + "\npress BtEV\ndialog " +
-                    Path("scene.jpeg") + "\npress BtEF\npress BtCl\n" + Open(bundled) +
-                    "answer Linear\npress BStr\nidle\nscreenshot " + shots + "/linear.png\npress BtCl\n",
-                "1280x720");
-    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_TRUE(Runs(Open(Path("scene_in.jpg")) +
+                         "answer OK\nanswer Don't activate tracking\npress BStr\nidle\nscreenshot " + shots +
+                         "/depth.png\npress BtPP\nidle\nscreenshot " + shots +
+                         "/pair.png\npress BtPA\nidle\n" + "screenshot " + shots +
+                         "/anaglyph.png\ndialog cancel\npress BtEH\ndialog " + Path("notes.txt") +
+                         "\npress BtEF\nset LvS1 80\nidle\ndialog " + Path("scene.html") +
+                         "\npress BtEH\ndialog " + Path("scene_vr.htm") + "\npress BtEV\ndialog " +
+                         Path("scene.jpeg") + "\npress BtEF\npress BtCl\n" + opened +
+                         "press BStr\nidle\nscreenshot " + shots + "/linear.png\npress BtCl\n",
+                     "1280x720"));
     // Linear data: the depth map is shown as it is, not through the screen stretch.
     for (const char* shot : {"depth", "pair", "anaglyph", "linear"})
         CompareGolden(shots + "/" + shot + ".png", std::string("stereo_") + shot + "_1280x720");
@@ -569,7 +510,7 @@ TEST_F(ShellTest, StereoFormPreviewsAndExports) {
         EXPECT_TRUE(fs::exists(Path(written))) << written;
     EXPECT_FALSE(fs::exists(Path("notes.txt")));
     EXPECT_FALSE(fs::exists(dir.Path() / "_QVTMP.jpg"));
-    const std::string log = ReadText(dir.Path() / "Pellucida.log");
+    const std::string log = Log();
     const std::string block =
         "--- Stereo\nParameter [Depth Strength] set to [80 %]\n"
         "Parameter [Star Stand-Out] set to [60 %]\n";

@@ -7,15 +7,14 @@
 // The seed of the first script is printed; PELLUCIDA_SOAK_SEED sets it, so a
 // failing script replays first. PELLUCIDA_SOAK_SECONDS sets how long new
 // scripts are started (30 by default).
+#include "AppRun.h"
 #include "support/Files.h"
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <string>
 #include <utility>
@@ -28,8 +27,6 @@ namespace {
 const std::string kSample = std::string(PELLUCIDA_TEST_SOURCE_DIR) + "/../samples/M94-Seestar-stack.tif";
 constexpr int kSampleWidth = 960, kSampleHeight = 720;
 constexpr int kStepsPerScript = 60;
-// Far beyond what a script takes even under a sanitizer: only a hang reaches it.
-constexpr int kScriptTimeoutSeconds = 300;
 
 uint64_t EnvNumber(const char* name, uint64_t fallback) {
     const char* text = std::getenv(name);
@@ -70,10 +67,7 @@ public:
     ScriptWriter(uint64_t seed, const fs::path& folder) : m_rng(seed), m_folder(folder) {}
 
     Script Write() {
-        Line("dialog " + kSample);
-        Line("press BtOp");
-        Line("expect-box Type of dataset?");
-        Line("answer Linear");
+        Load();
         while (m_script.steps < kStepsPerScript) m_inModule ? ModuleStep() : MainStep();
         if (m_inModule) Leave(false, "press BtCl");
         // Only the main form's own buttons are pressed here, so a box or a module
@@ -114,6 +108,14 @@ private:
     void AppLine(const std::string& line) {
         Line(line);
         if (m_inModule) m_result = true;
+    }
+
+    // Opens the sample as linear data, from the main form.
+    void Load() {
+        for (const std::string& line :
+             {"dialog " + kSample, std::string("press BtOp"), std::string("expect-box Type of dataset?"),
+              std::string("answer Linear")})
+            Line(line);
     }
 
     std::string Save() {
@@ -169,10 +171,7 @@ private:
                     AppLine("expect-box About Pellucida");
                     AppLine("answer OK");
                 } else {
-                    Line("dialog " + kSample);
-                    AppLine("press BtOp");
-                    AppLine("expect-box Type of dataset?");
-                    AppLine("answer Linear");
+                    Load();
                     m_undo = false;
                     m_stretched = m_undoStretched = false;
                 }
@@ -209,14 +208,9 @@ private:
                 AppLine(Drag("View"));
                 m_roi = Roi::kPartial;
                 break;
-            case 7:
-                if (m_roi == Roi::kPartial) {
-                    AppLine("press BtAl");
-                    m_roi = Roi::kWhole;
-                } else {
-                    AppLine("press BtRs");
-                    m_roi = Roi::kWhole;
-                }
+            case 7:  // "No RoI" is enabled only with a RoI
+                AppLine(m_roi == Roi::kPartial ? "press BtAl" : "press BtRs");
+                m_roi = Roi::kWhole;
                 break;
             case 8: {
                 static const char* kButtons[] = {"BtZ-", "BtZ+", "BtOr"};
@@ -286,26 +280,6 @@ private:
     }
 };
 
-struct RunResult {
-    int status = -1;
-    std::string err;
-};
-
-// The real program on the headless backend, in a state folder of its own, ended
-// from outside if it hangs.
-RunResult RunProgram(const fs::path& folder, const Script& script) {
-    const fs::path file = folder / "script.txt", err = folder / "err.txt";
-    std::ofstream(file) << "wait 20\n" << script.text << "close\nanswer Close\n";
-    const std::string command = "cd '" + folder.string() + "' && PELLUCIDA_STATE_DIR='" + folder.string() +
-                                "' PELLUCIDA_HEADLESS_SIZE=800x480 timeout -k 10 " +
-                                std::to_string(kScriptTimeoutSeconds) +
-                                " '" PELLUCIDA_PROGRAM "' --host=headless '--script=" + file.string() +
-                                "' >/dev/null 2>'" + err.string() + "'";
-    const int raw = std::system(command.c_str());
-    const std::vector<uint8_t> bytes = ReadFileBytes(err);
-    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, std::string(bytes.begin(), bytes.end())};
-}
-
 }  // namespace
 
 TEST(Soak, RandomUseNeverCrashesHangsOrChangesTheImageOnCancel) {
@@ -321,7 +295,7 @@ TEST(Soak, RandomUseNeverCrashesHangsOrChangesTheImageOnCancel) {
         const fs::path folder = dir.Path() / std::to_string(seed);
         fs::create_directories(folder);
         const Script script = ScriptWriter(seed, folder).Write();
-        const RunResult run = RunProgram(folder, script);
+        const ProgramRun run = RunProgram(folder, script.text);
         ++scripts;
         steps += script.steps;
         bool failed = run.status != 0;

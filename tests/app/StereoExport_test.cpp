@@ -5,6 +5,8 @@
 // headless Chromium with no error and a picture as reviewed.
 #include "app/Export.h"
 
+#include "AppRun.h"
+
 #include "formats/Jpeg_Read.h"
 #include "host/Shell_Log.h"
 #include "support/Files.h"
@@ -24,11 +26,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string ReadText(const fs::path& path) {
-    const std::vector<uint8_t> bytes = ReadFileBytes(path);
-    return std::string(bytes.begin(), bytes.end());
-}
 
 std::vector<uint8_t> Base64Decode(std::string_view text) {
     std::vector<uint8_t> out;

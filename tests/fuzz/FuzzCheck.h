@@ -5,7 +5,20 @@
 
 #include "image/Image.h"
 
+#include <unistd.h>
+
 #include <cstddef>
+#include <filesystem>
+#include <string>
+
+// A folder of this process's own for the files a target reads back.
+inline std::string Fuzz_TempFolder(const char* name) {
+    const std::filesystem::path dir =
+        std::filesystem::temp_directory_path() /
+        ("pellucida-fuzz-" + std::string(name) + "-" + std::to_string(getpid()));
+    std::filesystem::create_directories(dir);
+    return dir.string();
+}
 
 inline void Fuzz_CheckImage(const ImageBuffer* image) {
     if (!image) return;

@@ -5,28 +5,11 @@
 #include "image/History.h"
 #include "tests/fuzz/FuzzCheck.h"
 
-#include <unistd.h>
-
 #include <cstdio>
-#include <filesystem>
 #include <string>
 
-namespace {
-
-std::string StatePath() {
-    static const std::string path = [] {
-        auto dir =
-            std::filesystem::temp_directory_path() / ("pellucida-fuzz-history-" + std::to_string(getpid()));
-        std::filesystem::create_directories(dir);
-        return (dir / "state.pst").string();
-    }();
-    return path;
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string path = StatePath();
+    static const std::string path = Fuzz_TempFolder("history") + "/state.pst";
     FILE* file = std::fopen(path.c_str(), "wb");
     if (!file) return 0;
     std::fwrite(data, 1, size, file);

@@ -5,6 +5,7 @@
 
 #include "host/Host.h"
 #include "support/Files.h"
+#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -16,17 +17,11 @@ using Bytes = std::vector<uint8_t>;
 
 // Noisy content at `depth` bits; mono makes the three planes alike.
 inline ImagePtr MakeImage(int32_t width, int32_t height, int depth, bool mono, uint32_t seed) {
-    ImagePtr image(Image_Create(width, height));
-    image->bitDepth = static_cast<uint16_t>(depth);
-    image->maxValue = (int64_t{1} << depth) - 1;
+    ImagePtr image = MakeImage(width, height, depth, [=](int32_t x, int32_t y, int c) {
+        const uint64_t i = (uint64_t(y) * uint64_t(width) + uint64_t(x)) * 3 + uint64_t(mono ? 0 : c);
+        return int64_t(TestHash(i + (uint64_t(seed) << 40)) >> (64 - depth));
+    });
     image->mono = mono;
-    uint64_t state = 0x9E3779B97F4A7C15ull * (seed + 1);
-    for (int64_t* plane : {image->red, image->green, image->blue}) {
-        for (int64_t i = 0; i < int64_t{width} * height; ++i) {
-            state = state * 6364136223846793005ull + 1442695040888963407ull;
-            plane[i] = mono && plane != image->red ? image->red[i] : int64_t(state >> 20) & image->maxValue;
-        }
-    }
     return image;
 }
 

@@ -118,8 +118,8 @@ TEST_F(History, DamagedFilesAreRefused) {
         const bool read = History_ReadFile(File("bad.pst"), &state, &back, &backMask);
         return !read && !back && !backMask;
     };
-    for (size_t cut :
-         {size_t{0}, size_t{4}, size_t{39}, size_t{50}, planes + 2, good.size() / 2, good.size() - 1})
+    const size_t cuts[] = {0, 4, 39, 50, planes + 2, good.size() / 2, good.size() - 1};
+    for (size_t cut : cuts)
         EXPECT_TRUE(refused(Bytes(good.begin(), good.begin() + std::ptrdiff_t(cut)))) << "cut at " << cut;
     Bytes longer = good;
     longer.push_back(0);

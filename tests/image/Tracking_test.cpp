@@ -361,12 +361,10 @@ protected:
 
 TEST_F(TrackingDamagedSlot, TruncatedFilesAndImpossibleHeadersAreRefused) {
     // Empty, headerless (a first word of 0 and nothing after it) and cut short.
-    for (size_t cut :
-         {size_t{0}, size_t{2}, size_t{4}, size_t{5}, size_t{8}, size_t{15}, size_t{16}, size_t{17},
-          size_t{19}, size_t{20}, size_t{1000}, good_.size() / 2, good_.size() - 1}) {
+    const size_t cuts[] = {0, 2, 4, 5, 8, 15, 16, 17, 19, 20, 1000, good_.size() / 2, good_.size() - 1};
+    for (size_t cut : cuts)
         EXPECT_EQ(ReadWith(Bytes(good_.begin(), good_.begin() + std::ptrdiff_t(cut))), nullptr)
             << "cut at " << cut;
-    }
     const std::vector<std::pair<size_t, uint32_t>> edits[] = {
         {{4, 0x7FFFFFFF}, {8, 0x7FFFFFFF}},  // more than the file can hold
         {{8, 1000 * 1000}},                  // a thousand times the rows: beyond any LZ4 ratio

@@ -19,27 +19,22 @@ namespace {
 std::vector<int64_t> ReferenceBlur(const std::vector<int64_t>& in, int32_t w, int32_t h, double r) {
     const GaussianKernel k = GaussianBlur_MakeKernel(r);
     if (k.half == 0) return in;
-    std::vector<int64_t> tmp(in.size()), out(in.size());
-    for (int32_t y = 0; y < h; ++y)
-        for (int32_t x = 0; x < w; ++x) {
-            int64_t s = 0, ws = 0;
-            for (int32_t d = -k.half; d <= k.half; ++d)
-                if (x + d >= 0 && x + d < w) {
-                    s += k.weights[size_t(d + k.half)] * in[size_t(y * w + x + d)];
+    // Rows first, then columns; at the edges only the taps inside the plane count.
+    std::vector<int64_t> out = in;
+    for (const bool columns : {false, true}) {
+        const std::vector<int64_t> from = out;
+        for (int32_t y = 0; y < h; ++y)
+            for (int32_t x = 0; x < w; ++x) {
+                int64_t s = 0, ws = 0;
+                for (int32_t d = -k.half; d <= k.half; ++d) {
+                    const int32_t at = (columns ? y : x) + d;
+                    if (at < 0 || at >= (columns ? h : w)) continue;
+                    s += k.weights[size_t(d + k.half)] * from[size_t(columns ? at * w + x : y * w + at)];
                     ws += k.weights[size_t(d + k.half)];
                 }
-            tmp[size_t(y * w + x)] = s / ws;
-        }
-    for (int32_t y = 0; y < h; ++y)
-        for (int32_t x = 0; x < w; ++x) {
-            int64_t s = 0, ws = 0;
-            for (int32_t d = -k.half; d <= k.half; ++d)
-                if (y + d >= 0 && y + d < h) {
-                    s += k.weights[size_t(d + k.half)] * tmp[size_t((y + d) * w + x)];
-                    ws += k.weights[size_t(d + k.half)];
-                }
-            out[size_t(y * w + x)] = s / ws;
-        }
+                out[size_t(y * w + x)] = s / ws;
+            }
+    }
     return out;
 }
 

@@ -60,14 +60,7 @@ const Case kCases[] = {
 
 TEST(ValueLabel, EveryMemberSaysWhatThePositionMeansAndLeadsBack) {
     for (const Case& c : kCases) {
-        ValueLabelInput input;
-        input.position = c.position;
-        input.maximum = c.maximum;
-        input.extentW = c.w;
-        input.extentH = c.h;
-        input.figures[0] = 25.4;
-        input.figures[1] = 30.9;
-        input.figures[2] = 1.5;
+        const ValueLabelInput input{c.position, c.maximum, c.w, c.h, {25.4, 30.9, 1.5}};
         EXPECT_EQ(ValueLabel_Text(c.kind, input), c.text) << int(c.kind);
         int64_t back = -1;
         if (c.guessable) {

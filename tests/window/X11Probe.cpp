@@ -1,9 +1,8 @@
 // A small X11 client for the desktop-window tests: finds the program's window
-// by title, reads its pixels back, moves the pointer over it and asks it to
-// close the way a window manager does (WM_DELETE_WINDOW).
+// by title, reads its pixels back and asks it to close the way a window
+// manager does (WM_DELETE_WINDOW).
 //
 //   x11probe wait TITLE SECONDS        wait until the window is mapped
-//   x11probe move TITLE X Y            move the pointer to (X, Y) in the window
 //   x11probe close TITLE               send WM_DELETE_WINDOW
 //   x11probe size TITLE                print the window's size
 //   x11probe compare TITLE PNG TOL     the window matches the picture, each channel within TOL
@@ -96,19 +95,6 @@ int Compare(Display* display, Window window, const char* path, int tolerance) {
     return wrong == 0 ? 0 : 1;
 }
 
-int Close(Display* display, Window window) {
-    XEvent event{};
-    event.xclient.type = ClientMessage;
-    event.xclient.window = window;
-    event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
-    event.xclient.format = 32;
-    event.xclient.data.l[0] = long(XInternAtom(display, "WM_DELETE_WINDOW", False));
-    event.xclient.data.l[1] = CurrentTime;
-    XSendEvent(display, window, False, NoEventMask, &event);
-    XFlush(display);
-    return 0;
-}
-
 // The least a window manager does for a program that asks to be maximised:
 // map what asks to be mapped, grant configure requests, and answer the
 // _NET_WM_STATE maximise message by covering the screen.
@@ -152,7 +138,7 @@ int WindowManager(Display* display, Window root) {
 
 int main(int argc, char** argv) {
     if (argc < 2 || (argc < 3 && std::strcmp(argv[1], "wm") != 0)) {
-        std::fprintf(stderr, "usage: x11probe wait|move|close|size|compare|resources|wm TITLE [args]\n");
+        std::fprintf(stderr, "usage: x11probe wait|close|size|compare|resources|wm TITLE [args]\n");
         return 2;
     }
     Display* display = XOpenDisplay(nullptr);
@@ -173,19 +159,10 @@ int main(int argc, char** argv) {
     Window root = DefaultRootWindow(display);
 
     if (command == "wait") {
-        double seconds = argc > 3 ? std::atof(argv[3]) : 10;
-        auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-        int rc = 0;
-        while (!FindByTitle(display, root, title)) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                std::fprintf(stderr, "x11probe: no window \"%s\"\n", title);
-                rc = 1;
-                break;
-            }
+        const double seconds = argc > 3 ? std::atof(argv[3]) : 10;
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+        while (!FindByTitle(display, root, title) && std::chrono::steady_clock::now() < deadline)
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        }
-        XCloseDisplay(display);
-        return rc;
     }
     Window window = FindByTitle(display, root, title);
     if (!window) {
@@ -193,15 +170,20 @@ int main(int argc, char** argv) {
         XCloseDisplay(display);
         return 1;
     }
-    int rc = 2;
-    if (command == "move" && argc == 5) {
-        XWarpPointer(display, None, window, 0, 0, 0, 0, std::atoi(argv[3]), std::atoi(argv[4]));
+    int rc = command == "wait" ? 0 : 2;
+    if (command == "compare" && argc == 5) {
+        rc = Compare(display, window, argv[3], std::atoi(argv[4]));
+    } else if (command == "close") {  // as a window manager asks
+        XEvent event{};
+        event.xclient.type = ClientMessage;
+        event.xclient.window = window;
+        event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+        event.xclient.format = 32;
+        event.xclient.data.l[0] = long(XInternAtom(display, "WM_DELETE_WINDOW", False));
+        event.xclient.data.l[1] = CurrentTime;
+        XSendEvent(display, window, False, NoEventMask, &event);
         XFlush(display);
         rc = 0;
-    } else if (command == "compare" && argc == 5) {
-        rc = Compare(display, window, argv[3], std::atoi(argv[4]));
-    } else if (command == "close") {
-        rc = Close(display, window);
     } else if (command == "size") {
         XWindowAttributes a;
         XGetWindowAttributes(display, window, &a);
