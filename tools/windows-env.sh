@@ -32,6 +32,9 @@ windows_wine() {
   export WINEDLLOVERRIDES="mscoree,mshtml="
   if [ ! -f "$WINEPREFIX/.pellucida-ready-2" ]; then
     echo "windows: making the wine prefix $WINEPREFIX"
+    # A server left running on the prefix (persistent, below) would keep the
+    # wait for the settings to be written from ever ending.
+    wineserver -k 2>/dev/null || true
     mkdir -p "$WINEPREFIX"
     wineboot -i </dev/null >/dev/null 2>&1
     wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f </dev/null >/dev/null 2>&1
