@@ -258,8 +258,9 @@ TEST(Win32Program, TheCloseQuestionAnsweredByClicksEndsTheProgramWithStatusZero)
     HWND window = nullptr;
     for (int i = 0; i < 200 && !window; ++i, Sleep(100)) {
         DWORD owner = 0;
-        if (HWND w = MainWindow();
-            w && GetWindowThreadProcessId(w, &owner) && owner == child.info.dwProcessId)
+        // Shown maximised: its client size is the one the program draws for.
+        if (HWND w = MainWindow(); w && GetWindowThreadProcessId(w, &owner) &&
+                                   owner == child.info.dwProcessId && IsWindowVisible(w) && IsZoomed(w))
             window = w;
     }
     ASSERT_NE(window, nullptr) << "the program's window did not appear";
