@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Draws the program's desktop icon: resources-src/desktop/pellucida.svg and,
 from the same shapes, the 256 x 256 pellucida.png for desktops that want a
-bitmap. A dark sky in a rounded square, a tilted galaxy with a bright core,
+bitmap, and pellucida.ico for the Windows executable (the same PNG inside, as
+Windows has read icons since Vista; it scales it down for small sizes). A dark sky in a rounded square, a tilted galaxy with a bright core,
 the pale ring of an eyepiece around it, and a few stars.
 
 Run again after changing a shape:
@@ -144,12 +145,22 @@ def svg():
 """
 
 
+def ico(png_bytes):
+    # One directory entry; width and height 0 mean 256.
+    header = struct.pack("<HHH", 0, 1, 1)
+    entry = struct.pack("<BBBBHHII", 0, 0, 0, 0, 1, 32, len(png_bytes), 6 + 16)
+    return header + entry + png_bytes
+
+
 def main():
     os.makedirs(OUT, exist_ok=True)
     with open(os.path.join(OUT, "pellucida.svg"), "w") as f:
         f.write(svg())
+    picture = png(render())
     with open(os.path.join(OUT, "pellucida.png"), "wb") as f:
-        f.write(png(render()))
+        f.write(picture)
+    with open(os.path.join(OUT, "pellucida.ico"), "wb") as f:
+        f.write(ico(picture))
 
 
 if __name__ == "__main__":
