@@ -7,6 +7,7 @@
 #include "app/Shell.h"
 
 #include "host/CursorWaitScope.h"
+#include "host/Host_Path.h"
 #include "image/Tracking.h"
 
 #include <filesystem>
@@ -23,8 +24,8 @@ namespace fs = std::filesystem;
 // The present reference becomes the undo step's, the data's flags with it.
 void KeepForUndo(Shell* shell) {
     std::error_code ec;
-    const fs::path now = Tracking_SlotPath(kReferenceSlot, kReference);
-    const fs::path undo = Tracking_SlotPath(kReferenceSlot, kUndoReference);
+    const fs::path now = Host_Path(Tracking_SlotPath(kReferenceSlot, kReference));
+    const fs::path undo = Host_Path(Tracking_SlotPath(kReferenceSlot, kUndoReference));
     if (shell->trackedReference)
         fs::copy_file(now, undo, fs::copy_options::overwrite_existing, ec);
     else
@@ -80,9 +81,9 @@ ImagePtr Shell_TrackedReference(Shell* shell) {
 // After Undo swapped the images: the flags and the references trade places too.
 void Shell_TrackedUndo(Shell* shell) {
     std::error_code ec;
-    const fs::path now = Tracking_SlotPath(kReferenceSlot, kReference);
-    const fs::path undo = Tracking_SlotPath(kReferenceSlot, kUndoReference);
-    const fs::path swap = now.string() + ".swap";
+    const fs::path now = Host_Path(Tracking_SlotPath(kReferenceSlot, kReference));
+    const fs::path undo = Host_Path(Tracking_SlotPath(kReferenceSlot, kUndoReference));
+    const fs::path swap = Host_Path(Tracking_SlotPath(kReferenceSlot, kReference) + ".swap");
     if (fs::exists(now, ec)) fs::rename(now, swap, ec);
     if (fs::exists(undo, ec)) fs::rename(undo, now, ec);
     if (fs::exists(swap, ec)) fs::rename(swap, undo, ec);

@@ -5,6 +5,7 @@
 #include "app/Shell.h"
 
 #include "host/CursorWaitScope.h"
+#include "host/Host_Path.h"
 #include "host/Shell_Log.h"
 #include "image/Tracking.h"
 #include "modules/Module.h"
@@ -32,7 +33,7 @@ bool StoreWorking(Shell* shell) {
     if (hasMask && !Tracking_WriteSlot(kUndoSlot, kUndoMask, shell->mask.get(), false)) return false;
     if (!hasMask) {
         std::error_code ec;
-        std::filesystem::remove(Tracking_SlotPath(kUndoSlot, kUndoMask), ec);
+        std::filesystem::remove(Host_Path(Tracking_SlotPath(kUndoSlot, kUndoMask)), ec);
     }
     shell->undo.width = shell->image->width;
     shell->undo.height = shell->image->height;

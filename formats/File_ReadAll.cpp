@@ -1,5 +1,6 @@
 // Whole-file read through stdio: one size query, one allocation, one read.
 #include "formats/File_ReadAll.h"
+#include "host/Host_Path.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -18,7 +19,7 @@ bool File_ReadAll(const char* path, FileBytes* bytes) {
     *bytes = FileBytes{};
     if (!path) return false;
     std::error_code error;
-    const std::filesystem::path name(path);
+    const std::filesystem::path name = Host_Path(path);
     if (!std::filesystem::is_regular_file(name, error)) return false;
     const uintmax_t size = std::filesystem::file_size(name, error);
     if (error || size > SIZE_MAX / 2) return false;

@@ -2,6 +2,7 @@
 #include "formats/File_SafeWrite.h"
 
 #include "host/Host_Os.h"
+#include "host/Host_Path.h"
 
 #include <filesystem>
 #include <system_error>
@@ -23,7 +24,7 @@ bool SafeWriteFile::Open(const char* path) {
     if (!path || !*path) return false;
     std::error_code error;
     // Refuse to replace a directory: the rename would fail only after the work.
-    if (std::filesystem::is_directory(path, error)) return false;
+    if (std::filesystem::is_directory(Host_Path(path), error)) return false;
     for (int attempt = 0; attempt < kTempNameAttempts; ++attempt) {
         std::string temp = std::string(path) + ".tmp" + std::to_string(attempt);
         FILE* file = HostOs_CreateNewFile(temp.c_str());
@@ -33,7 +34,7 @@ bool SafeWriteFile::Open(const char* path) {
             m_targetPath = path;
             return true;
         }
-        if (!std::filesystem::exists(temp, error)) return false;  // folder not writable
+        if (!std::filesystem::exists(Host_Path(temp), error)) return false;  // folder not writable
     }
     return false;
 }
@@ -45,13 +46,13 @@ bool SafeWriteFile::Commit() {
     m_file = nullptr;
     std::error_code error;
     if (written && closed) {
-        std::filesystem::rename(m_tempPath, m_targetPath, error);
+        std::filesystem::rename(Host_Path(m_tempPath), Host_Path(m_targetPath), error);
         if (!error) {
             m_tempPath.clear();
             return true;
         }
     }
-    std::filesystem::remove(m_tempPath, error);
+    std::filesystem::remove(Host_Path(m_tempPath), error);
     m_tempPath.clear();
     return false;
 }
@@ -63,7 +64,7 @@ void SafeWriteFile::Abandon() {
     }
     if (!m_tempPath.empty()) {
         std::error_code error;
-        std::filesystem::remove(m_tempPath, error);
+        std::filesystem::remove(Host_Path(m_tempPath), error);
         m_tempPath.clear();
     }
 }

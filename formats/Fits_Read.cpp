@@ -10,6 +10,7 @@
 #include "formats/Fits_Dither.h"
 #include "formats/Fits_Header.h"
 #include "formats/Format_Limits.h"
+#include "host/Host_Path.h"
 #include "host/Host_Threads.h"
 #include "image/Image.h"
 
@@ -361,7 +362,7 @@ ImageBuffer* ReadWithRepetition(FitsSource& source) {
 ImageBuffer* Fits_Read(const char* path) {
     if (!path) return nullptr;
     std::error_code error;
-    const uintmax_t size = std::filesystem::file_size(std::filesystem::path(path), error);
+    const uintmax_t size = std::filesystem::file_size(Host_Path(path), error);
     if (error) return nullptr;
     FILE* file = std::fopen(path, "rb");
     if (!file) return nullptr;

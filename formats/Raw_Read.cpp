@@ -13,6 +13,7 @@
 #include "formats/Raw_Read.h"
 
 #include "formats/File_ReadAll.h"
+#include "host/Host_Path.h"
 #include "image/Image.h"
 
 #include <cstring>
@@ -83,7 +84,7 @@ ImageBuffer* Raw_Read(const char* path) {
     // The size decides: other files are passed over without being read.
     std::error_code error;
     if (!path) return nullptr;
-    const uintmax_t size = std::filesystem::file_size(path, error);
+    const uintmax_t size = std::filesystem::file_size(Host_Path(path), error);
     if (error || !FindFrame(size)) return nullptr;
     FileBytes file;
     if (!File_ReadAll(path, &file)) return nullptr;

@@ -3,6 +3,7 @@
 #include "host/Host_Backend.h"
 #include "host/Host_Instance.h"
 
+#include "host/Host_Path.h"
 #include "host/headless/Headless.h"
 
 #include <cstdio>
@@ -33,8 +34,8 @@ bool Host_HandOverToRunningInstance(const char* program, const HostOptions& opti
     if (!openPath.empty()) {
         // The running instance has a working folder of its own.
         std::error_code ec;
-        const std::filesystem::path absolute = std::filesystem::absolute(openPath, ec);
-        request.path = ec ? openPath : absolute.lexically_normal().string();
+        const std::filesystem::path absolute = std::filesystem::absolute(Host_Path(openPath), ec);
+        request.path = ec ? openPath : Host_PathText(absolute.lexically_normal());
     }
     const std::string name = HostInstance_Name(program, HostOs_DisplayName());
     return HostOs_ClaimInstance("", name, request, backend->InstanceRequested) == kHostInstanceHandedOver;

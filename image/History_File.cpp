@@ -10,6 +10,7 @@
 //      tracking store's format)
 //   .. with a mask: its bit depth (4 bytes), then its three planes the same way
 // The file ends with the last block.
+#include "host/Host_Path.h"
 #include "image/History.h"
 #include "image/Tracking_Internal.h"
 
@@ -165,10 +166,10 @@ bool History_WriteFile(const std::string& path, const HistoryState& state, const
     // Closing can still report what the system had deferred (a full disk).
     ok = std::fclose(file.release()) == 0 && ok;
     std::error_code ec;
-    ok = ok && std::filesystem::file_size(temporary, ec) == expected && !ec;
-    if (ok) std::filesystem::rename(temporary, path, ec);
+    ok = ok && std::filesystem::file_size(Host_Path(temporary), ec) == expected && !ec;
+    if (ok) std::filesystem::rename(Host_Path(temporary), Host_Path(path), ec);
     if (!ok || ec) {
-        std::filesystem::remove(temporary, ec);
+        std::filesystem::remove(Host_Path(temporary), ec);
         return false;
     }
     return true;
@@ -176,7 +177,7 @@ bool History_WriteFile(const std::string& path, const HistoryState& state, const
 
 bool History_ReadHeader(const std::string& path, HistoryState* state) {
     std::error_code ec;
-    const uint64_t fileBytes = std::filesystem::file_size(path, ec);
+    const uint64_t fileBytes = std::filesystem::file_size(Host_Path(path), ec);
     TrackingFile file(ec ? nullptr : std::fopen(path.c_str(), "rb"));
     uint32_t depth = 0;
     uint64_t headerBytes = 0;
@@ -188,7 +189,7 @@ bool History_ReadHeader(const std::string& path, HistoryState* state) {
 
 bool History_ReadFile(const std::string& path, HistoryState* state, ImagePtr* image, ImagePtr* mask) {
     std::error_code ec;
-    const uint64_t fileBytes = std::filesystem::file_size(path, ec);
+    const uint64_t fileBytes = std::filesystem::file_size(Host_Path(path), ec);
     TrackingFile file(ec ? nullptr : std::fopen(path.c_str(), "rb"));
     HistoryState read;
     uint32_t depth = 0;

@@ -7,6 +7,7 @@
 #include "image/History.h"
 
 #include "host/Host_Os.h"
+#include "host/Host_Path.h"
 
 #include <algorithm>
 #include <chrono>
@@ -54,11 +55,11 @@ std::string NewRunId() {
 std::vector<HistoryEntry> Scan(const std::string& folder, std::vector<std::string>* damaged) {
     std::vector<HistoryEntry> entries;
     std::error_code ec;
-    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
-        const std::string fileName = it->path().filename().string();
+    for (fs::directory_iterator it(Host_Path(folder), ec), end; !ec && it != end; it.increment(ec)) {
+        const std::string fileName = Host_PathText(it->path().filename());
         if (!EndsWith(fileName, kStateSuffix) || !it->is_regular_file(ec)) continue;
         HistoryEntry entry;
-        entry.path = it->path().string();
+        entry.path = Host_PathText(it->path());
         entry.run = RunOf(fileName);
         entry.bytes = it->file_size(ec);
         if (ec || !History_ReadHeader(entry.path, &entry.state)) {
@@ -80,13 +81,13 @@ std::vector<HistoryEntry> Scan(const std::string& folder, std::vector<std::strin
 std::string History_Folder() {
     const std::string folder = Host_GetDataDir() + kFolderName;
     std::error_code ec;
-    fs::create_directories(folder, ec);
+    fs::create_directories(Host_Path(folder), ec);
     return folder + Host_PathSeparator();
 }
 
 bool History_BeginRun(const std::string& folder, HistoryRun* run) {
     std::error_code ec;
-    fs::create_directories(folder, ec);
+    fs::create_directories(Host_Path(folder), ec);
     run->folder = folder;
     run->id = NewRunId();
     run->next = 1;
@@ -95,11 +96,11 @@ bool History_BeginRun(const std::string& folder, HistoryRun* run) {
     const std::string fresh = folder + run->id + kNewMarkerSuffix;
     run->lock = HostOs_LockFile(fresh.c_str());
     if (run->lock < 0) return false;
-    fs::rename(fresh, folder + run->id + kMarkerSuffix, ec);
+    fs::rename(Host_Path(fresh), Host_Path(folder + run->id + kMarkerSuffix), ec);
     if (ec) {
         HostOs_UnlockFile(run->lock);
         run->lock = -1;
-        fs::remove(fresh, ec);
+        fs::remove(Host_Path(fresh), ec);
         return false;
     }
     return true;
@@ -108,7 +109,7 @@ bool History_BeginRun(const std::string& folder, HistoryRun* run) {
 void History_EndRun(HistoryRun* run) {
     if (run->lock < 0) return;
     std::error_code ec;
-    fs::remove(run->folder + run->id + kMarkerSuffix, ec);
+    fs::remove(Host_Path(run->folder + run->id + kMarkerSuffix), ec);
     HostOs_UnlockFile(run->lock);
     run->lock = -1;
 }
@@ -132,12 +133,12 @@ void History_Trim(const std::string& folder, uint64_t budget) {
     std::vector<std::string> damaged;
     std::vector<HistoryEntry> entries = Scan(folder, &damaged);
     std::error_code ec;
-    for (const std::string& path : damaged) fs::remove(path, ec);
+    for (const std::string& path : damaged) fs::remove(Host_Path(path), ec);
     uint64_t total = 0;
     for (const HistoryEntry& entry : entries) total += entry.bytes;
     // Oldest at the back; the newest (front) stays whatever it costs.
     while (total > budget && entries.size() > 1) {
-        fs::remove(entries.back().path, ec);
+        fs::remove(Host_Path(entries.back().path), ec);
         total -= entries.back().bytes;
         entries.pop_back();
     }
@@ -146,8 +147,8 @@ void History_Trim(const std::string& folder, uint64_t budget) {
 std::vector<std::string> History_ClaimDeadRuns(const std::string& folder) {
     std::vector<std::string> names;
     std::error_code ec;
-    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec))
-        names.push_back(it->path().filename().string());
+    for (fs::directory_iterator it(Host_Path(folder), ec), end; !ec && it != end; it.increment(ec))
+        names.push_back(Host_PathText(it->path().filename()));
     std::vector<std::string> dead;
     for (const std::string& name : names) {
         const bool marker = EndsWith(name, kMarkerSuffix);
@@ -156,7 +157,7 @@ std::vector<std::string> History_ClaimDeadRuns(const std::string& folder) {
         const std::string path = folder + name;
         const int64_t lock = HostOs_LockFile(path.c_str());
         if (lock < 0) continue;  // its run is alive
-        fs::remove(path, ec);
+        fs::remove(Host_Path(path), ec);
         HostOs_UnlockFile(lock);
         if (marker) dead.push_back(name.substr(0, name.size() - std::string(kMarkerSuffix).size()));
     }
@@ -164,15 +165,15 @@ std::vector<std::string> History_ClaimDeadRuns(const std::string& folder) {
     for (const std::string& name : names)
         if (EndsWith(name, kTemporarySuffix) &&
             std::find(dead.begin(), dead.end(), RunOf(name)) != dead.end())
-            fs::remove(folder + name, ec);
+            fs::remove(Host_Path(folder + name), ec);
     return dead;
 }
 
 void History_RemoveRun(const std::string& folder, const std::string& run) {
     std::vector<fs::path> doomed;
     std::error_code ec;
-    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
-        const std::string fileName = it->path().filename().string();
+    for (fs::directory_iterator it(Host_Path(folder), ec), end; !ec && it != end; it.increment(ec)) {
+        const std::string fileName = Host_PathText(it->path().filename());
         if (EndsWith(fileName, kStateSuffix) && RunOf(fileName) == run) doomed.push_back(it->path());
     }
     for (const fs::path& path : doomed) fs::remove(path, ec);

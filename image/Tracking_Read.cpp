@@ -14,6 +14,7 @@
 #include "image/Tracking.h"
 #include "image/Tracking_Internal.h"
 
+#include "host/Host_Path.h"
 #include "host/Host_Threads.h"
 
 #include <lz4.h>
@@ -130,7 +131,7 @@ ImageBuffer* ReadSlot(int a, int b, bool compose, int hops) {
         return nullptr;
     }
     std::error_code ec;
-    const uint64_t fileBytes = std::filesystem::file_size(path, ec);
+    const uint64_t fileBytes = std::filesystem::file_size(Host_Path(path), ec);
     if (ec || fileBytes == 0) return nullptr;
 
     uint8_t header[kTrackingHeaderBytes];

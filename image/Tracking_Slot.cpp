@@ -8,6 +8,7 @@
 #include "image/Tracking_Internal.h"
 
 #include "host/Host_Os.h"
+#include "host/Host_Path.h"
 #include "host/Host_Threads.h"
 
 #include <cstdio>
@@ -43,9 +44,9 @@ std::string Tracking_PendingPath(const std::string& slotPath) {
 
 bool Tracking_CommitPending(const std::string& pendingPath, const std::string& slotPath) {
     std::error_code ec;
-    std::filesystem::rename(pendingPath, slotPath, ec);
+    std::filesystem::rename(Host_Path(pendingPath), Host_Path(slotPath), ec);
     if (!ec) return true;
-    std::filesystem::remove(pendingPath, ec);
+    std::filesystem::remove(Host_Path(pendingPath), ec);
     return false;
 }
 
@@ -57,30 +58,30 @@ bool Tracking_CommitSpare(const std::string& slotPath) {
     const std::string spare = Tracking_SparePath();
     const std::string retiring = Host_GetDataDir() + kRetiringName;
     std::error_code ec;
-    std::filesystem::remove(retiring, ec);
+    std::filesystem::remove(Host_Path(retiring), ec);
     // A second name keeps the slot's previous file through the rename, which
     // replaces the slot in one step: there is no moment without it. Where hard
     // links are not to be had, the previous file is simply freed.
-    bool keep = std::filesystem::is_regular_file(slotPath, ec);
+    bool keep = std::filesystem::is_regular_file(Host_Path(slotPath), ec);
     if (keep) {
-        std::filesystem::create_hard_link(slotPath, retiring, ec);
+        std::filesystem::create_hard_link(Host_Path(slotPath), Host_Path(retiring), ec);
         keep = !ec;
     }
-    std::filesystem::rename(spare, slotPath, ec);
+    std::filesystem::rename(Host_Path(spare), Host_Path(slotPath), ec);
     if (ec) {
-        if (keep) std::filesystem::remove(retiring, ec);
+        if (keep) std::filesystem::remove(Host_Path(retiring), ec);
         return false;
     }
     if (keep) {
-        std::filesystem::rename(retiring, spare, ec);
-        if (ec) std::filesystem::remove(retiring, ec);
+        std::filesystem::rename(Host_Path(retiring), Host_Path(spare), ec);
+        if (ec) std::filesystem::remove(Host_Path(retiring), ec);
     }
     return true;
 }
 
 void Tracking_ShowWriteRefused(const std::string& slotPath) {
     std::error_code ec;
-    const bool exists = std::filesystem::exists(slotPath, ec);
+    const bool exists = std::filesystem::exists(Host_Path(slotPath), ec);
     Host_ShowMessage(exists ? kCouldNotModifyText : kCouldNotCreateText);
 }
 
@@ -107,7 +108,7 @@ bool Tracking_WriteLink(int a, int b, uint32_t target) {
     const bool closed = std::fclose(file.release()) == 0;
     if (!written || !closed) {
         std::error_code ec;
-        std::filesystem::remove(pending, ec);
+        std::filesystem::remove(Host_Path(pending), ec);
         Tracking_ShowWriteRefused(path);
         return false;
     }
@@ -123,7 +124,7 @@ void Tracking_ClearSlots(int a) {
     // it would bring back a stranger's picture.
     for (int b = 0; b < 10; ++b) {
         std::error_code ec;
-        std::filesystem::remove(Tracking_SlotPath(a, b), ec);
+        std::filesystem::remove(Host_Path(Tracking_SlotPath(a, b)), ec);
     }
 }
 

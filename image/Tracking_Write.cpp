@@ -12,6 +12,7 @@
 #include "image/Tracking.h"
 #include "image/Tracking_Internal.h"
 
+#include "host/Host_Path.h"
 #include "host/Host_Threads.h"
 
 #include <lz4.h>
@@ -148,10 +149,10 @@ bool Tracking_WriteSlot(int a, int b, ImageBuffer* image, bool compose) {
     // this record: cut it to size, then check the size as the layout gives it.
     ok = (std::fclose(file.release()) == 0) && expected != 0;
     std::error_code ec;
-    if (ok) std::filesystem::resize_file(spare, expected, ec);
-    ok = ok && !ec && std::filesystem::file_size(spare, ec) == expected && !ec;
+    if (ok) std::filesystem::resize_file(Host_Path(spare), expected, ec);
+    ok = ok && !ec && std::filesystem::file_size(Host_Path(spare), ec) == expected && !ec;
     if (!ok) {
-        std::filesystem::remove(spare, ec);
+        std::filesystem::remove(Host_Path(spare), ec);
         Host_ShowMessage(kSwapErrorText);
         return false;
     }

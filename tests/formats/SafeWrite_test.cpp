@@ -1,10 +1,12 @@
 // A failing save never destroys the file it replaces: each writer is made to
 // fail part-way (a file-size limit makes the write itself fail) and the old
 // file must be left exactly as it was, with no temporary file beside it.
+#include "formats/File_ReadAll.h"
 #include "formats/File_SafeWrite.h"
 #include "formats/Jpeg_Write.h"
 #include "formats/Png_Write.h"
 #include "formats/Tiff_Write.h"
+#include "host/Host_Path.h"
 #include "image/Image.h"
 #include "support/Files.h"
 #include "support/TestImages.h"
@@ -81,6 +83,22 @@ TEST_F(SafeWriteTest, AWriteReplacesTheFileOnlyWhenItIsCommitted) {
     EXPECT_EQ(Contents(target + ".tmp0"), "someone else's")
         << "a stale temporary is neither reused nor destroyed";
     EXPECT_EQ(FilesInFolder(), 2u) << "a temporary file left behind";
+}
+
+// A folder and a file named in other scripts, as UTF-8 like every name in the
+// program: a save creates the file, a second one replaces it through its
+// temporary, and the reader finds it.
+TEST_F(SafeWriteTest, NamesInAnyScriptAreWrittenReplacedAndRead) {
+    const std::string folder = Path("\u00D8rion_\u661F");
+    ASSERT_TRUE(fs::create_directory(Host_Path(folder)));
+    const std::string target = folder + "/M42_\u00E9.tif";
+    const uint8_t first[] = {1}, second[] = {2, 3};
+    ASSERT_EQ(File_SafeWrite(target.c_str(), first, 1), 1);
+    ASSERT_EQ(File_SafeWrite(target.c_str(), second, 2), 1);
+    FileBytes bytes;
+    ASSERT_TRUE(File_ReadAll(target.c_str(), &bytes));
+    EXPECT_EQ(std::vector<uint8_t>(bytes.data.get(), bytes.data.get() + bytes.size),
+              std::vector<uint8_t>({2, 3}));
 }
 
 #ifdef PELLUCIDA_HAVE_FSIZE_LIMIT

@@ -4,6 +4,7 @@
 #include "image/History.h"
 
 #include "host/Host.h"
+#include "host/Host_Path.h"
 #include "support/Files.h"
 #include "support/TestImages.h"
 
@@ -42,10 +43,15 @@ inline HistoryState State(const char* caption, int64_t timeMs) {
 
 class History : public testing::Test {
 protected:
-    void SetUp() override { ASSERT_TRUE(Host_SelectBackend("headless")); }
+    // The folder's name is not ASCII, as a user folder often is ("Jürgen"):
+    // the program's UTF-8 names must reach the system as such on Windows too.
+    void SetUp() override {
+        ASSERT_TRUE(Host_SelectBackend("headless"));
+        std::filesystem::create_directory(dir_.Path() / Host_Path("J\u00FCrgen_\u661F"));
+    }
 
-    std::string Folder() const { return dir_.Path().string() + "/"; }
-    std::string File(const char* name) const { return (dir_.Path() / name).string(); }
+    std::string Folder() const { return Host_PathText(dir_.Path()) + "/J\u00FCrgen_\u661F/"; }
+    std::string File(const char* name) const { return Folder() + name; }
 
     TempDir dir_;
 };

@@ -30,7 +30,7 @@ TEST_F(History, OnlyRunsThatEndedWithoutClosingAreClaimed) {
         ImagePtr image = MakeImage(8, 8, 16, false, 9);
         if (!History_BeginRun(Folder(), &crashed)) std::_Exit(1);
         History_Store(&crashed, State("Bin", 1), image.get(), nullptr, kHistoryBudgetBytes);
-        WriteFileBytes(File((crashed.id + "_000002.pst.tmp").c_str()), {1, 2});
+        WriteFileBytes(Host_Path(File((crashed.id + "_000002.pst.tmp").c_str())), {1, 2});
         std::_Exit(0);
     }
     int status = -1;
@@ -46,11 +46,11 @@ TEST_F(History, OnlyRunsThatEndedWithoutClosingAreClaimed) {
     const std::vector<HistoryEntry> list = History_List(Folder());
     ASSERT_EQ(list.size(), 1u);
     EXPECT_EQ(list[0].run, dead[0]);
-    EXPECT_FALSE(fs::exists(File((dead[0] + "_000002.pst.tmp").c_str())));
+    EXPECT_FALSE(fs::exists(Host_Path(File((dead[0] + "_000002.pst.tmp").c_str()))));
     EXPECT_TRUE(History_ClaimDeadRuns(Folder()).empty()) << "claimed once";
-    EXPECT_TRUE(fs::exists(File((alive.id + ".run").c_str())));
+    EXPECT_TRUE(fs::exists(Host_Path(File((alive.id + ".run").c_str()))));
     History_EndRun(&alive);
-    EXPECT_FALSE(fs::exists(File((alive.id + ".run").c_str())));
+    EXPECT_FALSE(fs::exists(Host_Path(File((alive.id + ".run").c_str()))));
 }
 
 }  // namespace

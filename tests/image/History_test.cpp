@@ -54,7 +54,9 @@ TEST_F(History, StatesRoundTripWithAndWithoutMaskAndMono) {
         ASSERT_TRUE(backImage);
         EXPECT_TRUE(SameImage(*backImage, *image));
         ASSERT_EQ(backMask != nullptr, c.mask);
-        if (c.mask) EXPECT_TRUE(SameImage(*backMask, *mask));
+        if (c.mask) {
+            EXPECT_TRUE(SameImage(*backMask, *mask));
+        }
     }
 }
 
@@ -70,8 +72,8 @@ TEST_F(History, ListIsNewestFirstAcrossRunsAndTheBudgetKeepsTheNewest) {
     const std::string c = History_Store(&second, State("Bin", 3000), image.get(), nullptr, none);
     const std::string b = History_Store(&first, State("Crop", 2000), image.get(), nullptr, none);
     ASSERT_FALSE(a.empty());
-    EXPECT_EQ(fs::path(b).filename().string(), first.id + "_000002.pst");
-    WriteFileBytes(File("notes.pst"), {'x'});  // not a state: left out of the list
+    EXPECT_EQ(Host_PathText(Host_Path(b).filename()), first.id + "_000002.pst");
+    WriteFileBytes(Host_Path(File("notes.pst")), {'x'});  // not a state: left out of the list
 
     std::vector<HistoryEntry> list = History_List(Folder());
     ASSERT_EQ(list.size(), 3u);
@@ -80,12 +82,12 @@ TEST_F(History, ListIsNewestFirstAcrossRunsAndTheBudgetKeepsTheNewest) {
     EXPECT_EQ(std::vector<std::string>({list[0].run, list[1].run, list[2].run}),
               std::vector<std::string>({second.id, first.id, first.id}));
     EXPECT_EQ(list[1].state.caption, "Crop");
-    EXPECT_EQ(list[1].bytes, fs::file_size(b));
+    EXPECT_EQ(list[1].bytes, fs::file_size(Host_Path(b)));
 
     // Room for two: the oldest goes, and the damaged file with it.
     History_Trim(Folder(), list[0].bytes + list[1].bytes);
-    EXPECT_FALSE(fs::exists(a));
-    EXPECT_FALSE(fs::exists(File("notes.pst")));
+    EXPECT_FALSE(fs::exists(Host_Path(a)));
+    EXPECT_FALSE(fs::exists(Host_Path(File("notes.pst"))));
     EXPECT_EQ(History_List(Folder()).size(), 2u);
     // Room for nothing: the newest stays all the same, as does a store.
     History_Trim(Folder(), 0);
@@ -108,11 +110,11 @@ TEST_F(History, DamagedFilesAreRefused) {
     ImagePtr mask = MakeImage(40, 30, 16, false, 4);
     const std::string path = File("good.pst");
     ASSERT_TRUE(History_WriteFile(path, State("Bin", 5), image.get(), mask.get()));
-    const Bytes good = ReadFileBytes(path);
+    const Bytes good = ReadFileBytes(Host_Path(path));
     const size_t planes = 40 + 3 + 14;  // the first block's length word, after caption and name
 
     auto refused = [&](const Bytes& bytes) {
-        WriteFileBytes(File("bad.pst"), bytes);
+        WriteFileBytes(Host_Path(File("bad.pst")), bytes);
         HistoryState state;
         ImagePtr back, backMask;
         const bool read = History_ReadFile(File("bad.pst"), &state, &back, &backMask);
@@ -154,7 +156,7 @@ TEST_F(History, DamagedFilesAreRefused) {
     EXPECT_FALSE(History_WriteFile(File("no/such/folder.pst"), State("Bin", 5), image.get(), nullptr));
     ImagePtr smallMask = MakeImage(4, 3, 16, false, 5);
     EXPECT_FALSE(History_WriteFile(File("sizes.pst"), State("Bin", 5), image.get(), smallMask.get()));
-    EXPECT_FALSE(fs::exists(File("sizes.pst")));
+    EXPECT_FALSE(fs::exists(Host_Path(File("sizes.pst"))));
 }
 
 // The reader's fuzz corpus (every crasher the fuzzer ever found is kept
