@@ -63,6 +63,16 @@ int Cli(std::vector<std::string> args) {
     return RunCli(std::move(args)).status;
 }
 
+// The file the window saved equals what `pellucida-cli process IN STEPS...`
+// writes (to `out` in the test's folder).
+void ExpectSameAsCli(const std::string& windowFile, const std::string& in, std::vector<std::string> steps,
+                     const std::string& out) {
+    steps.insert(steps.begin(), {"process", in});
+    steps.insert(steps.end(), {"-o", out});
+    ASSERT_EQ(Cli(steps), 0);
+    EXPECT_EQ(ReadFileBytes(windowFile), ReadFileBytes(out));
+}
+
 // The lines of the log from the last "--- " block title on.
 std::string LastBlock(const std::string& log) {
     const size_t at = log.rfind("--- ");
@@ -115,11 +125,7 @@ TEST_F(ShellTest, OpenAnswerAndSaveGiveTheCommandLinesFile) {
             script += "expect-box " + title + "\nanswer " + answer + "\n";
         ASSERT_TRUE(Runs(script + Save(Path(c.out))));
 
-        const std::string cliOut = Path((std::string("cli-") + c.out).c_str());
-        std::vector<std::string> args = {"process", in, "-o", cliOut};
-        args.insert(args.end(), c.cliAnswers.begin(), c.cliAnswers.end());
-        ASSERT_EQ(Cli(args), 0);
-        EXPECT_EQ(ReadFileBytes(Path(c.out)), ReadFileBytes(cliOut));
+        ExpectSameAsCli(Path(c.out), in, c.cliAnswers, Path((std::string("cli-") + c.out).c_str()));
     }
 }
 
@@ -333,8 +339,7 @@ TEST_F(ShellTest, AutoDevKeptInTheWindowEqualsTheCommandLine) {
                          "press BtAD\nset LvS1 200\nidle\npress BtKp\n" + Save(Path("window.tif")) +
                          "press BtUn\n" + Save(Path("undone.tif"))));
         const std::string window = LastBlock(Log());
-        ASSERT_EQ(Cli({"process", in, "--autodev=blur=200", "-o", Path("cli.tif")}), 0);
-        EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
+        ExpectSameAsCli(Path("window.tif"), in, {"--autodev=blur=200"}, Path("cli.tif"));
         EXPECT_EQ(ReadFileBytes(Path("undone.tif")), ReadFileBytes(Path("before.tif")));
         EXPECT_EQ(window, LastBlock(Log()));
         EXPECT_NE(window.find("Parameter [Detail Blur] set to [21.0 pixels]\n"), std::string::npos) << window;
@@ -349,8 +354,7 @@ TEST_F(ShellTest, RedoGlobalStretchStartsFromTheTrackedLinearData) {
                      "press BtAD\nidle\npress BtKp\npress BtMH\npress BtAD\n"
                      "expect-box Previously Stretched\nanswer Redo global stretch\nidle\npress BtKp\n" +
                      Save(Path("redo.tif"))));
-    ASSERT_EQ(Cli({"process", bundled, "--flip=h", "--autodev", "-o", Path("cli.tif")}), 0);
-    EXPECT_EQ(ReadFileBytes(Path("redo.tif")), ReadFileBytes(Path("cli.tif")));
+    ExpectSameAsCli(Path("redo.tif"), bundled, {"--flip=h", "--autodev"}, Path("cli.tif"));
 }
 
 // Bin with a preset, Rotate with a set angle and Crop with set corners, each
@@ -364,12 +368,9 @@ TEST_F(ShellTest, BinRotateAndCropKeptInTheWindowEqualTheCommandLine) {
                          "press BtKp\n" +
                          Save(Path("window.tif")) + "press BtUn\n" + Save(Path("undone.tif")),
                      "1280x720"));
-    ASSERT_EQ(Cli({"process", bundled, "--bin=7071", "--rotate=100", "--crop=60:50:700:560", "-o",
-                   Path("cli.tif")}),
-              0);
-    ASSERT_EQ(Cli({"process", bundled, "--bin=7071", "--rotate=100", "-o", Path("uncropped.tif")}), 0);
-    EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
-    EXPECT_EQ(ReadFileBytes(Path("undone.tif")), ReadFileBytes(Path("uncropped.tif")));
+    ExpectSameAsCli(Path("window.tif"), bundled, {"--bin=7071", "--rotate=100", "--crop=60:50:700:560"},
+                    Path("cli.tif"));
+    ExpectSameAsCli(Path("undone.tif"), bundled, {"--bin=7071", "--rotate=100"}, Path("uncropped.tif"));
 }
 
 // The Bin form after a preset and the Rotate form with its levelling grid,
@@ -408,8 +409,7 @@ TEST_F(ShellTest, CropDraggedEitherWayAndItsTrackedReference) {
                      "set LvS4 600\npress BtKp\npress BtAD\nexpect-box Previously Stretched\n"
                      "answer Redo global stretch\nidle\npress BtKp\n" +
                      Save(Path("redo.tif"))));
-    ASSERT_EQ(Cli({"process", bundled, "--crop=100:0:959:600", "--autodev", "-o", Path("cli.tif")}), 0);
-    EXPECT_EQ(ReadFileBytes(Path("redo.tif")), ReadFileBytes(Path("cli.tif")));
+    ExpectSameAsCli(Path("redo.tif"), bundled, {"--crop=100:0:959:600", "--autodev"}, Path("cli.tif"));
 }
 
 // A picture whose stacking border the load found: Crop's first entry starts
@@ -420,8 +420,7 @@ TEST_F(ShellTest, CropStartsFromTheBoxInsideAStackingBorder) {
                      "expect-box Possible stacking artifacts detected\nanswer OK\n"
                      "expect-box Type of dataset?\nanswer Linear\npress BSCr\npress BtKp\n" +
                      Save(Path("window.tif"))));
-    ASSERT_EQ(Cli({"process", in, "--crop=0:1:511:511", "-o", Path("cli.tif")}), 0);
-    EXPECT_EQ(ReadFileBytes(Path("window.tif")), ReadFileBytes(Path("cli.tif")));
+    ExpectSameAsCli(Path("window.tif"), in, {"--crop=0:1:511:511"}, Path("cli.tif"));
 }
 
 // What the window kept (AutoDev with a RoI, a mirror of the main form) is what
