@@ -9,7 +9,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
   libtsan2
   clang libclang-rt-14-dev
-  xvfb xauth libx11-dev
+  xvfb xauth matchbox-window-manager xdotool wmctrl imagemagick x11-xserver-utils
   desktop-file-utils
   dbus-daemon
   fonts-dejavu-core

@@ -4,7 +4,7 @@
 # and the window only shows the framebuffer. The headless picture is taken at
 # the window's own size, then the window is read back and compared.
 set -u
-formview="$1" probe="$2" xvfb="$3"
+formview="$1" xvfb="$2"
 title="Pellucida"
 
 . "$(dirname "$0")/xvfb_session.sh"
@@ -12,8 +12,8 @@ title="Pellucida"
 xvfb_start "$xvfb" 141 190
 app_start "$formview" --host=sdl2
 
-"$probe" wait "$title" 20 || fail "the window did not appear"
-size="$("$probe" size "$title")" || fail "no window size"
+win_wait "$title" 20 || fail "the window did not appear"
+size="$(win_size "$title")" || fail "no window size"
 echo "window $size"
 
 # The same form, headless, at the window's size.
@@ -25,7 +25,7 @@ PELLUCIDA_HEADLESS_SIZE="$size" "$formview" --host=headless --script="$workdir/s
 # The window may still be drawing its first frames: try for a few seconds.
 ok=""
 for _ in $(seq 1 30); do
-  if "$probe" compare "$title" "$workdir/headless.png" 0 >"$workdir/compare.log"; then ok=1; break; fi
+  if win_matches "$title" "$workdir/headless.png" >"$workdir/compare.log"; then ok=1; break; fi
   sleep 0.2
 done
 cat "$workdir/compare.log"
@@ -35,5 +35,5 @@ if [ -z "$ok" ]; then
   fail "the window differs from the headless rendering (pictures in $keep)"
 fi
 
-app_close_expect_zero "$probe" "$title"
+app_close_expect_zero "$title"
 echo "PASS: the SDL2 window shows the test form as the headless backend renders it"

@@ -3,9 +3,9 @@
 # desktop sets "Xft.dpi: 192" the maximised window must show exactly what the
 # headless backend renders at that size with a scale of 2; GDK_SCALE, the
 # user's own factor, overrides the resource; a desktop that sets nothing gets
-# no scale. A minimal window manager maximises the window as a desktop would.
+# no scale. The window manager maximises the window as a desktop would.
 set -u
-program="$1" probe="$2" xvfb="$3"
+program="$1" xvfb="$2"
 title="Pellucida"
 . "$(dirname "$0")/xvfb_session.sh"
 
@@ -13,10 +13,6 @@ xvfb_start "$xvfb" 241 290 3840x2160x24
 export PELLUCIDA_STATE_DIR="$workdir/state"
 export XDG_RUNTIME_DIR="$workdir/runtime"
 mkdir -p "$PELLUCIDA_STATE_DIR" "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
-"$probe" wm >"$workdir/wm.log" 2>&1 &
-wm_pid=$!
-trap 'kill $wm_pid 2>/dev/null; cleanup' EXIT
-for _ in $(seq 1 50); do grep -q "wm ready" "$workdir/wm.log" && break; sleep 0.1; done
 
 headless() {  # headless SCALE: the main form at 4K, rendered headless at that scale
   local picture="$workdir/main-$1.png"
@@ -28,21 +24,21 @@ headless() {  # headless SCALE: the main form at 4K, rendered headless at that s
 }
 
 check() {  # check RESOURCES GDK_SCALE EXPECTED-SCALE
-  "$probe" resources "$1" || fail "could not set the resource database"
+  printf '%s\n' "$1" | xrdb -nocpp -load - || fail "could not set the resource database"
   app_start env PELLUCIDA_HOST=sdl2 ${2:+GDK_SCALE=$2} "$program"
-  "$probe" wait "$title" 20 || fail "the window did not appear"
+  win_wait "$title" 20 || fail "the window did not appear"
   headless "$3"
   local ok=""
   # Up to 30 s: under the sanitizers on a busy machine the 4K main form is slow to come.
   for _ in $(seq 1 150); do
-    if "$probe" compare "$title" "$workdir/main-$3.png" 0 >"$workdir/compare.log"; then ok=1; break; fi
+    if win_matches "$title" "$workdir/main-$3.png" >"$workdir/compare.log"; then ok=1; break; fi
     sleep 0.2
   done
   cat "$workdir/compare.log"
   [ -n "$ok" ] || fail "resources \"$1\", GDK_SCALE \"$2\": the window is not the scale-$3 rendering"
   # Killed, not closed (closing asks first): the next start must not be blocked by it.
   kill -9 "$app_pid"; wait "$app_pid" 2>/dev/null; app_pid=""
-  for _ in $(seq 1 50); do "$probe" size "$title" >/dev/null 2>&1 || break; sleep 0.1; done
+  for _ in $(seq 1 50); do [ -n "$(win_id "$title")" ] || break; sleep 0.1; done
 }
 
 check "$(printf 'Xft.antialias:\t1\nXft.dpi:\t192\n')" "" 2

@@ -5,7 +5,7 @@
 # must bring up the close question, again as headless renders it. Answering
 # it is covered by the headless script tests, which drive the same handler.
 set -u
-program="$1" probe="$2" xvfb="$3"
+program="$1" xvfb="$2"
 title="Pellucida"
 . "$(dirname "$0")/xvfb_session.sh"
 
@@ -14,9 +14,9 @@ state="$workdir/state"; mkdir -p "$state"
 export PELLUCIDA_STATE_DIR="$state"
 app_start env PELLUCIDA_HOST=sdl2 "$program"
 
-"$probe" wait "$title" 20 || fail "the window did not appear"
+win_wait "$title" 20 || fail "the window did not appear"
 sleep 0.5
-size="$("$probe" size "$title")" || fail "no window size"
+size="$(win_size "$title")" || fail "no window size"
 echo "window $size"
 
 headless() {  # headless SCRIPT-LINES PICTURE
@@ -28,7 +28,7 @@ headless() {  # headless SCRIPT-LINES PICTURE
 
 matches() {  # matches PICTURE: the window shows it within a few seconds
   for _ in $(seq 1 50); do
-    if "$probe" compare "$title" "$1" 0 >"$workdir/compare.log"; then return 0; fi
+    if win_matches "$title" "$1" >"$workdir/compare.log"; then return 0; fi
     sleep 0.2
   done
   cat "$workdir/compare.log"
@@ -41,7 +41,7 @@ headless 'wait 30\nscreenshot '"$workdir"'/main.png\nclose\nanswer Close\n' "$wo
 matches "$workdir/main.png" || fail "the main form differs from the headless rendering"
 
 headless 'wait 30\nclose\nwait 2\nscreenshot '"$workdir"'/question.png\nanswer Close\n' "$workdir/question.png"
-"$probe" close "$title" || fail "could not send the close request"
+wmctrl -i -c "$(win_id "$title")" || fail "could not send the close request"
 matches "$workdir/question.png" || fail "the close question differs from the headless rendering"
 kill -0 "$app_pid" 2>/dev/null || fail "the program ended without asking"
 echo "PASS: the main form and the close question in the real window match the headless rendering"

@@ -4,7 +4,7 @@
 # the first says it was brought forward, and an image named to the second
 # start is opened by the first as if it had been dropped on its window.
 set -u
-program="$1" probe="$2" xvfb="$3" image="$4"
+program="$1" xvfb="$2" image="$3"
 title="Pellucida"
 . "$(dirname "$0")/xvfb_session.sh"
 
@@ -13,7 +13,7 @@ export PELLUCIDA_STATE_DIR="$workdir/state"
 export XDG_RUNTIME_DIR="$workdir/runtime"
 mkdir -p "$PELLUCIDA_STATE_DIR" "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 app_start env PELLUCIDA_HOST=sdl2 "$program"
-"$probe" wait "$title" 20 || fail "the window did not appear"
+win_wait "$title" 20 || fail "the window did not appear"
 
 # A handed-over file is opened like a drop, and a drop waits for the main
 # form: its start banner says it is up.

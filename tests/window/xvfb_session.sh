@@ -1,14 +1,22 @@
-# Shared by the window tests (sourced, not run): a private Xvfb display, a
-# program started on it, and its closing as a window manager would close it.
+# Shared by the window tests (sourced, not run): a private Xvfb display with a
+# window manager that maximises every window as a desktop would, a program
+# started on it, its window found, read back and closed with Debian's X tools
+# (xdotool, ImageMagick, wmctrl).
 #   xvfb_start XVFB FIRST LAST [SCREEN]   starts Xvfb on the first free display in the
-#                                range, with a screen of 1280x800x24 unless SCREEN says otherwise
+#                                range, with a screen of 1280x800x24 unless SCREEN says otherwise,
+#                                and matchbox without title bars on it
 #   app_start COMMAND...         starts the program under test in the background
 #   fail MESSAGE                 reports, shows the program's output and exits 1
-#   app_close_expect_zero PROBE TITLE   WM_DELETE_WINDOW, then status 0 within 10 s
+#   win_wait TITLE SECONDS       the window of that exact title is mapped in time
+#   win_size TITLE               prints its size as WIDTHxHEIGHT
+#   win_matches TITLE PNG        its pixels are exactly the picture's (on failure
+#                                they are kept beside it as PNG.window.png)
+#   app_close_expect_zero TITLE  WM_DELETE_WINDOW, then status 0 within 10 s
 workdir="$(mktemp -d)"
-xvfb_pid=""; app_pid=""
+xvfb_pid=""; wm_pid=""; app_pid=""
 cleanup() {
   [ -n "$app_pid" ] && kill "$app_pid" 2>/dev/null
+  [ -n "$wm_pid" ] && kill "$wm_pid" 2>/dev/null
   [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2>/dev/null
   rm -rf "$workdir"
 }
@@ -30,6 +38,29 @@ xvfb_start() {
     [ -e "/tmp/.X11-unix/X${display#:}" ] && break
     sleep 0.1
   done
+  matchbox-window-manager -use_titlebar no >"$workdir/wm.log" 2>&1 &
+  wm_pid=$!
+  for _ in $(seq 1 50); do wmctrl -m >/dev/null 2>&1 && break; sleep 0.1; done
+}
+
+win_id() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n 1; }
+
+win_wait() { timeout "$2" xdotool search --sync --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
+
+win_size() {
+  local id WIDTH HEIGHT
+  id="$(win_id "$1")" && [ -n "$id" ] || return 1
+  eval "$(xdotool getwindowgeometry --shell "$id" | grep -E '^(WIDTH|HEIGHT)=')"
+  echo "${WIDTH}x${HEIGHT}"
+}
+
+win_matches() {
+  local id differing
+  id="$(win_id "$1")" && [ -n "$id" ] || { echo "no window \"$1\""; return 1; }
+  import -window "$id" "png24:$2.window.png" 2>/dev/null || { echo "could not read the window"; return 1; }
+  differing="$(compare -metric AE "$2.window.png" "$2" null: 2>&1)"
+  echo "pixels differing from $2: $differing"
+  [ "$differing" = "0" ]
 }
 
 app_start() {
@@ -43,8 +74,8 @@ app_start() {
 }
 
 app_close_expect_zero() {
-  local probe="$1" title="$2" status
-  "$probe" close "$title" || fail "could not send the close request"
+  local status
+  wmctrl -i -c "$(win_id "$1")" || fail "could not send the close request"
   for _ in $(seq 1 100); do
     kill -0 "$app_pid" 2>/dev/null || break
     sleep 0.1
