@@ -1,10 +1,10 @@
 // Stereo: the views move each pixel by its depth exactly, nearer pixels cover
 // farther ones and the gaps fill from the background side; the depth map puts
 // a bright smooth region in front of the sky and a star in front of its
-// surroundings as far as the stand-out asks; the previews are laid out from
-// the views; a cancelled run gives nothing.
+// surroundings as far as the stand-out asks; a cancelled run gives nothing.
+// The previews and the setters' settings show in the stereo form's reviewed
+// pictures (ShellTest.StereoFormPreviewsAndExports).
 #include "modules/stereo/Stereo_Kernel.h"
-#include "modules/stereo/Stereo_Params.h"
 
 #include "ModuleTestImages.h"
 
@@ -127,37 +127,6 @@ TEST_F(StereoDepth, TheGlowIsInFrontOfTheSkyAndAStarStandsOutAsFarAsAsked) {
     EXPECT_EQ(at[2], kStereoDepthMax);
 }
 
-TEST_F(StereoDepth, PreviewsAreLaidOutFromTheViews) {
-    StereoSettings s = Full();
-    ImagePtr depth(Stereo_DepthMap(image.get(), s, nullptr));
-    ImagePtr left, right;
-    ASSERT_TRUE(depth && Stereo_Views(image.get(), depth.get(), s, nullptr, &left, &right));
-
-    s.preview = StereoPreview::kDepth;
-    ImagePtr shown(Stereo_Preview(image.get(), s, nullptr));
-    ASSERT_TRUE(shown);
-    EXPECT_EQ(Pixel(shown.get(), 2, kGlowX, kGlowY),
-              DepthAt(depth.get(), kGlowX, kGlowY) * image->maxValue / kStereoDepthMax);
-
-    s.preview = StereoPreview::kPair;
-    shown.reset(Stereo_Preview(image.get(), s, nullptr));
-    ASSERT_TRUE(shown);
-    EXPECT_EQ(std::tuple(shown->width, shown->height), std::tuple(2 * kW + kStereoPairGap, kH));
-    for (const auto& [x, y] : {std::pair{0, 0}, std::pair{kStarX, kStarY}, std::pair{kW - 1, kH - 1}}) {
-        EXPECT_EQ(Pixel(shown.get(), 1, x, y), Pixel(left.get(), 1, x, y));
-        EXPECT_EQ(Pixel(shown.get(), 1, kW + kStereoPairGap + x, y), Pixel(right.get(), 1, x, y));
-        EXPECT_EQ(Pixel(shown.get(), 0, kW + kStereoPairGap / 2, y), image->maxValue / 4);
-    }
-
-    s.preview = StereoPreview::kAnaglyph;
-    shown.reset(Stereo_Preview(image.get(), s, nullptr));
-    ASSERT_TRUE(shown);
-    const auto at = [&](const ImageBuffer* i, int c) { return Pixel(i, c, kStarX + 2, kStarY); };
-    EXPECT_EQ(at(shown.get(), 0), at(left.get(), 0));
-    EXPECT_EQ(std::tuple(at(shown.get(), 1), at(shown.get(), 2)),
-              std::tuple(at(right.get(), 1), at(right.get(), 2)));
-}
-
 TEST_F(StereoDepth, ACancelledRunGivesNothing) {
     const std::atomic<bool> cancel{true};
     const KernelControl control{&cancel, nullptr, nullptr};
@@ -167,14 +136,4 @@ TEST_F(StereoDepth, ACancelledRunGivesNothing) {
     ImagePtr depth(Stereo_DepthMap(image.get(), s, nullptr)), left, right;
     EXPECT_FALSE(Stereo_Views(image.get(), depth.get(), s, &control, &left, &right));
     EXPECT_EQ(left, nullptr);
-}
-
-TEST(StereoParams, SettersAndThePreviewButtonsGiveTheSettings) {
-    StereoParams p;
-    p.depth = 50, p.stars = 140, p.preview = 2;
-    const StereoSettings s = Stereo_Settings(p);
-    EXPECT_EQ(std::tuple(s.strength, s.standOut, s.preview), std::tuple(0.5, 1.0, StereoPreview::kAnaglyph));
-    p.preview = 7;  // no such button: the depth map
-    EXPECT_EQ(Stereo_Settings(p).preview, StereoPreview::kDepth);
-    EXPECT_EQ(Stereo_ParallaxPixels(1000, 0.5), 15.0);
 }
