@@ -1,12 +1,12 @@
-// Setting text in the shipped font: UTF-8 and unknown characters, and
-// wrapping to a width. (How the glyphs look, crisp stems and kerning included,
-// and where their ink lands in the line box are pinned by the specimen picture
-// and the toolkit's golden pictures.)
+// Setting text in the shipped font: UTF-8 and unknown characters. (How the
+// glyphs look, crisp stems and kerning included, where their ink lands in the
+// line box and how text wraps are pinned by the specimen picture and the
+// toolkit's golden pictures.)
 #include "DrawCanvas.h"
 #include "ui/font/Font.h"
 #include "ui/font/Utf8.h"
 
-#include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -50,44 +50,6 @@ TEST(FontUtf8, DecodesValidSequencesAndReplacesMalformedOnesByteByByte) {
         {"\xE2\x86\x41", {r, r, 'A'}},       // cut short by an "A"
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(decode(text), expected) << text;
-}
-
-TEST_F(FontText, WrappingKeepsLinesWithinTheWidthAndLosesNoWord) {
-    const std::string text =
-        "The stacking artefacts were removed before the stretch, and the background gradient is gone.\n"
-        "Second paragraph.";
-    for (int32_t maxWidth : {60, 120, 240, 2000}) {
-        const std::vector<TextLine> lines = Font_WrapText(*font, 14, text, maxWidth);
-        std::string joined;
-        for (const TextLine& l : lines) {
-            const std::string_view s = std::string_view(text).substr(l.begin, l.length);
-            EXPECT_LE(l.width, maxWidth) << s;
-            EXPECT_EQ(l.width, Width(14, s));
-            EXPECT_FALSE(!s.empty() && s.back() == ' ') << "trailing spaces are dropped";
-            joined += std::string(s) + " ";
-        }
-        std::string expected = text;
-        std::replace(expected.begin(), expected.end(), '\n', ' ');
-        if (maxWidth >= 120) {  // every word fits a line: breaks fall at spaces only
-            EXPECT_EQ(joined, expected + " ") << maxWidth;
-        } else {
-            auto letters = [](std::string t) { return std::erase(t, ' '), t; };
-            EXPECT_EQ(letters(joined), letters(expected)) << maxWidth;
-        }
-        EXPECT_GE(lines.size(), 2u) << "the line feed always breaks";
-        EXPECT_TRUE(maxWidth != 2000 || lines.size() == 2u) << lines.size() << " lines";
-    }
-    // A word wider than the line is broken between characters, never lost.
-    const std::vector<TextLine> lines = Font_WrapText(*font, 14, "Supercalifragilistic", 30);
-    ASSERT_GT(lines.size(), 2u);
-    size_t total = 0;
-    for (const TextLine& l : lines) {
-        EXPECT_GE(l.length, 1u);
-        total += l.length;
-    }
-    EXPECT_EQ(total, std::string("Supercalifragilistic").size());
-    EXPECT_EQ(Font_WrapText(*font, 14, "", 100).size(), 1u);
-    EXPECT_EQ(Font_WrapText(*font, 14, "a\n\nb", 100).size(), 3u);
 }
 
 }  // namespace
