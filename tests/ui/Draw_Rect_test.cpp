@@ -1,5 +1,5 @@
-// Empty and huge fills, outlines and gradients, pixel by pixel. (Plain and
-// clipped fills, one-pixel outlines and blended rectangles show in the
+// Flat fills, outlines, gradients and the clip rectangle, pixel by pixel.
+// (Plain fills, one-pixel outlines and blended rectangles also show in the
 // toolkit's golden pictures.)
 #include "ui/draw/Draw_Rect.h"
 #include "DrawCanvas.h"
@@ -7,7 +7,32 @@
 namespace {
 
 constexpr Colour565 kRed = 0xF800;
+constexpr Colour565 kBlue = 0x001F;
 constexpr uint32_t kSentinel = 0x00123456;  // off the rule: shows any pixel that was written
+
+TEST(DrawRect, FillsAreClippedToTheSurfaceAndTheClip) {
+    DrawCanvas c(16, 16, kSentinel);
+    Draw_FillRect(c.surface, {-100, -100, 1000, 1000}, kBlue);
+    EXPECT_TRUE(c.PaddingIs(kSentinel)) << "rows end at the surface's width, not its stride";
+    EXPECT_EQ(c.At(15, 15), Draw_PixelFrom565(kBlue));
+
+    DrawCanvas d(16, 16, kSentinel);
+    {
+        ClipScope scope(d.surface, {4, 4, 4, 4});
+        {
+            ClipScope inner(d.surface, {6, 0, 10, 16});  // narrows, never widens
+            EXPECT_EQ(d.surface.clip.x, 6);
+            EXPECT_EQ(d.surface.clip.width, 2);
+            Draw_FillRect(d.surface, {0, 0, 16, 16}, kRed);
+        }
+        EXPECT_EQ(d.surface.clip.x, 4);
+        EXPECT_EQ(d.surface.clip.width, 4);
+    }
+    EXPECT_EQ(d.surface.clip.width, 16) << "the scope restores the whole surface";
+    DrawTest_ExpectPixels(d, [](int32_t x, int32_t y) {
+        return DrawTest_Inside({6, 4, 2, 4}, x, y) ? Draw_PixelFrom565(kRed) : kSentinel;
+    });
+}
 
 TEST(DrawRect, EmptyAndHugeRectanglesDrawNothingOrStayInside) {
     DrawCanvas c(8, 8, kSentinel);

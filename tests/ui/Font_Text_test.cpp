@@ -1,7 +1,7 @@
-// Setting text in the shipped font: UTF-8 and unknown characters. (How the
-// glyphs look, crisp stems and kerning included, where their ink lands in the
-// line box and how text wraps are pinned by the specimen picture and the
-// toolkit's golden pictures.)
+// Setting text in the shipped font: UTF-8 and unknown characters, clipping
+// and the glyph cache. (How the glyphs look, crisp stems and kerning included,
+// where their ink lands in the line box and how text wraps are pinned by the
+// specimen picture and the toolkit's golden pictures.)
 #include "DrawCanvas.h"
 #include "ui/font/Font.h"
 #include "ui/font/Utf8.h"
@@ -9,6 +9,8 @@
 #include <vector>
 
 namespace {
+
+constexpr Colour565 kWhite = 0xFFFF;
 
 class FontText : public ::testing::Test {
 protected:
@@ -50,6 +52,22 @@ TEST(FontUtf8, DecodesValidSequencesAndReplacesMalformedOnesByteByByte) {
         {"\xE2\x86\x41", {r, r, 'A'}},       // cut short by an "A"
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(decode(text), expected) << text;
+}
+
+TEST_F(FontText, TextIsClippedAndCachedRenderingsRepeatExactly) {
+    DrawCanvas whole(200, 40), part(200, 40), again(200, 40);
+    Font_DrawText(whole.surface, *font, 5, 30, 18, "Clip the text here", kWhite);
+    {
+        ClipScope scope(part.surface, {40, 0, 50, 25});
+        Font_DrawText(part.surface, *font, 5, 30, 18, "Clip the text here", kWhite);
+    }
+    DrawTest_ExpectPixels(part, [&](int32_t x, int32_t y) {
+        return DrawTest_Inside({40, 0, 50, 25}, x, y) ? whole.At(x, y) : 0u;
+    });
+    // Other sizes in between do not change what a size draws.
+    for (int32_t h = 8; h < 30; ++h) Font_MeasureText(*font, h, "x");
+    Font_DrawText(again.surface, *font, 5, 30, 18, "Clip the text here", kWhite);
+    EXPECT_EQ(again.pixels, whole.pixels);
 }
 
 }  // namespace

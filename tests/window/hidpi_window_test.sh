@@ -35,7 +35,11 @@ check() {  # check RESOURCES GDK_SCALE EXPECTED-SCALE
     sleep 0.2
   done
   cat "$workdir/compare.log"
-  [ -n "$ok" ] || fail "resources \"$1\", GDK_SCALE \"$2\": the window is not the scale-$3 rendering"
+  if [ -z "$ok" ]; then
+    keep="${TMPDIR:-/tmp}/pellucida-hidpi-window"
+    mkdir -p "$keep" && cp "$workdir/main-$3.png"* "$keep"/ 2>/dev/null
+    fail "resources \"$1\", GDK_SCALE \"$2\": the window is not the scale-$3 rendering (pictures in $keep)"
+  fi
   # Killed, not closed (closing asks first): the next start must not be blocked by it.
   kill -9 "$app_pid"; wait "$app_pid" 2>/dev/null; app_pid=""
   for _ in $(seq 1 50); do [ -n "$(win_id "$title")" ] || break; sleep 0.1; done

@@ -34,13 +34,19 @@ xvfb_start() {
   "$xvfb" "$display" -screen 0 "$screen" -nolisten tcp >"$workdir/xvfb.log" 2>&1 &
   xvfb_pid=$!
   export DISPLAY="$display"
-  for _ in $(seq 1 100); do
-    [ -e "/tmp/.X11-unix/X${display#:}" ] && break
+  # The socket appears before the server takes clients: wait until one is
+  # served (up to 20 s on a loaded machine).
+  for _ in $(seq 1 200); do
+    xdotool getdisplaygeometry >/dev/null 2>&1 && break
     sleep 0.1
   done
+  xdotool getdisplaygeometry >/dev/null 2>&1 || { cat "$workdir/xvfb.log"; echo "Xvfb did not start"; exit 1; }
   matchbox-window-manager -use_titlebar no >"$workdir/wm.log" 2>&1 &
   wm_pid=$!
-  for _ in $(seq 1 50); do wmctrl -m >/dev/null 2>&1 && break; sleep 0.1; done
+  # A window mapped before the manager runs stays at its own size: wait for it
+  # (a loaded machine can take seconds).
+  for _ in $(seq 1 200); do wmctrl -m >/dev/null 2>&1 && return 0; sleep 0.1; done
+  cat "$workdir/wm.log"; echo "the window manager did not start"; exit 1
 }
 
 win_id() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n 1; }
