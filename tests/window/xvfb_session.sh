@@ -31,7 +31,8 @@ xvfb_start() {
     if [ ! -e "/tmp/.X$n-lock" ] && [ ! -e "/tmp/.X11-unix/X$n" ]; then display=":$n"; break; fi
   done
   [ -n "$display" ] || { echo "no free X display number"; exit 1; }
-  "$xvfb" "$display" -screen 0 "$screen" -nolisten tcp >"$workdir/xvfb.log" 2>&1 &
+  # -noreset: the server must not start over when a probing client leaves.
+  "$xvfb" "$display" -screen 0 "$screen" -nolisten tcp -noreset >"$workdir/xvfb.log" 2>&1 &
   xvfb_pid=$!
   export DISPLAY="$display"
   # The socket appears before the server takes clients: wait until one is
