@@ -83,7 +83,7 @@ void Shell_TrackedUndo(Shell* shell) {
     std::error_code ec;
     const fs::path now = Host_Path(Tracking_SlotPath(kReferenceSlot, kReference));
     const fs::path undo = Host_Path(Tracking_SlotPath(kReferenceSlot, kUndoReference));
-    const fs::path swap = Host_Path(Tracking_SlotPath(kReferenceSlot, kReference) + ".swap");
+    const fs::path swap = fs::path(now) += ".swap";
     if (fs::exists(now, ec)) fs::rename(now, swap, ec);
     if (fs::exists(undo, ec)) fs::rename(undo, now, ec);
     if (fs::exists(swap, ec)) fs::rename(swap, undo, ec);

@@ -3,7 +3,9 @@
 // ring by identifier, as a user would.
 #pragma once
 
+#include "host/Host.h"
 #include "host/Host_Os.h"
+#include "host/headless/Headless.h"
 #include "ui/Entities.h"
 #include "ui/Layout.h"
 #include "ui/TestForm.h"
@@ -22,6 +24,19 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+// Ends a toolkit that runs in the host's loop (headless or in a real window):
+// the loop and the window go, ticks come on their own again and the session's
+// toolkit is freed. Nothing happens when no session runs.
+template <class Session>
+void ToolkitTest_EndHosted(Session*& running) {
+    if (!running) return;
+    Host_Shutdown();
+    Host_DestroyMainWindow();
+    Headless_SetAutoTicks(true);
+    running->toolkit.reset();
+    running = nullptr;
+}
 
 // The archive beside the executables: the build folder, one up from the tests.
 inline std::string ToolkitTest_ArchivePath() {

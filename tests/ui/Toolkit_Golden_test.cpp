@@ -55,14 +55,7 @@ protected:
         ASSERT_NE(session.toolkit, nullptr);
     }
 
-    void TearDown() override {
-        if (!g_session) return;
-        Host_Shutdown();
-        Host_DestroyMainWindow();
-        Headless_SetAutoTicks(true);
-        session.toolkit.reset();
-        g_session = nullptr;
-    }
+    void TearDown() override { ToolkitTest_EndHosted(g_session); }
 
     Toolkit* tk() { return session.toolkit.get(); }
 

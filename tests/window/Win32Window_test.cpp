@@ -125,14 +125,7 @@ protected:
         ASSERT_NE(session.toolkit, nullptr);
     }
 
-    void Stop() {
-        if (!g_session) return;
-        Host_Shutdown();
-        Host_DestroyMainWindow();
-        Headless_SetAutoTicks(true);
-        session.toolkit.reset();
-        g_session = nullptr;
-    }
+    void Stop() { ToolkitTest_EndHosted(g_session); }
 
     void TearDown() override { Stop(); }
 
