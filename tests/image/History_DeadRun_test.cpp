@@ -1,6 +1,6 @@
 // A run that ended without closing is told from one that is alive: a child
 // process stores a state and ends without closing. POSIX only (fork).
-#include "image/HistoryFixture.h"
+#include "image/ImageFixtures.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // list is newest first, the budget drops the oldest but never the newest,
 // damaged files are refused (and the fuzz corpus replayed).
 #include "fuzz/FuzzCheck.h"
-#include "image/HistoryFixture.h"
+#include "image/ImageFixtures.h"
 
 #include <gtest/gtest.h>
 

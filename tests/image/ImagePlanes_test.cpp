@@ -48,9 +48,7 @@ TEST_F(ImagePlanes, TheCacheKeepsWithinItsBoundOldestOut) {
     int64_t* a = ImagePlanes_Allocate(kLarge, false);
     int64_t* b = ImagePlanes_Allocate(kLarge, false);
     int64_t* c = ImagePlanes_Allocate(kLarge, false);
-    ImagePlanes_Release(a);
-    ImagePlanes_Release(b);
-    ImagePlanes_Release(c);  // 48 MiB: fits the 64 MiB bound
+    for (int64_t* plane : {a, b, c}) ImagePlanes_Release(plane);  // 48 MiB: fits the 64 MiB bound
     EXPECT_EQ(ImagePlanes_CachedBytes(), 3 * kLarge * 8);
     int64_t* d = ImagePlanes_Allocate(kLarge * 2, false);
     ImagePlanes_Release(d);  // 32 more make 80: the oldest goes

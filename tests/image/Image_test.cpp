@@ -6,7 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -70,9 +71,7 @@ TEST(ImageClone, DropsAlphaCopiesAuxAttachmentAndHeader) {
     ImagePtr plainClone(Image_Clone(plain.get()));
     EXPECT_TRUE(!plainClone->aux && !plainClone->attachment && !plainClone->attachmentSize);
 
-    ImagePtr source = Filled(11, 6, PixelHash);
-    source->bitDepth = 30;
-    source->maxValue = 1073741823;
+    ImagePtr source = MakeImage(11, 6, 30, [](int32_t x, int32_t y, int c) { return PixelHash(x, y) + c; });
     source->mono = 1;
     Image_AddAlpha(source.get());
     Image_AddAux(source.get());
@@ -150,9 +149,7 @@ TEST(ImageResample, IntegerPositionsCopySamplesAndHalfwayIsTheMidpoint) {
 }
 
 TEST(ImageResample, ConstantImageKeepsItsValueAndDepth) {
-    ImagePtr source = Filled(23, 19, [](int32_t, int32_t) -> int64_t { return 123456789; });
-    source->bitDepth = 30;
-    source->maxValue = 1073741823;
+    ImagePtr source = MakeImage(23, 19, 30, [](int32_t, int32_t, int c) { return int64_t{123456789} + c; });
     const int sizes[][2] = {{46, 38}, {11, 9}, {37, 5}, {1, 1}, {100, 77}};
     for (const auto& s : sizes) {
         SCOPED_TRACE(testing::Message() << s[0] << "x" << s[1]);
@@ -168,12 +165,8 @@ TEST(ImageResample, NeverNegativeAtHardEdges) {
     ImagePtr source =
         Filled(16, 16, [](int32_t x, int32_t y) -> int64_t { return ((x / 3 + y / 5) & 1) * 65533; });
     ImagePtr out(Image_Resample(source.get(), 53, 41, nullptr, nullptr));
-    int zeros = 0;
-    for (int i = 0; i < 53 * 41; ++i) {
-        ASSERT_GE(out->red[i], 0);
-        zeros += out->red[i] == 0;
-    }
-    EXPECT_GT(zeros, 0);
+    // The cubic overshoots below the dark squares; the result is held at zero.
+    EXPECT_EQ(*std::min_element(out->red, out->red + 53 * 41), 0);
 }
 
 TEST(ImageResample, ProgressEvery32RowsAndStop) {

@@ -7,6 +7,7 @@
 #include "fuzz/FuzzTracking.h"
 #include "host/Host.h"
 #include "host/headless/Headless.h"
+#include "image/ImageFixtures.h"
 #include "support/Files.h"
 #include "support/FuzzReplay.h"
 #include "support/TestImages.h"
@@ -15,8 +16,8 @@
 #include <gtest/gtest.h>
 #include <lz4.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -38,7 +39,6 @@ constexpr const char* kSwapError =
     "Pellucida from and try again.";
 
 constexpr size_t kBlock = 8388608;  // 8 MiB: the largest block of a plane
-using Bytes = std::vector<uint8_t>;
 using V = std::vector<int64_t>;
 
 // Noisy 30-bit content that LZ4 cannot squeeze much, like real sky: a
@@ -58,17 +58,11 @@ uint32_t Word(const Bytes& bytes, size_t at) {
     return word;
 }
 
-bool PlanesEqual(const ImageBuffer& a, const ImageBuffer& b) {
-    const size_t n = static_cast<size_t>(a.stride) * a.height * sizeof(int64_t);
-    return std::memcmp(a.red, b.red, n) == 0 && std::memcmp(a.green, b.green, n) == 0 &&
-           std::memcmp(a.blue, b.blue, n) == 0;
-}
-
 // The slot reads back with exactly the planes of `image`.
 void ExpectSlotHolds(int a, int b, const ImageBuffer& image, bool compose = false) {
     ImagePtr back(Tracking_ReadSlot(a, b, compose));
     ASSERT_TRUE(back) << "slot " << a << ", " << b;
-    EXPECT_TRUE(PlanesEqual(*back, image)) << "slot " << a << ", " << b;
+    EXPECT_TRUE(SameImage(*back, image)) << "slot " << a << ", " << b;
 }
 
 // Parses a full record the way the layout describes it, block by block, with
@@ -187,7 +181,7 @@ TEST_F(TrackingStore, RoundTripIsExactAndPlanesSplitIntoBlocksOfEightMebibytesWh
         ASSERT_TRUE(Tracking_WriteSlot(1, 0, image.get(), false));
         SetEnv("PELLUCIDA_WORKERS", "5");
         ASSERT_TRUE(Tracking_WriteSlot(2, 0, image.get(), false));
-        EXPECT_TRUE(PlanesEqual(*image, *before)) << "writing without compose must not touch the image";
+        EXPECT_TRUE(SameImage(*image, *before)) << "writing without compose must not touch the image";
         const Bytes bytes = ReadFileBytes(Slot(2, 0));
         EXPECT_EQ(ReadFileBytes(Slot(1, 0)), bytes);
         ASSERT_GE(bytes.size(), 16u);
@@ -209,7 +203,7 @@ TEST_F(TrackingStore, RoundTripIsExactAndPlanesSplitIntoBlocksOfEightMebibytesWh
             (std::vector<int64_t>{back->width, back->stride, back->height, back->bitDepth, back->maxValue}),
             (std::vector<int64_t>{c.width, c.width, c.height, c.depth, (int64_t{1} << c.depth) - 1}));
         EXPECT_EQ(back->alpha, nullptr);
-        EXPECT_TRUE(PlanesEqual(*back, *image));
+        EXPECT_TRUE(SameImage(*back, *image));
     }
     EXPECT_EQ(TakeOnlyMessage(), "");
 }
@@ -292,7 +286,7 @@ TEST_F(TrackingStore, SlotThatCannotBeWrittenShowsWhyAndTheProgramGoesOn) {
         SetEnv("PELLUCIDA_STATE_DIR", c.stateDir.string());
         EXPECT_FALSE(Tracking_WriteSlot(0, 1, image.get(), c.compose));
         EXPECT_THAT(TakeOnlyMessage(), testing::EndsWith(c.message));
-        EXPECT_TRUE(PlanesEqual(*image, *before)) << "nothing converted when nothing could be written";
+        EXPECT_TRUE(SameImage(*image, *before)) << "nothing converted when nothing could be written";
         EXPECT_FALSE(Tracking_WriteLink(0, 1, 2));
         EXPECT_THAT(TakeOnlyMessage(), testing::EndsWith(c.message));
     }
@@ -322,11 +316,10 @@ TEST_F(TrackingStore, FailedWriteShowsTheSwapErrorAndKeepsTheEarlierState) {
     EXPECT_EQ(ReadFileBytes(Slot(0, 1)), earlierBytes) << "the earlier state must survive";
 
     // The image was converted back even though the write failed.
-    for (size_t i = 0; i < size_t{300} * 200; ++i) {
-        ASSERT_EQ(later->red[i], laterBefore->red[i]);
-        ASSERT_EQ(later->blue[i], laterBefore->blue[i]);
-        ASSERT_LE(laterBefore->green[i] - later->green[i], 2);
-    }
+    const size_t n = size_t{300} * 200;
+    EXPECT_TRUE(std::equal(later->red, later->red + n, laterBefore->red));
+    EXPECT_TRUE(std::equal(later->blue, later->blue + n, laterBefore->blue));
+    for (size_t i = 0; i < n; ++i) ASSERT_LE(laterBefore->green[i] - later->green[i], 2);
 #endif
 }
 
@@ -381,7 +374,7 @@ TEST_F(TrackingDamagedSlot, TruncatedFilesAndImpossibleHeadersAreRefused) {
     }
     ImagePtr whole(ReadWith(good_));
     ASSERT_TRUE(whole);
-    EXPECT_TRUE(PlanesEqual(*whole, *image_));
+    EXPECT_TRUE(SameImage(*whole, *image_));
 }
 
 TEST_F(TrackingDamagedSlot, BlockThatFailsToDecompressSaysErrorAndReadingGoesOn) {

@@ -38,16 +38,14 @@ TEST(BinBox, FullScaleIsAPixelForPixelCopy) {
 
 TEST(BinAnyFactor, ConstantStaysConstantInEveryChannel) {
     // 1/16 and beyond put 256 and more source pixels into one output pixel.
-    ImagePtr image =
-        MakeImage(211, 173, 30, [](int32_t, int32_t, int c) { return int64_t{700000000} + 1000 * c; });
+    const auto constant = [](int32_t, int32_t, int c) { return int64_t{700000000} + 1000 * c; };
+    ImagePtr image = MakeImage(211, 173, 30, constant);
     for (int32_t v : {10000, 7071, 5000, 3538, 2500, 1000, 625, 500, 100}) {
         ImagePtr out(BinImage(image.get(), v * 0.0001, nullptr));
         ASSERT_TRUE(out) << v;
         int32_t w, h;
         Bin_OutputSize(211, 173, v * 0.0001, &w, &h);
-        const ImagePtr expected =
-            MakeImage(w, h, 30, [](int32_t, int32_t, int c) { return int64_t{700000000} + 1000 * c; });
-        EXPECT_EQ(ImageDifference(out.get(), expected.get()), "") << "v " << v;
+        EXPECT_EQ(ImageDifference(out.get(), MakeImage(w, h, 30, constant).get()), "") << "v " << v;
     }
 }
 

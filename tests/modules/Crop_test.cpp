@@ -70,18 +70,15 @@ TEST(CropCut, ZeroWidthCropsNothingAndPlanesComeAlong) {
 
 TEST(Mirror, HorizontalAndVertical) {
     ImagePtr image = MakeImage(5, 4, 16, [](int32_t x, int32_t y, int c) { return y * 10 + x + 100 * c; });
-    ImagePtr h(Image_Clone(image.get()));
-    Mirror_Run(h.get(), {true});
-    ImagePtr v(Image_Clone(image.get()));
-    Mirror_Run(v.get(), {false});
-    const ImagePtr expectH =
-        MakeImage(5, 4, 16, [&](int32_t x, int32_t y, int c) { return Pixel(image.get(), c, 4 - x, y); });
-    const ImagePtr expectV =
-        MakeImage(5, 4, 16, [&](int32_t x, int32_t y, int c) { return Pixel(image.get(), c, x, 3 - y); });
-    EXPECT_EQ(ImageDifference(h.get(), expectH.get()), "");
-    EXPECT_EQ(ImageDifference(v.get(), expectV.get()), "");
-    Mirror_Run(h.get(), {true});
-    Mirror_Run(v.get(), {false});
-    EXPECT_EQ(ImageDifference(h.get(), image.get()), "");
-    EXPECT_EQ(ImageDifference(v.get(), image.get()), "");
+    for (const bool horizontal : {true, false}) {
+        SCOPED_TRACE(horizontal ? "left-right" : "top-bottom");
+        ImagePtr out(Image_Clone(image.get()));
+        Mirror_Run(out.get(), {horizontal});
+        const ImagePtr expected = MakeImage(5, 4, 16, [&](int32_t x, int32_t y, int c) {
+            return Pixel(image.get(), c, horizontal ? 4 - x : x, horizontal ? y : 3 - y);
+        });
+        EXPECT_EQ(ImageDifference(out.get(), expected.get()), "");
+        Mirror_Run(out.get(), {horizontal});  // mirrored twice: the image itself
+        EXPECT_EQ(ImageDifference(out.get(), image.get()), "");
+    }
 }

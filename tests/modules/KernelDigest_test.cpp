@@ -22,9 +22,8 @@ std::string Digest(const ImageBuffer* image) {
     if (!image) return "none";
     std::vector<int64_t> all{image->width, image->height, image->bitDepth, image->maxValue};
     for (const int64_t* plane : {image->red, image->green, image->blue})
-        for (int32_t y = 0; y < image->height; ++y)
-            all.insert(all.end(), plane + int64_t{y} * image->stride,
-                       plane + int64_t{y} * image->stride + image->width);
+        all.insert(all.end(), plane,
+                   plane + int64_t{image->width} * image->height);  // rows follow each other
     return Sha256_Hex(all.data(), all.size() * sizeof(int64_t));
 }
 

@@ -30,15 +30,6 @@ const Params& As(const PipelineStep& step) {
     return *reinterpret_cast<const Params*>(step.params.bytes);
 }
 
-struct ImagePair {
-    ImageBuffer* image = nullptr;
-    ImageBuffer* mask = nullptr;
-    ~ImagePair() {
-        Image_Free(image);
-        Image_Free(mask);
-    }
-};
-
 }  // namespace
 
 TEST(ModuleList, EveryRowReadsItsOwnValueTextBackOverItsWholeRange) {
@@ -141,62 +132,72 @@ TEST(PipelineParse, OptionsComeFromTheRows) {
     }
 }
 
-TEST(PipelineRun, CropCutsImageAndMaskAndLogs) {
-    ImagePair p;
-    p.image = MakeImage(50, 40, 30, [](int32_t x, int32_t y, int) { return y * 100 + x; }).release();
-    p.mask = MakeImage(50, 40, 30, [](int32_t x, int32_t, int) { return x; }).release();
-    std::string log;
-    ASSERT_TRUE(Pipeline_RunStep(Parse("--crop=30:25:10:5"), &p.image, &p.mask, nullptr, &log));
-    EXPECT_EQ(std::tuple(p.image->width, p.image->height, Pixel(p.image, 0, 0, 0)), std::tuple(21, 21, 510));
-    EXPECT_EQ(std::tuple(p.mask->width, p.mask->height, Pixel(p.mask, 0, 0, 0)), std::tuple(21, 21, 10));
-    EXPECT_EQ(log.rfind("--- Crop\n", 0), 0u);
+// Steps run through the list on an image and a mask of the test's own, as the
+// batch runs them, the log blocks they write kept.
+class PipelineRun : public testing::Test {
+protected:
+    ~PipelineRun() override {
+        Image_Free(image_);
+        Image_Free(mask_);
+    }
+    bool Run(const std::string& option, const KernelControl* control = nullptr) {
+        return Pipeline_RunStep(Parse(option), &image_, &mask_, control, &log_);
+    }
+
+    ImageBuffer* image_ = nullptr;
+    ImageBuffer* mask_ = nullptr;
+    std::string log_;
+};
+
+TEST_F(PipelineRun, CropCutsImageAndMaskAndLogs) {
+    image_ = MakeImage(50, 40, 30, [](int32_t x, int32_t y, int) { return y * 100 + x; }).release();
+    mask_ = MakeImage(50, 40, 30, [](int32_t x, int32_t, int) { return x; }).release();
+    ASSERT_TRUE(Run("--crop=30:25:10:5"));
+    EXPECT_EQ(std::tuple(image_->width, image_->height, Pixel(image_, 0, 0, 0)), std::tuple(21, 21, 510));
+    EXPECT_EQ(std::tuple(mask_->width, mask_->height, Pixel(mask_, 0, 0, 0)), std::tuple(21, 21, 10));
+    EXPECT_EQ(log_.rfind("--- Crop\n", 0), 0u);
     // Corners past the image are clamped by the setters' ranges.
-    ASSERT_TRUE(Pipeline_RunStep(Parse("--crop=0:0:999:999"), &p.image, &p.mask, nullptr, &log));
-    EXPECT_EQ(p.image->width, 21);
+    ASSERT_TRUE(Run("--crop=0:0:999:999"));
+    EXPECT_EQ(image_->width, 21);
 }
 
-TEST(PipelineRun, GeometrySteps) {
-    ImagePair p;
-    p.image = MakeImage(60, 40, 30, [](int32_t x, int32_t y, int) { return y * 100 + x; }).release();
-    std::string log;
-    ASSERT_TRUE(Pipeline_RunStep(Parse("--rotate=900"), &p.image, &p.mask, nullptr, &log));
-    EXPECT_EQ(std::pair(p.image->width, p.image->height), std::pair(40, 60));
-    EXPECT_EQ(log, "--- Rotate\nParameter [Angle] set to [90.00]\n");
-    ASSERT_TRUE(Pipeline_RunStep(Parse("--bin=5000"), &p.image, &p.mask, nullptr, &log));
-    EXPECT_EQ(std::pair(p.image->width, p.image->height), std::pair(20, 30));
-    ASSERT_TRUE(Pipeline_RunStep(Parse("--bin=0"), &p.image, &p.mask, nullptr, &log));
-    EXPECT_EQ(p.image->width, 20);  // no result: unchanged
-    EXPECT_TRUE(log.empty());
-    const int64_t corner = Pixel(p.image, 0, 0, 0);
-    ASSERT_TRUE(Pipeline_RunStep(Parse("--flip=h"), &p.image, &p.mask, nullptr, &log));
-    EXPECT_EQ(Pixel(p.image, 0, 19, 0), corner);
-    EXPECT_EQ(log, "--- Mirror left-right\n");  // a block without parameters, for the replay
+TEST_F(PipelineRun, GeometrySteps) {
+    image_ = MakeImage(60, 40, 30, [](int32_t x, int32_t y, int) { return y * 100 + x; }).release();
+    ASSERT_TRUE(Run("--rotate=900"));
+    EXPECT_EQ(std::pair(image_->width, image_->height), std::pair(40, 60));
+    EXPECT_EQ(log_, "--- Rotate\nParameter [Angle] set to [90.00]\n");
+    ASSERT_TRUE(Run("--bin=5000"));
+    EXPECT_EQ(std::pair(image_->width, image_->height), std::pair(20, 30));
+    ASSERT_TRUE(Run("--bin=0"));
+    EXPECT_EQ(image_->width, 20);  // no result: unchanged
+    EXPECT_TRUE(log_.empty());
+    const int64_t corner = Pixel(image_, 0, 0, 0);
+    ASSERT_TRUE(Run("--flip=h"));
+    EXPECT_EQ(Pixel(image_, 0, 19, 0), corner);
+    EXPECT_EQ(log_, "--- Mirror left-right\n");  // a block without parameters, for the replay
 }
 
-TEST(PipelineRun, AutoDevInPlaceWithItsLogBlock) {
-    ImagePair p;
-    p.image = MakeImage(64, 48, 30, [](int32_t x, int32_t y, int c) {
-                  return int64_t{20000000} + 100000 * ((x * 7 + y * 3) % 11) + 1000 * c;
-              }).release();
-    std::string log;
-    ASSERT_TRUE(Pipeline_RunStep(Parse("--autodev=blur=10,roi=5:5:40:30"), &p.image, &p.mask, nullptr, &log));
+TEST_F(PipelineRun, AutoDevInPlaceWithItsLogBlock) {
+    image_ = MakeImage(64, 48, 30, [](int32_t x, int32_t y, int c) {
+                 return int64_t{20000000} + 100000 * ((x * 7 + y * 3) % 11) + 1000 * c;
+             }).release();
+    ASSERT_TRUE(Run("--autodev=blur=10,roi=5:5:40:30"));
     // The block as the module writes it (its texts are pinned in ValueTextsAndLogBlocks).
-    EXPECT_EQ(log, Module_LogBlock(*Module_FindByName("AutoDev"),
-                                   Parse("--autodev=blur=10,roi=5:5:40:30").params.bytes, 64, 48));
-    EXPECT_GT(Pixel(p.image, 0, 10, 10), 20000000 * 4);
+    EXPECT_EQ(log_, Module_LogBlock(*Module_FindByName("AutoDev"),
+                                    Parse("--autodev=blur=10,roi=5:5:40:30").params.bytes, 64, 48));
+    EXPECT_GT(Pixel(image_, 0, 10, 10), 20000000 * 4);
 }
 
 // Every kernel on either of its paths, AutoDev in place as the batch runs it.
-TEST(PipelineRun, CancelledStepLeavesTheImage) {
-    ImagePair p;
-    p.image = MakeImage(30, 20, 30, [](int32_t x, int32_t, int) { return x * 1000; }).release();
-    ImagePtr before(Image_Clone(p.image));
+TEST_F(PipelineRun, CancelledStepLeavesTheImage) {
+    image_ = MakeImage(30, 20, 30, [](int32_t x, int32_t, int) { return x * 1000; }).release();
+    ImagePtr before(Image_Clone(image_));
     std::atomic<bool> cancel{true};
     const KernelControl control{.cancel = &cancel};
-    std::string log = "stale";
+    log_ = "stale";
     for (const char* option : {"--autodev", "--bin=5000", "--bin=7071", "--rotate=100", "--rotate=900"}) {
-        EXPECT_FALSE(Pipeline_RunStep(Parse(option), &p.image, &p.mask, &control, &log)) << option;
-        EXPECT_EQ(ImageDifference(p.image, before.get()), "") << option;
-        EXPECT_TRUE(log.empty());
+        EXPECT_FALSE(Run(option, &control)) << option;
+        EXPECT_EQ(ImageDifference(image_, before.get()), "") << option;
+        EXPECT_TRUE(log_.empty());
     }
 }

@@ -36,10 +36,6 @@ TEST(RotateGrid, SpacingFollowsTheZoomAndTheViewWithinLimits) {
 // darkened otherwise, all channels alike.
 TEST(RotateGrid, LinesLightenDarkPixelsAndDarkenBrightOnes) {
     constexpr int64_t kDarkRed[3] = {60000, 1000, 1000}, kBright = 64535;
-    const auto make = [&] {
-        return MakeImage(400, 300, 16,
-                         [&](int32_t x, int32_t, int c) { return x < 200 ? kDarkRed[c] : kBright; });
-    };
     const struct {
         RotateGridSpacing spacing;
         std::vector<int32_t> columns;  // on a vertical line
@@ -48,7 +44,8 @@ TEST(RotateGrid, LinesLightenDarkPixelsAndDarkenBrightOnes) {
         {{200, 5}, {0, 1, 2, 198, 199, 200, 201, 202}},
     };
     for (const auto& c : cases) {
-        ImagePtr image = make();
+        ImagePtr image = MakeImage(
+            400, 300, 16, [&](int32_t x, int32_t, int c) { return x < 200 ? kDarkRed[c] : kBright; });
         Rotate_DrawGrid(image.get(), c.spacing);
         std::vector<int32_t> changed;
         for (int32_t x = 0; x < 400; ++x)
@@ -71,13 +68,12 @@ TEST(RotateInnerRect, HoldsNoBlackPixelAndCannotGrowOnAnySide) {
     } cases[] = {{1000, 1000, 0.1}, {640, 480, 10.0},  {480, 640, 33.3}, {301, 97, 45.0},
                  {97, 301, 135.5},  {200, 150, 271.2}, {64, 64, 359.9},  {500, 40, 5.0}};
     for (const auto& c : cases) {
-        const std::string where =
-            std::to_string(c.width) + "x" + std::to_string(c.height) + " at " + std::to_string(c.degrees);
+        SCOPED_TRACE(testing::Message() << c.width << "x" << c.height << " at " << c.degrees);
         ImagePtr image = MakeImage(c.width, c.height, 30, [](int32_t, int32_t, int) { return 1 << 29; });
         ImagePtr out(RotateImage(image.get(), c.degrees, nullptr));
-        ASSERT_TRUE(out) << where;
+        ASSERT_TRUE(out);
         const RotateRect r = Rotate_InnerRect(c.width, c.height, c.degrees);
-        ASSERT_LE(r.x0, r.x1) << where;
+        ASSERT_LE(r.x0, r.x1);
         const auto black = [&](int32_t x0, int32_t y0, int32_t x1, int32_t y1) {
             if (x0 < 0 || y0 < 0 || x1 >= out->width || y1 >= out->height) return true;
             for (int32_t y = y0; y <= y1; ++y)
@@ -85,11 +81,11 @@ TEST(RotateInnerRect, HoldsNoBlackPixelAndCannotGrowOnAnySide) {
                     if (Pixel(out.get(), 0, x, y) == 0) return true;
             return false;
         };
-        EXPECT_FALSE(black(r.x0, r.y0, r.x1, r.y1)) << where;
-        EXPECT_TRUE(black(r.x0 - 1, r.y0, r.x1, r.y1)) << where;
-        EXPECT_TRUE(black(r.x0, r.y0 - 1, r.x1, r.y1)) << where;
-        EXPECT_TRUE(black(r.x0, r.y0, r.x1 + 1, r.y1)) << where;
-        EXPECT_TRUE(black(r.x0, r.y0, r.x1, r.y1 + 1)) << where;
+        EXPECT_FALSE(black(r.x0, r.y0, r.x1, r.y1));
+        EXPECT_TRUE(black(r.x0 - 1, r.y0, r.x1, r.y1));
+        EXPECT_TRUE(black(r.x0, r.y0 - 1, r.x1, r.y1));
+        EXPECT_TRUE(black(r.x0, r.y0, r.x1 + 1, r.y1));
+        EXPECT_TRUE(black(r.x0, r.y0, r.x1, r.y1 + 1));
     }
     // A quarter turn leaves nothing to crop: the whole turned picture.
     const RotateRect quarter = Rotate_InnerRect(30, 20, 90.0);

@@ -29,14 +29,9 @@ ImagePtr Noisy(int32_t w, int32_t h, int bitDepth) {
         const uint64_t r =
             TestHash(uint64_t(y) * 7919 + uint64_t(x) * 3 + uint64_t(c) + uint64_t(w) * 104729);
         const int64_t maxValue = (int64_t{1} << bitDepth) - 1;
-        switch (r & 3) {
-            case 0:
-                return maxValue - int64_t(r >> 60);
-            case 1:
-                return int64_t(r >> 62);
-            default:
-                return int64_t((r >> 8) % uint64_t(maxValue + 1));
-        }
+        if ((r & 3) == 0) return maxValue - int64_t(r >> 60);
+        if ((r & 3) == 1) return int64_t(r >> 62);
+        return int64_t((r >> 8) % uint64_t(maxValue + 1));
     });
 }
 
@@ -129,15 +124,13 @@ TEST(RotateGeneral, EqualsThePlainWalkForEverySizeAndQuadrant) {
             int32_t ow, oh;
             Rotate_OutputSize(w, h, degrees, &ow, &oh);
             ImagePtr out(RotateImage(image.get(), degrees, nullptr));
-            const std::string where =
-                std::to_string(w) + "x" + std::to_string(h) + " at " + std::to_string(degrees);
+            SCOPED_TRACE(testing::Message() << w << "x" << h << " at " << degrees);
             if (ow < 1 || oh < 1) {
-                EXPECT_EQ(out, nullptr) << where;
+                EXPECT_EQ(out, nullptr);
                 continue;
             }
-            ASSERT_TRUE(out) << where;
-            const ImagePtr expected = PlainWalk(image.get(), degrees);
-            EXPECT_EQ(ImageDifference(out.get(), expected.get()), "") << where;
+            ASSERT_TRUE(out);
+            EXPECT_EQ(ImageDifference(out.get(), PlainWalk(image.get(), degrees).get()), "");
         }
     }
 }

@@ -44,12 +44,6 @@ std::vector<int64_t> Join(std::initializer_list<std::vector<int64_t>> parts) {
     return all;
 }
 
-StereoSettings Full() {
-    StereoSettings s;
-    s.strength = 1.0;  // 200 columns: a parallax of 6, each view moved by 3 at the front
-    return s;
-}
-
 }  // namespace
 
 TEST(StereoViews, MoveByDepthCoverFartherPixelsAndFillFromTheBackground) {
@@ -69,11 +63,13 @@ TEST(StereoViews, MoveByDepthCoverFartherPixelsAndFillFromTheBackground) {
          Join({Range(0, 49), {49, 49, 49}, Range(50, 59), Range(63, 199)}),
          Join({Range(0, 46), Range(50, 59), {60, 60, 60}, Range(60, 199)})},
     };
+    StereoSettings full;
+    full.strength = 1.0;  // 200 columns: a parallax of 6, each view moved by 3 at the front
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         auto [image, depth] = Row(200, c.depth);
         ImagePtr left, right;
-        ASSERT_TRUE(Stereo_Views(image.get(), depth.get(), Full(), nullptr, &left, &right));
+        ASSERT_TRUE(Stereo_Views(image.get(), depth.get(), full, nullptr, &left, &right));
         EXPECT_EQ(Columns(left.get()), c.left);
         EXPECT_EQ(Columns(right.get()), c.right);
         EXPECT_EQ(Pixel(left.get(), 2, 100, 0) % 1000, 2);  // every channel follows its column
@@ -93,7 +89,6 @@ protected:
             double(TestHash(uint64_t(y) * 977 + uint64_t(x) * 3 + uint64_t(c)) % 1000) * 1e-6;
         return int64_t((0.02 + 0.05 * glow + 0.4 * star + noise) * 1073741823.0);
     });
-    int64_t DepthAt(const ImageBuffer* depth, int32_t x, int32_t y) { return Pixel(depth, 0, x, y); }
 };
 
 TEST_F(StereoDepth, TheGlowIsInFrontOfTheSkyAndAStarStandsOutAsFarAsAsked) {
@@ -104,12 +99,13 @@ TEST_F(StereoDepth, TheGlowIsInFrontOfTheSkyAndAStarStandsOutAsFarAsAsked) {
     EXPECT_EQ(std::tuple(depth->width, depth->height, depth->bitDepth, depth->maxValue, depth->mono),
               std::tuple(kW, kH, uint16_t(kStereoDepthBits), kStereoDepthMax, 1));
     EXPECT_EQ(Pixel(depth.get(), 1, 17, 23), Pixel(depth.get(), 0, 17, 23));  // grey
-    const int64_t glow = DepthAt(depth.get(), kGlowX, kGlowY), corner = DepthAt(depth.get(), kW - 1, kH - 1);
+    const int64_t glow = Pixel(depth.get(), 0, kGlowX, kGlowY),
+                  corner = Pixel(depth.get(), 0, kW - 1, kH - 1);
     EXPECT_GT(glow, kStereoDepthMax * 9 / 10);
     EXPECT_LT(corner, kStereoDepthMax / 4);
     // The star is at the front; the sky beside it stays back.
-    const int64_t star = DepthAt(depth.get(), kStarX, kStarY),
-                  beside = DepthAt(depth.get(), kStarX + 10, kStarY);
+    const int64_t star = Pixel(depth.get(), 0, kStarX, kStarY),
+                  beside = Pixel(depth.get(), 0, kStarX + 10, kStarY);
     EXPECT_GT(star, kStereoDepthMax * 9 / 10);
     EXPECT_LT(beside, kStereoDepthMax / 3);
 
@@ -120,7 +116,7 @@ TEST_F(StereoDepth, TheGlowIsInFrontOfTheSkyAndAStarStandsOutAsFarAsAsked) {
         s.standOut = 0.5 * i;
         ImagePtr d(Stereo_DepthMap(image.get(), s, nullptr));
         ASSERT_TRUE(d);
-        at[i] = DepthAt(d.get(), kStarX, kStarY);
+        at[i] = Pixel(d.get(), 0, kStarX, kStarY);
     }
     EXPECT_LT(at[0], kStereoDepthMax / 3);
     EXPECT_NEAR(at[1], (at[0] + kStereoDepthMax) / 2, 1);

@@ -1,4 +1,5 @@
-// Images, states and a folder of their own for the history tests.
+// Images compared whole for the tracking and history tests, and the history
+// tests' states and folder of their own.
 #pragma once
 
 #include "image/History.h"
@@ -26,6 +27,7 @@ inline ImagePtr MakeImage(int32_t width, int32_t height, int depth, bool mono, u
     return image;
 }
 
+// Same header, and the same samples in all three planes.
 inline bool SameImage(const ImageBuffer& a, const ImageBuffer& b) {
     const size_t n = size_t(a.width) * size_t(a.height) * 8;
     return a.width == b.width && a.height == b.height && a.bitDepth == b.bitDepth &&
