@@ -15,10 +15,11 @@
 
 namespace {
 
-// Segments as (first, last) pairs.
-std::vector<std::pair<int64_t, int64_t>> Ranges(const std::vector<AutoDevSegment>& segments) {
-    std::vector<std::pair<int64_t, int64_t>> out;
-    for (const AutoDevSegment& s : segments) out.emplace_back(s.first, s.last);
+// Segments as (first, last, weight, Ya, Yb).
+using Segment = std::tuple<int64_t, int64_t, int64_t, int64_t, int64_t>;
+std::vector<Segment> Fields(const std::vector<AutoDevSegment>& segments) {
+    std::vector<Segment> out;
+    for (const AutoDevSegment& s : segments) out.emplace_back(s.first, s.last, s.weight, s.ya, s.yb);
     return out;
 }
 
@@ -94,14 +95,11 @@ TEST(AutoDevCurve, SegmentsCloseWhenTheCountExceedsNAndTheLastEndsAtTheTop) {
         counts[value] = count, weights[value] = weight;
     const AutoDevHistogram h{counts.data(), weights.data(), 10, 40};
     const std::vector<AutoDevSegment> s = AutoDev_Segments(h, 3 * 4096);
-    ASSERT_EQ(Ranges(s), (std::vector<std::pair<int64_t, int64_t>>{{0, 20}, {21, 30}, {31, kAutoDevMax}}));
-    EXPECT_EQ(s[0].weight, 400);
-    // Shares (w << 24) / total, outputs running over the 24-bit range.
-    EXPECT_EQ(s[0].ya, 0);
-    EXPECT_EQ(s[0].yb, (int64_t{400} << 24) / 1000);
-    EXPECT_EQ(s[1].ya, s[0].yb);
-    EXPECT_EQ(s[1].yb, s[1].ya);  // no weight, no output range
-    EXPECT_EQ(s[2].yb, s[2].ya + (int64_t{600} << 24) / 1000);
+    // Shares (w << 24) / total, outputs running over the 24-bit range; the
+    // middle segment has no weight, so no output range.
+    const int64_t y1 = (int64_t{400} << 24) / 1000, y2 = y1 + (int64_t{600} << 24) / 1000;
+    ASSERT_EQ(Fields(s), (std::vector<Segment>{
+                             {0, 20, 400, 0, y1}, {21, 30, 0, y1, y1}, {31, kAutoDevMax, 600, y1, y2}}));
     // Linear inside a segment, truncating; one whose ends are equal maps to its Ya.
     EXPECT_EQ(AutoDev_CurveValue(s[0], 0), 0);
     EXPECT_EQ(AutoDev_CurveValue(s[0], 20), s[0].yb);
@@ -114,8 +112,7 @@ TEST(AutoDevCurve, SegmentsCloseWhenTheCountExceedsNAndTheLastEndsAtTheTop) {
     counts[kAutoDevMax] = 4096;  // N = 1
     weights[kAutoDevMax] = 5;
     const AutoDevHistogram top{counts.data(), weights.data(), kAutoDevMax, kAutoDevMax};
-    EXPECT_EQ(Ranges(AutoDev_Segments(top, 4096)),
-              (std::vector<std::pair<int64_t, int64_t>>{{0, kAutoDevMax}}));
+    EXPECT_EQ(Fields(AutoDev_Segments(top, 4096)), (std::vector<Segment>{{0, kAutoDevMax, 5, 0, 1 << 24}}));
     weights[kAutoDevMax] = 0;
     EXPECT_TRUE(AutoDev_Segments(top, 4096).empty());
 }

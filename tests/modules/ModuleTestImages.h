@@ -6,8 +6,6 @@
 #include "support/Files.h"
 #include "support/TestImages.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

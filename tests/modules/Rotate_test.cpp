@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <string>
 #include <tuple>
 #include <vector>
 
@@ -42,7 +41,7 @@ ImagePtr PlainWalk(const ImageBuffer* src, double degrees) {
     Rotate_OutputSize(src->width, src->height, degrees, &w, &h);
     const double c = std::sin((degrees + 90.0) * 0.017453292519943295);
     const double s = std::sin(degrees * 0.017453292519943295);
-    ImagePtr out(Image_Create(w, h));
+    ImagePtr out(Image_CreateCleared(w, h));
     out->bitDepth = src->bitDepth;
     out->maxValue = src->maxValue;
     const int64_t* in[3] = {src->red, src->green, src->blue};
@@ -52,15 +51,12 @@ ImagePtr PlainWalk(const ImageBuffer* src, double degrees) {
         double sx = src->width / 2.0 + u * c + v * s;
         double sy = src->height / 2.0 - u * s + v * c;
         for (int32_t x = 0; x < w; ++x, sx += c, sy -= s) {
-            const bool inside = sx > -1.0 && sx < src->width && sy > -1.0 && sy < src->height;
-            const int32_t ix = inside ? static_cast<int32_t>(sx) : 0,
-                          iy = inside ? static_cast<int32_t>(sy) : 0;
+            if (sx <= -1.0 || sx >= src->width || sy <= -1.0 || sy >= src->height) continue;  // black
+            const int32_t ix = static_cast<int32_t>(sx), iy = static_cast<int32_t>(sy);
             for (int k = 0; k < 3; ++k)
                 to[k][int64_t{y} * out->stride + x] =
-                    inside
-                        ? SampleBilinear_Plane(in[k], src->stride, ix, iy, ix + 1 < src->width ? 1 : 0,
-                                               iy + 1 < src->height ? 1 : 0, sx - ix, sy - iy, src->maxValue)
-                        : 0;
+                    SampleBilinear_Plane(in[k], src->stride, ix, iy, ix + 1 < src->width ? 1 : 0,
+                                         iy + 1 < src->height ? 1 : 0, sx - ix, sy - iy, src->maxValue);
         }
     }
     return out;
@@ -171,7 +167,6 @@ TEST(RotateGeneral, ProgressEndsAtOneHundred) {
     const KernelControl control{
         .progress = [](void* context, const char*, int percent) { *static_cast<int*>(context) = percent; },
         .context = &last};
-    ImagePtr out(RotateImage(image.get(), 12.5, &control));
-    ASSERT_TRUE(out);
+    ASSERT_TRUE(ImagePtr(RotateImage(image.get(), 12.5, &control)));
     EXPECT_EQ(last, 100);
 }

@@ -15,16 +15,6 @@
 
 namespace {
 
-// A one-row image whose samples name their column, and a depth map from a
-// function of the column.
-template <class F>
-std::pair<ImagePtr, ImagePtr> Row(int32_t width, F depthOf) {
-    ImagePtr image = MakeImage(width, 1, 30, [](int32_t x, int32_t, int c) { return 1000 * x + c; });
-    ImagePtr depth =
-        MakeImage(width, 1, kStereoDepthBits, [&](int32_t x, int32_t, int) { return depthOf(x); });
-    return {std::move(image), std::move(depth)};
-}
-
 // The source column each output column shows (from the red samples).
 std::vector<int64_t> Columns(const ImageBuffer* view) {
     std::vector<int64_t> columns;
@@ -63,11 +53,14 @@ TEST(StereoViews, MoveByDepthCoverFartherPixelsAndFillFromTheBackground) {
          Join({Range(0, 49), {49, 49, 49}, Range(50, 59), Range(63, 199)}),
          Join({Range(0, 46), Range(50, 59), {60, 60, 60}, Range(60, 199)})},
     };
+    // One row whose samples name their column, and the depth map a function of the column.
+    ImagePtr image = MakeImage(200, 1, 30, [](int32_t x, int32_t, int c) { return 1000 * x + c; });
     StereoSettings full;
     full.strength = 1.0;  // 200 columns: a parallax of 6, each view moved by 3 at the front
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        auto [image, depth] = Row(200, c.depth);
+        ImagePtr depth =
+            MakeImage(200, 1, kStereoDepthBits, [&](int32_t x, int32_t, int) { return c.depth(x); });
         ImagePtr left, right;
         ASSERT_TRUE(Stereo_Views(image.get(), depth.get(), full, nullptr, &left, &right));
         EXPECT_EQ(Columns(left.get()), c.left);
@@ -99,15 +92,11 @@ TEST_F(StereoDepth, TheGlowIsInFrontOfTheSkyAndAStarStandsOutAsFarAsAsked) {
     EXPECT_EQ(std::tuple(depth->width, depth->height, depth->bitDepth, depth->maxValue, depth->mono),
               std::tuple(kW, kH, uint16_t(kStereoDepthBits), kStereoDepthMax, 1));
     EXPECT_EQ(Pixel(depth.get(), 1, 17, 23), Pixel(depth.get(), 0, 17, 23));  // grey
-    const int64_t glow = Pixel(depth.get(), 0, kGlowX, kGlowY),
-                  corner = Pixel(depth.get(), 0, kW - 1, kH - 1);
-    EXPECT_GT(glow, kStereoDepthMax * 9 / 10);
-    EXPECT_LT(corner, kStereoDepthMax / 4);
+    EXPECT_GT(Pixel(depth.get(), 0, kGlowX, kGlowY), kStereoDepthMax * 9 / 10);
+    EXPECT_LT(Pixel(depth.get(), 0, kW - 1, kH - 1), kStereoDepthMax / 4);  // the far corner
     // The star is at the front; the sky beside it stays back.
-    const int64_t star = Pixel(depth.get(), 0, kStarX, kStarY),
-                  beside = Pixel(depth.get(), 0, kStarX + 10, kStarY);
-    EXPECT_GT(star, kStereoDepthMax * 9 / 10);
-    EXPECT_LT(beside, kStereoDepthMax / 3);
+    EXPECT_GT(Pixel(depth.get(), 0, kStarX, kStarY), kStereoDepthMax * 9 / 10);
+    EXPECT_LT(Pixel(depth.get(), 0, kStarX + 10, kStarY), kStereoDepthMax / 3);
 
     // How far the star comes forward is the stand-out's share of the way
     // from its surroundings' depth (stand-out 0) to the front.
