@@ -10,6 +10,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -46,10 +47,8 @@ TEST_F(History, StatesRoundTripWithAndWithoutMaskAndMono) {
             EXPECT_EQ(s.caption, "Mirror left-right");
             EXPECT_EQ(s.name, "/data/M 94.tif");
             EXPECT_EQ(s.timeMs, 1700000000123);
-            EXPECT_EQ(std::vector<int32_t>({s.width, s.height}), std::vector<int32_t>({c.width, c.height}));
-            EXPECT_EQ(s.mono, c.mono);
-            EXPECT_EQ(s.hasMask, c.mask);
-            EXPECT_EQ(std::vector<bool>({s.linear, s.tracking}), std::vector<bool>({!c.mono, !c.mask}));
+            EXPECT_EQ(std::tuple(s.width, s.height, s.mono, s.hasMask, s.linear, s.tracking),
+                      std::tuple(c.width, c.height, c.mono, c.mask, !c.mono, !c.mask));
         }
         ASSERT_TRUE(backImage);
         EXPECT_TRUE(SameImage(*backImage, *image));

@@ -31,8 +31,7 @@ TEST_F(ImagePlanes, ALargePlaneIsReusedForTheSameSizeAndZeroedWhenAskedSmallOnes
 
     int64_t* other = ImagePlanes_Allocate(kLarge + 1, false);  // another size: a fresh plane
     EXPECT_NE(other, first);
-    ImagePlanes_Release(other);
-    ImagePlanes_Release(again);
+    for (int64_t* plane : {other, again}) ImagePlanes_Release(plane);
     ImagePlanes_Trim();
     EXPECT_EQ(ImagePlanes_CachedBytes(), 0u);
 

@@ -82,11 +82,11 @@ TEST(ModuleList, ValueTextsAndLogBlocks) {
          "--- Crop\nParameter [X1] set to [10 pixels]\nParameter [Y1] set to [20 pixels]\n"
          "Parameter [X2] set to [90 pixels (-10)]\nParameter [Y2] set to [60 pixels (-20)]\n"},
         {"AutoDev", "--autodev", 100, 80,
-         "--- AutoDev\nParameter [Detail Blur] set to [off]\nParameter [Outside RoI Influence] set to [15 "
-         "%]\n"
-         "Parameter [RoI X1] set to [0 pixels]\nParameter [RoI Y1] set to [0 pixels]\n"
-         "Parameter [RoI X2] set to [100 pixels (-0)]\nParameter [RoI Y2] set to [80 pixels (-0)]\n"
-         "Parameter [Curve Exponent] set to [1.00]\nParameter [Tone Blend] set to [50 %]\n"},
+         "--- AutoDev\nParameter [Detail Blur] set to [off]\n"
+         "Parameter [Outside RoI Influence] set to [15 %]\nParameter [RoI X1] set to [0 pixels]\n"
+         "Parameter [RoI Y1] set to [0 pixels]\nParameter [RoI X2] set to [100 pixels (-0)]\n"
+         "Parameter [RoI Y2] set to [80 pixels (-0)]\nParameter [Curve Exponent] set to [1.00]\n"
+         "Parameter [Tone Blend] set to [50 %]\n"},
     };
     for (const Case& c : cases) {
         const PipelineStep step = Parse(c.option);
