@@ -150,10 +150,8 @@ TEST_F(TrackingStore, ComposeStoresLuminanceAndColourDifferences) {
     EXPECT_EQ(V(image->red, image->red + 4), (V{7, 100, 0, 0}));
     EXPECT_EQ(V(image->green, image->green + 4), (V{10, 0, 998, 0}));
     EXPECT_EQ(V(image->blue, image->blue + 4), (V{13, 0, 0, 999}));
-    for (int64_t* plane : {image->red, image->green, image->blue}) {
-        EXPECT_GE(plane[4], top - 2);
-        EXPECT_LE(plane[4], top);
-    }
+    for (int64_t* plane : {image->red, image->green, image->blue})
+        EXPECT_THAT(plane[4], testing::AllOf(testing::Ge(top - 2), testing::Le(top)));
 
     // Reading with compose gives what the write left in the image.
     ExpectSlotHolds(2, 0, *image, true);
@@ -226,7 +224,7 @@ TEST_F(TrackingStore, ReplacedRecordIsReusedForTheNextWriteAndCutToSize) {
     EXPECT_EQ(TakeOnlyMessage(), "");
 }
 
-TEST_F(TrackingStore, LinkRecordsNameTheSlotToReadAndLoopsEndInNull) {
+TEST_F(TrackingStore, LinkRecordsNameTheSlotToReadAndLoopsAndMissingSlotsEndInNull) {
     ImagePtr three = Noisy(9, 7, 7);
     ImagePtr one = Noisy(9, 7, 8);
     ASSERT_TRUE(Tracking_WriteSlot(3, 2, three.get(), false));
@@ -256,10 +254,10 @@ TEST_F(TrackingStore, LinkRecordsNameTheSlotToReadAndLoopsEndInNull) {
     EXPECT_EQ(Tracking_ReadSlot(1, 0, false), nullptr);
     WriteFileBytes(Slot(4, 0), {4, 0, 0, 0});
     EXPECT_EQ(Tracking_ReadSlot(4, 0, false), nullptr);
-}
 
-TEST_F(TrackingStore, MissingSlotIsNullAndSaidOnTheConsole) {
-    WriteFileBytes(Slot(1, 8), {8, 0, 0, 0});  // a link to the missing slot says the same
+    // A missing slot reads as nothing and says so on the console; a link to
+    // it says the same.
+    WriteFileBytes(Slot(1, 8), {8, 0, 0, 0});
     for (int a : {8, 1}) {
         testing::internal::CaptureStdout();
         EXPECT_EQ(Tracking_ReadSlot(a, 8, false), nullptr);

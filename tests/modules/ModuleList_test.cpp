@@ -32,10 +32,21 @@ const Params& As(const PipelineStep& step) {
 
 }  // namespace
 
-TEST(ModuleList, EveryRowReadsItsOwnValueTextBackOverItsWholeRange) {
+// One walk over the list: modules are found by button and name, buttons,
+// options and setters are unique, presets name their module's setters, and
+// every row reads its own value text back over its whole range.
+TEST(ModuleList, EntriesAreUniqueAndEveryRowReadsItsOwnValueTextBackOverItsWholeRange) {
     constexpr int32_t kWidth = 97, kHeight = 61;
-    for (const ModuleDef* module : Module_List())
+    std::set<uint32_t> buttons;
+    std::set<std::string> options;
+    for (const ModuleDef* module : Module_List()) {
+        EXPECT_TRUE(buttons.insert(module->buttonId).second) << module->name;
+        EXPECT_TRUE(options.insert(module->option).second) << module->name;
+        EXPECT_EQ(Module_FindByButton(module->buttonId), module);
+        EXPECT_EQ(Module_FindByName(module->name), module);
+        std::set<uint32_t> setters;
         for (const ModuleParam& row : module->params) {
+            EXPECT_TRUE(setters.insert(row.setterId).second) << row.key;
             const int32_t hi = ModuleParams_Maximum(row, kWidth, kHeight);
             for (int32_t v = row.minimum; v <= hi; ++v) {
                 const std::string text = ModuleParams_ValueText(row, v, kWidth, kHeight);
@@ -47,19 +58,6 @@ TEST(ModuleList, EveryRowReadsItsOwnValueTextBackOverItsWholeRange) {
             int32_t unused;
             EXPECT_FALSE(ModuleParams_ParseValueText(row, "nonsense", kWidth, kHeight, &unused));
         }
-}
-
-TEST(ModuleList, ButtonsOptionsAndSettersAreUniqueAndPresetsNameTheirSetters) {
-    std::set<uint32_t> buttons;
-    std::set<std::string> options;
-    for (const ModuleDef* module : Module_List()) {
-        EXPECT_TRUE(buttons.insert(module->buttonId).second) << module->name;
-        EXPECT_TRUE(options.insert(module->option).second) << module->name;
-        EXPECT_EQ(Module_FindByButton(module->buttonId), module);
-        EXPECT_EQ(Module_FindByName(module->name), module);
-        std::set<uint32_t> setters;
-        for (const ModuleParam& row : module->params)
-            EXPECT_TRUE(setters.insert(row.setterId).second) << row.key;
         for (const ParamPreset& preset : module->presets)
             EXPECT_TRUE(setters.count(preset.setterId)) << module->name;
     }
