@@ -328,33 +328,26 @@ TEST_F(TrackingStore, EveryKeptFuzzInputIsReadOrRefusedSafely) {
                 [](const Bytes& bytes, const fs::path&) { Fuzz_TrackingSlot(bytes.data(), bytes.size()); });
 }
 
-class TrackingDamagedSlot : public TrackingStore {
-protected:
-    void SetUp() override {
-        TrackingStore::SetUp();
-        image_ = Noisy(1100, 1000, 15);  // two blocks a plane
-        ASSERT_TRUE(Tracking_WriteSlot(2, 2, image_.get(), false));
-        good_ = ReadFileBytes(Slot(2, 2));
-    }
-
-    ImageBuffer* ReadWith(const Bytes& bytes, std::string* console = nullptr) {
+// One good record of two blocks a plane, damaged every way: cut short or with
+// an impossible header it is refused; with a block that cannot be
+// decompressed it says "Error" and reading goes on.
+TEST_F(TrackingStore, DamagedSlotsAreRefusedAndASpoiltBlockIsZeroedWhileReadingGoesOn) {
+    ImagePtr image = Noisy(1100, 1000, 15);
+    ASSERT_TRUE(Tracking_WriteSlot(2, 2, image.get(), false));
+    const Bytes good = ReadFileBytes(Slot(2, 2));
+    std::string console;
+    auto readWith = [&](const Bytes& bytes) {
         WriteFileBytes(Slot(2, 2), bytes);
         testing::internal::CaptureStdout();
-        ImageBuffer* image = Tracking_ReadSlot(2, 2, false);
-        std::string out = testing::internal::GetCapturedStdout();
-        if (console) *console = out;
-        return image;
-    }
+        ImagePtr read(Tracking_ReadSlot(2, 2, false));
+        console = testing::internal::GetCapturedStdout();
+        return read;
+    };
 
-    ImagePtr image_;
-    Bytes good_;
-};
-
-TEST_F(TrackingDamagedSlot, TruncatedFilesAndImpossibleHeadersAreRefused) {
     // Empty, headerless (a first word of 0 and nothing after it) and cut short.
-    const size_t cuts[] = {0, 2, 4, 5, 8, 15, 16, 17, 19, 20, 1000, good_.size() / 2, good_.size() - 1};
+    const size_t cuts[] = {0, 2, 4, 5, 8, 15, 16, 17, 19, 20, 1000, good.size() / 2, good.size() - 1};
     for (size_t cut : cuts)
-        EXPECT_EQ(ReadWith(Bytes(good_.begin(), good_.begin() + std::ptrdiff_t(cut))), nullptr)
+        EXPECT_EQ(readWith(Bytes(good.begin(), good.begin() + std::ptrdiff_t(cut))), nullptr)
             << "cut at " << cut;
     const std::vector<std::pair<size_t, uint32_t>> edits[] = {
         {{4, 0x7FFFFFFF}, {8, 0x7FFFFFFF}},  // more than the file can hold
@@ -366,30 +359,27 @@ TEST_F(TrackingDamagedSlot, TruncatedFilesAndImpossibleHeadersAreRefused) {
         {{16, 16777217}},  // a block longer than the input buffer
     };
     for (const auto& edit : edits) {
-        Bytes bytes = good_;
+        Bytes bytes = good;
         for (const auto& [at, word] : edit) std::memcpy(&bytes[at], &word, 4);
-        EXPECT_EQ(ReadWith(bytes), nullptr) << "word at " << edit[0].first << " = " << edit[0].second;
+        EXPECT_EQ(readWith(bytes), nullptr) << "word at " << edit[0].first << " = " << edit[0].second;
     }
-    ImagePtr whole(ReadWith(good_));
+    ImagePtr whole = readWith(good);
     ASSERT_TRUE(whole);
-    EXPECT_TRUE(SameImage(*whole, *image_));
-}
+    EXPECT_TRUE(SameImage(*whole, *image));
 
-TEST_F(TrackingDamagedSlot, BlockThatFailsToDecompressSaysErrorAndReadingGoesOn) {
     // The red plane's first block spoilt: it cannot decompress to 8 MiB.
-    Bytes bytes = good_;
-    std::memset(bytes.data() + 20, 0xFF, 64);
-    std::string console;
-    ImagePtr back(ReadWith(bytes, &console));
+    Bytes spoilt = good;
+    std::memset(spoilt.data() + 20, 0xFF, 64);
+    ImagePtr back = readWith(spoilt);
     ASSERT_TRUE(back);
     EXPECT_EQ(console, "Error");
     // The spoilt block's range is zero, everything after it intact.
     const size_t blockSamples = kBlock / 8;
     for (size_t i = 0; i < blockSamples; i += 4099) ASSERT_EQ(back->red[i], 0) << i;
     const size_t n = size_t{1100} * 1000;
-    EXPECT_EQ(std::memcmp(back->red + blockSamples, image_->red + blockSamples, (n - blockSamples) * 8), 0);
-    EXPECT_EQ(std::memcmp(back->green, image_->green, n * 8), 0);
-    EXPECT_EQ(std::memcmp(back->blue, image_->blue, n * 8), 0);
+    EXPECT_EQ(std::memcmp(back->red + blockSamples, image->red + blockSamples, (n - blockSamples) * 8), 0);
+    EXPECT_EQ(std::memcmp(back->green, image->green, n * 8), 0);
+    EXPECT_EQ(std::memcmp(back->blue, image->blue, n * 8), 0);
 }
 
 }  // namespace
