@@ -44,7 +44,7 @@ TEST(RotateGrid, LinesLightenDarkPixelsAndDarkenBrightOnes) {
     };
     for (const auto& c : cases) {
         ImagePtr image = MakeImage(
-            400, 300, 16, [&](int32_t x, int32_t, int c) { return x < 200 ? kDarkRed[c] : kBright; });
+            400, 300, 16, [&](int32_t x, int32_t, int ch) { return x < 200 ? kDarkRed[ch] : kBright; });
         Rotate_DrawGrid(image.get(), c.spacing);
         std::vector<int32_t> changed;
         for (int32_t x = 0; x < 400; ++x)
