@@ -22,18 +22,13 @@ namespace fs = std::filesystem;
 namespace {
 
 // A folder of the test's own for outputs and the processing log.
-class CliTest : public testing::Test {
+class CliTest : public AppFolderTest {
 protected:
-    TempDir dir;
-    EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
-    std::string Log() { return ReadText(dir.Path() / kShellLogFileName); }
-    std::string Path(const char* name) { return (dir.Path() / name).string(); }
     // The processing log as it stands, copied aside for a replay to read.
     std::string CopyOfLog() {
         fs::copy_file(dir.Path() / kShellLogFileName, Path("copy.log"), fs::copy_options::overwrite_existing);
         return Path("copy.log");
     }
-    const std::string bundled = std::string(PELLUCIDA_TEST_SOURCE_DIR) + "/../samples/M94-Seestar-stack.tif";
 };
 
 TEST_F(CliTest, EverySampleIsReadOrRefusedAsExpected) {

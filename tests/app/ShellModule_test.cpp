@@ -7,13 +7,13 @@
 // again for a new zoom; "Crop corners" keeps and enters Crop with the corners.
 // Crop, which computes nothing until Keep: its rectangle, status line, memory
 // and marks. The quick preview of a colour image is in colour.
+#include "AppRun.h"
 #include "app/Shell_Module.h"
 #include "host/Host_Threads.h"
 #include "modules/ModuleTestImages.h"
 #include "modules/Module_List.h"
 #include "modules/crop/Crop_Params.h"
 #include "modules/rotate/Rotate_InnerRect.h"
-#include "support/Files.h"
 #include "ui/ToolkitFixture.h"
 #include "ui/widgets/Button.h"
 #include "ui/widgets/ImageView.h"
@@ -32,10 +32,8 @@
 namespace {
 
 // A shell with a toolkit over an 800 x 480 framebuffer and the built archive.
-class ModuleFixture : public testing::Test {
+class ModuleFixture : public AppFolderTest {
 protected:
-    TempDir dir;
-    EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
     std::vector<uint32_t> pixels = std::vector<uint32_t>(size_t(800) * 480);
     Shell shell;
 

@@ -33,14 +33,9 @@ std::string Save(const std::string& path) {
 }
 
 // Each test has a state folder of its own (slots, log) and a script runner.
-class ShellTest : public testing::Test {
+class ShellTest : public AppFolderTest {
 protected:
-    TempDir dir;
-    std::string bundled = std::string(PELLUCIDA_TEST_SOURCE_DIR) + "/../samples/M94-Seestar-stack.tif";
     std::string opened = Open(bundled) + "answer Linear\n";  // the sample loaded as linear data
-
-    void SetUp() override { SetEnv("PELLUCIDA_STATE_DIR", dir.Path().string()); }
-    void TearDown() override { UnsetEnv("PELLUCIDA_STATE_DIR"); }
 
     ProgramRun Program(const std::string& script, const std::string& size = "800x480",
                        bool pastSplash = true) {
@@ -53,8 +48,6 @@ protected:
         if (run.status == 0) return testing::AssertionSuccess();
         return testing::AssertionFailure() << "status " << run.status << "\n" << run.err;
     }
-    std::string Path(const std::string& name) { return (dir.Path() / name).string(); }
-    std::string Log() { return ReadText(dir.Path() / "Pellucida.log"); }
     // The script line that takes a picture of the screen, NAME.png in the test's folder.
     std::string Shot(const std::string& name) { return "screenshot " + Path(name + ".png") + "\n"; }
     // Each picture NAME.png against the reviewed one named PREFIX NAME SUFFIX.

@@ -119,7 +119,9 @@ private:
     }
 
     std::string Save() {
-        const std::string path = (m_folder / ("s" + std::to_string(++m_saves) + ".tif")).string();
+        std::string name = "s";  // built up in steps: GCC 12 warns falsely on "s" + std::string
+        name += std::to_string(++m_saves) + ".tif";
+        const std::string path = (m_folder / name).string();
         Line("dialog " + path);
         AppLine("press BtSv");
         return path;

@@ -8,7 +8,6 @@
 #include "AppRun.h"
 
 #include "formats/Jpeg_Read.h"
-#include "host/Shell_Log.h"
 #include "support/Files.h"
 #include "support/Golden.h"
 #include "support/TestScene.h"
@@ -16,8 +15,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <sstream>
@@ -57,10 +54,8 @@ std::vector<std::pair<int32_t, int32_t>> PictureSizes(const std::string& page) {
 // Stands for the form's parameter block, which an export logs before its line.
 constexpr const char* kBlock = "--- Stereo\n";
 
-class StereoExportTest : public testing::Test {
+class StereoExportTest : public AppFolderTest {
 protected:
-    TempDir dir;
-    EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
     std::unique_ptr<Toolkit> ui;
     ImagePtr image = TestScene(320, 200), depth;
     ExportSource source;
@@ -77,8 +72,6 @@ protected:
         source.ui = ui.get();
         source.parameters = kBlock;
     }
-    std::string Path(const char* name) { return dir.File(name); }
-    std::string Log() { return ReadText(Shell_LogPath()); }
     // No temporary picture left in the state folder, which is the program's here.
     void ExpectNoTemporary() { EXPECT_FALSE(fs::exists(dir.Path() / kExportTempName)); }
 };
