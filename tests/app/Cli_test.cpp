@@ -183,7 +183,7 @@ TEST_F(CliTest, UsageErrorsEndWithStatusTwoBeforeReadingAnything) {
 
 // A process run's own log replays to its own output: one chain through every
 // module, the RoI and crop corners read at the size their step had.
-TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutput) {
+TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutputFromTheLastLoad) {
     ASSERT_EQ(RunCli({"process", bundled, "--autodev=roi=100:80:300:200,blur=40", "--bin=7071",
                       "--rotate=123", "--crop=10:20:110:70", "--flip=v", "-o", Path("process.tif")})
                   .status,
@@ -196,10 +196,8 @@ TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutput) {
     const size_t second = log.rfind("File loaded [");
     EXPECT_EQ(log.substr(second, log.rfind("File saved [") - second),
               log.substr(0, log.find("File saved [")));
-}
 
-// Only the steps after the last load are replayed.
-TEST_F(CliTest, ReplayTakesTheLastLoadOnly) {
+    // Of a log of several runs, only the steps after the last load are replayed.
     ASSERT_EQ(RunCli({"process", bundled, "--rotate=900", "-o", Path("first.tif")}).status, 0);
     ASSERT_EQ(RunCli({"process", bundled, "--bin=5000", "-o", Path("second.tif")}).status, 0);
     ASSERT_EQ(RunCli({"replay", CopyOfLog(), bundled, "-o", Path("replay.tif")}).status, 0);

@@ -102,7 +102,10 @@ TEST_F(ShellModuleTest, AStormOfChangesEndsWithTheNewestValuesShown) {
     EXPECT_EQ(Widget_Record<ImageViewRecord>(m.view)->image, m.shown ? m.shown.get() : m.result.get());
 }
 
-TEST_F(ShellModuleTest, CancelWhileComputingCancelsWaitsAndLeavesTheImage) {
+// Leaving while a computation runs: Cancel cancels it, waits for it and
+// leaves the working image as it was; Keep waits for the exact result, under
+// its progress dialog, and commits that.
+TEST_F(ShellModuleTest, CancelOrKeepWhileComputing) {
     Enter("BtAD");
     Settle();
     const ImagePtr before(Image_Clone(shell.image.get()));
@@ -115,12 +118,9 @@ TEST_F(ShellModuleTest, CancelWhileComputingCancelsWaitsAndLeavesTheImage) {
     EXPECT_EQ(Host_IsBackgroundRunning(), 0);
     EXPECT_EQ(ImageDifference(shell.image.get(), before.get()), "");
     EXPECT_FALSE(shell.undo.available);
-}
 
-TEST_F(ShellModuleTest, KeepWhileComputingCommitsTheExactResultOnceItIsDone) {
     Enter("BtAD");
     Settle();
-    const ImagePtr before(Image_Clone(shell.image.get()));
     Move(200);
     Shell_KeepModule(&shell);
     ASSERT_NE(shell.module, nullptr);  // waiting, under its progress dialog

@@ -25,16 +25,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string Open(const std::string& path) {
-    return "dialog " + path + "\npress BtOp\n";
-}
-std::string Save(const std::string& path) {
-    return "dialog " + path + "\npress BtSv\n";
-}
-
 // Each test has a state folder of its own (slots, log) and a script runner.
 class ShellTest : public AppFolderTest {
 protected:
+    // Script lines that open or save the file at `path` through the main form's buttons.
+    static std::string Open(const std::string& path) { return "dialog " + path + "\npress BtOp\n"; }
+    static std::string Save(const std::string& path) { return "dialog " + path + "\npress BtSv\n"; }
     std::string opened = Open(bundled) + "answer Linear\n";  // the sample loaded as linear data
 
     ProgramRun Program(const std::string& script, const std::string& size = "800x480",
@@ -285,10 +281,7 @@ TEST_F(ShellTest, RestoreFormMatchesItsReviewedPicture) {
     for (const auto& s : states) {
         ImagePtr image(Image_CreateCleared(s.width, s.height));
         ImagePtr mask(s.mask ? Image_CreateCleared(s.width, s.height) : nullptr);
-        HistoryState state;
-        state.caption = s.caption;
-        state.name = bundled;
-        state.timeMs = time += 97000;
+        const HistoryState state{.caption = s.caption, .name = bundled, .timeMs = time += 97000};
         const std::string path =
             Path("history/0000000000001-00000001_00000" + std::to_string(number++) + ".pst");
         ASSERT_TRUE(History_WriteFile(path, state, image.get(), mask.get()));
@@ -345,12 +338,10 @@ TEST_F(ShellTest, RedoGlobalStretchStartsFromTheTrackedLinearData) {
 // kept, give the command line's file; Undo takes the crop back, to the file
 // without it.
 TEST_F(ShellTest, BinRotateAndCropKeptInTheWindowEqualTheCommandLine) {
-    ASSERT_TRUE(Runs(opened +
-                         "press BSBi\npress Bt71\nidle\npress BtKp\npress BtRt\n"
-                         "set LvS1 100\nidle\npress BtKp\npress BSCr\nset LvS3 700\nset LvS4 "
-                         "560\nset LvS1 60\nset LvS2 50\n"
-                         "press BtKp\n" +
-                         Save(Path("window.tif")) + "press BtUn\n" + Save(Path("undone.tif")),
+    ASSERT_TRUE(Runs(opened + "press BSBi\npress Bt71\nidle\npress BtKp\npress BtRt\nset LvS1 100\nidle\n" +
+                         "press BtKp\npress BSCr\nset LvS3 700\nset LvS4 560\nset LvS1 60\nset LvS2 50\n" +
+                         "press BtKp\n" + Save(Path("window.tif")) + "press BtUn\n" +
+                         Save(Path("undone.tif")),
                      "1280x720"));
     ExpectSameAsCli("window.tif", bundled, {"--bin=7071", "--rotate=100", "--crop=60:50:700:560"});
     ExpectSameAsCli("undone.tif", bundled, {"--bin=7071", "--rotate=100"}, "uncropped.tif");
