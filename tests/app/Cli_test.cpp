@@ -61,10 +61,9 @@ TEST_F(CliTest, NpyHoldsTheExactSamples) {
     const std::vector<ManifestEntry> fits = Manifest_Entries("FITS");
     const auto e = std::find_if(fits.begin(), fits.end(), [](const ManifestEntry& m) { return !m.refused; });
     ASSERT_NE(e, fits.end());
-    fs::path out = dir.Path() / "samples.npy";
-    ProgramRun r = RunCli({"convert", TestData_Path(e->file), out.string()});
+    ProgramRun r = RunCli({"convert", TestData_Path(e->file), Path("samples.npy")});
     ASSERT_EQ(r.status, 0) << r.err;
-    std::string npy = ReadText(out);
+    std::string npy = ReadText(Path("samples.npy"));
     ASSERT_EQ(npy.compare(0, 6, "\x93NUMPY"), 0);
     size_t headerLength = uint8_t(npy[8]) | uint8_t(npy[9]) << 8;
     ASSERT_EQ((10 + headerLength) % 64, 0u);
@@ -101,10 +100,9 @@ TEST_F(CliTest, TheWriterFollowsTheExtension) {
     } cases[] = {{"a.JPG", "\xFF\xD8"}, {"b.jps", "\xFF\xD8"}, {"c.png", "\x89PNG"},
                  {"d.tif", "II*"},      {"e.fits", "II*"},     {"f", "II*"}};
     for (const auto& [name, magic] : cases) {
-        fs::path out = dir.Path() / name;
-        ProgramRun r = RunCli({"convert", in, out.string()});
+        ProgramRun r = RunCli({"convert", in, Path(name)});
         ASSERT_EQ(r.status, 0) << name << r.err;
-        EXPECT_EQ(ReadText(out).substr(0, magic.size()), magic) << name;
+        EXPECT_EQ(ReadText(Path(name)).substr(0, magic.size()), magic) << name;
     }
     // A colour image from any reader but JPEG logs the colour answer.
     EXPECT_NE(Log().find("Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n"),
@@ -143,13 +141,12 @@ TEST_F(CliTest, AFailedWriteLeavesTheOldFileAndSaysSo) {
 
 TEST_F(CliTest, ProcessRunsTheStepsInOrderAndLogsThem) {
     PELLUCIDA_REQUIRE_DATA(in, "fits/linear/iraf_M51_B600s_int16.fits");
-    fs::path out = dir.Path() / "m51.npy";
     ProgramRun r =
         RunCli({"process", in, "--dataset=osc", "--bin=5000", "--rotate=900", "--crop=10:20:110:70",
-                "--flip=h", "--autodev=blur=40,tone=60", "-o", out.string()});
+                "--flip=h", "--autodev=blur=40,tone=60", "-o", Path("m51.npy")});
     ASSERT_EQ(r.status, 0) << r.err;
     // 512 binned to 256, a quarter turn keeps 256 x 256, the crop keeps both corners: 101 x 51.
-    std::string npy = ReadText(out);
+    std::string npy = ReadText(Path("m51.npy"));
     EXPECT_NE(npy.find("'shape': (3, 51, 101)"), std::string::npos);
     std::string log = Log();
     // Grey data is never offered the colour-camera answer: its line is the grey one.

@@ -77,10 +77,9 @@ protected:
         ModuleFixture::SetUp();
         if (IsSkipped()) return;
         // Large enough that a computation takes a while, and is previewed binned first.
-        ImagePtr image(Image_Create(1600, 1200));
-        for (size_t i = 0; i < size_t(image->stride) * size_t(image->height); ++i)
-            image->red[i] = image->green[i] = image->blue[i] = int64_t((i * 2654435761u) % 1000003u) << 10;
-        shell.image = std::move(image);
+        shell.image = MakeImage(1600, 1200, 30, [](int32_t x, int32_t y, int) {
+            return int64_t(((size_t(y) * 1600 + size_t(x)) * 2654435761u) % 1000003u) << 10;
+        });
     }
     void Settle() {
         while (shell.module && shell.module->running) {

@@ -72,8 +72,6 @@ protected:
         source.ui = ui.get();
         source.parameters = kBlock;
     }
-    // No temporary picture left in the state folder, which is the program's here.
-    void ExpectNoTemporary() { EXPECT_FALSE(fs::exists(dir.Path() / kExportTempName)); }
 };
 
 }  // namespace
@@ -110,7 +108,7 @@ TEST_F(StereoExportTest, StereoPageCarriesTheImageAndItsDepthMapAsText) {
     for (const char* absent :
          {kExportTempName, kStereoImageMark, kStereoDepthMark, "http:", "https:", "src=\"//"})
         EXPECT_EQ(page.find(absent), std::string::npos) << absent;
-    ExpectNoTemporary();
+    EXPECT_FALSE(fs::exists(dir.Path() / kExportTempName));  // the state folder is the program's here
     EXPECT_EQ(Log(), kBlock + ("Stereo image exported [" + Path("scene.html") + "].\n"));
 }
 
@@ -143,7 +141,7 @@ TEST_F(StereoExportTest, VrPageCarriesTheTwoCanvases) {
     EXPECT_EQ(PictureSizes(page), (std::vector<std::pair<int32_t, int32_t>>{{4 * s, 2 * s}, {4 * s, 2 * s}}));
     for (const char* absent : {kExportTempName, kVrLeftMark, kVrRightMark, "http:", "https:"})
         EXPECT_EQ(page.find(absent), std::string::npos) << absent;
-    ExpectNoTemporary();
+    EXPECT_FALSE(fs::exists(dir.Path() / kExportTempName));
     EXPECT_EQ(Log(), kBlock + ("VR image exported [" + Path("scene.htm") + "].\n"));
     ImagePtr large(Image_Create(3000, 1000));
     EXPECT_EQ(Export_VrBaseSize(large.get()), kExportVrMaxView);
