@@ -94,11 +94,9 @@ TEST_F(CliTest, ConvertLogsTheLoadAndTheSave) {
 
 TEST_F(CliTest, TheWriterFollowsTheExtension) {
     PELLUCIDA_REQUIRE_DATA(in, "png/eso1723a_avm_320.png");
-    const struct {
-        const char* name;
-        std::string magic;
-    } cases[] = {{"a.JPG", "\xFF\xD8"}, {"b.jps", "\xFF\xD8"}, {"c.png", "\x89PNG"},
-                 {"d.tif", "II*"},      {"e.fits", "II*"},     {"f", "II*"}};
+    const std::pair<const char*, std::string> cases[] = {{"a.JPG", "\xFF\xD8"}, {"b.jps", "\xFF\xD8"},
+                                                         {"c.png", "\x89PNG"},  {"d.tif", "II*"},
+                                                         {"e.fits", "II*"},     {"f", "II*"}};
     for (const auto& [name, magic] : cases) {
         ProgramRun r = RunCli({"convert", in, Path(name)});
         ASSERT_EQ(r.status, 0) << name << r.err;
@@ -114,14 +112,13 @@ TEST_F(CliTest, ExitStatusesAndMessages) {
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("convert IN OUT"), std::string::npos);
 
-    fs::path junk = dir.Path() / "junk.fits";
+    const std::string junk = Path("junk.fits");
     std::ofstream(junk) << "not an image at all";
-    ProgramRun r = RunCli({"info", junk.string(), junk.string()});
+    ProgramRun r = RunCli({"info", junk, junk});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err,
-              junk.string() + ": " + kLoadFailedText + "\n" + junk.string() + ": " + kLoadFailedText + "\n");
-    EXPECT_EQ(RunCli({"convert", junk.string(), (dir.Path() / "x.tif").string()}).status, 1);
-    EXPECT_FALSE(fs::exists(dir.Path() / "x.tif"));
+    EXPECT_EQ(r.err, junk + ": " + kLoadFailedText + "\n" + junk + ": " + kLoadFailedText + "\n");
+    EXPECT_EQ(RunCli({"convert", junk, Path("x.tif")}).status, 1);
+    EXPECT_FALSE(fs::exists(Path("x.tif")));
 }
 
 TEST_F(CliTest, AFailedWriteLeavesTheOldFileAndSaysSo) {
@@ -204,9 +201,8 @@ TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutputFromTheLastLoad) {
 // A log it cannot read is refused naming the line, and nothing is written.
 TEST_F(CliTest, ReplayRefusesADamagedLogNamingTheLine) {
     const std::string head = "File loaded [a.tif].\nType of Data: Linear\nImage size is 960 x 720\n";
-    const struct {
-        std::string log, error;
-    } cases[] = {
+    // Each damaged log and the error it is refused with.
+    const std::pair<std::string, std::string> cases[] = {
         {head + "--- Sharpen\nParameter [Radius] set to [2]\n", "line 4: unknown step \"Sharpen\""},
         {head + "--- Rotate\nParameter [Angle] set to [12.34]\n",
          "line 5: no position of \"Angle\" gives \"12.34\""},
@@ -218,12 +214,12 @@ TEST_F(CliTest, ReplayRefusesADamagedLogNamingTheLine) {
         {"Type of Data: Linear\n", "line 1: no \"File loaded [\" line"},
         {"File loaded [a.tif].\nType of Data: Linear\n", "line 1: the load has no \"Image size is\" line"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.log);
-        std::ofstream(Path("damaged.log"), std::ios::binary) << c.log;
+    for (const auto& [log, error] : cases) {
+        SCOPED_TRACE(log);
+        std::ofstream(Path("damaged.log"), std::ios::binary) << log;
         const ProgramRun r = RunCli({"replay", Path("damaged.log"), bundled, "-o", Path("out.tif")});
         EXPECT_EQ(r.status, 2);
-        EXPECT_EQ(r.err, "pellucida-cli: " + Path("damaged.log") + ": " + c.error + "\n");
+        EXPECT_EQ(r.err, "pellucida-cli: " + Path("damaged.log") + ": " + error + "\n");
         EXPECT_FALSE(fs::exists(Path("out.tif")));
     }
 }

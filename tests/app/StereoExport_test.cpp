@@ -76,23 +76,21 @@ protected:
 
 }  // namespace
 
+// The photo and the name of its depth map (none: nothing is written).
 TEST_F(StereoExportTest, PhotoPairNamesItsDepthMapAfterTheImage) {
-    const struct {
-        const char* name;
-        const char* depth;  // null: nothing is written
-    } cases[] = {{"scene.jpeg", "scene_depth.jpg"},
-                 {"Scene.JPG", "Scene_depth.jpg"},
-                 {"a.b.JpEg", "a.b_depth.jpg"},
-                 {"scene.png", nullptr},
-                 {"scene.jpg.html", nullptr}};
+    const std::pair<const char*, const char*> cases[] = {{"scene.jpeg", "scene_depth.jpg"},
+                                                         {"Scene.JPG", "Scene_depth.jpg"},
+                                                         {"a.b.JpEg", "a.b_depth.jpg"},
+                                                         {"scene.png", nullptr},
+                                                         {"scene.jpg.html", nullptr}};
     std::string log;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(Export_Facebook3D(Path(c.name).c_str(), source), 0);
-        EXPECT_EQ(fs::exists(Path(c.name)), c.depth != nullptr);
-        if (!c.depth) continue;
-        log += kBlock + ("Facebook 3D image set exported [" + Path(c.name) + "].\n");
-        ImagePtr photo(Jpeg_Read(Path(c.name).c_str())), map(Jpeg_Read(Path(c.depth).c_str()));
+    for (const auto& [name, depth] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(Export_Facebook3D(Path(name).c_str(), source), 0);
+        EXPECT_EQ(fs::exists(Path(name)), depth != nullptr);
+        if (!depth) continue;
+        log += kBlock + ("Facebook 3D image set exported [" + Path(name) + "].\n");
+        ImagePtr photo(Jpeg_Read(Path(name).c_str())), map(Jpeg_Read(Path(depth).c_str()));
         ASSERT_TRUE(photo && map);
         EXPECT_EQ(std::tuple(map->width, map->height, photo->width), std::tuple(320, 200, 320));
         EXPECT_EQ(Pixel(map.get(), 0, 144, 100), Pixel(map.get(), 2, 144, 100));  // grey

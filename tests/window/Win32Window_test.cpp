@@ -233,8 +233,8 @@ TEST(Win32Program, TheCloseQuestionAnsweredByClicksEndsTheProgramWithStatusZero)
     ASSERT_EQ(MainWindow(), nullptr) << "another program's window is up: ours would hand over to it";
     const fs::path state = fs::temp_directory_path() / "pellucida-window-test";
     fs::create_directories(state);
-    SetEnv("PELLUCIDA_STATE_DIR", state.string());
-    SetEnv("PELLUCIDA_HOST", "win32");
+    // For the program started here; put back when the test ends.
+    const EnvScope stateDir("PELLUCIDA_STATE_DIR", state.string()), host("PELLUCIDA_HOST", "win32");
 
     std::wstring command = L"\"" + program.wstring() + L"\"";
     STARTUPINFOW startup{};
@@ -242,8 +242,6 @@ TEST(Win32Program, TheCloseQuestionAnsweredByClicksEndsTheProgramWithStatusZero)
     ChildProcess child;
     ASSERT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                                &startup, &child.info));
-    UnsetEnv("PELLUCIDA_HOST");
-    UnsetEnv("PELLUCIDA_STATE_DIR");
     HWND window = nullptr;
     for (int i = 0; i < 200 && !window; ++i, Sleep(100)) {
         DWORD owner = 0;
