@@ -221,17 +221,15 @@ protected:
 // (greyed out otherwise) asks for colour.
 TEST_F(CropScreenTest, StatusLineAndViewToggleFollowTheData) {
     const char* kStatus = "Click & drag to crop. New image is 200 x 150 pixels.";
-    const struct {
-        bool linear, tracking;
-        std::string status;
-    } cases[] = {{true, true, std::string(kStatus) + " Please check color too (courtesy AutoDev applied)."},
-                 {true, false, kStatus},
-                 {false, true, kStatus}};
-    for (const auto& c : cases) {
-        shell.outcome = {c.linear, c.tracking};
+    const std::tuple<bool, bool, std::string> cases[] = {
+        {true, true, std::string(kStatus) + " Please check color too (courtesy AutoDev applied)."},
+        {true, false, kStatus},
+        {false, true, kStatus}};
+    for (const auto& [linear, tracking, status] : cases) {
+        shell.outcome = {linear, tracking};
         Enter("BSCr");
-        EXPECT_EQ(Text("LbSz"), c.status);
-        const bool stretched = c.linear && c.tracking;
+        EXPECT_EQ(Text("LbSz"), status);
+        const bool stretched = linear && tracking;
         EXPECT_EQ(Widget_Record<ButtonRecord>(Find("BtLU"))->disabled, !stretched);
         if (stretched) {
             EXPECT_EQ(std::pair(Text("BtLU"), Shown(0, 150, 20)),
@@ -277,34 +275,32 @@ TEST_F(CropScreenTest, ArtefactBoxFirstThenTheRectangleForTheSameSizeOnly) {
     EXPECT_EQ(Setters(), (std::array{5u, 6u, 189u, 139u}));
     Drag(20, 10, 50, 40);
     Shell_LeaveModule(&shell, false);
-    const struct {
-        int32_t width, height;
-        std::array<uint32_t, 4> setters;
-    } cases[] = {{200, 150, {20, 10, 69, 49}}, {200, 151, {0, 0, 199, 150}}, {201, 150, {0, 0, 200, 149}}};
-    for (const auto& c : cases) {
-        shell.image = Gradient(c.width, c.height);
+    // The image's width and height, the setters' positions on entering.
+    const std::tuple<int32_t, int32_t, std::array<uint32_t, 4>> cases[] = {
+        {200, 150, {20, 10, 69, 49}}, {200, 151, {0, 0, 199, 150}}, {201, 150, {0, 0, 200, 149}}};
+    for (const auto& [width, height, setters] : cases) {
+        shell.image = Gradient(width, height);
         Enter("BSCr");
-        EXPECT_EQ(Setters(), c.setters) << c.width << " x " << c.height;
+        EXPECT_EQ(Setters(), setters) << width << " x " << height;
         Shell_LeaveModule(&shell, false);
     }
 }
 
 // Keep cuts image and mask as one undoable step; a zero side only closes.
 TEST_F(CropScreenTest, KeepCutsImageAndMaskAndAZeroSideOnlyCloses) {
-    const struct {
-        std::array<int32_t, 4> drag;
-        int32_t width, height;
-    } cases[] = {{{20, 10, 50, 40}, 50, 40}, {{30, 5, 1, 60}, 200, 150}, {{30, 5, 60, 1}, 200, 150}};
-    for (const auto& c : cases) {
+    // The drag (x, y, width, height), the size the image and the mask have after Keep.
+    const std::tuple<std::array<int32_t, 4>, int32_t, int32_t> cases[] = {
+        {{20, 10, 50, 40}, 50, 40}, {{30, 5, 1, 60}, 200, 150}, {{30, 5, 60, 1}, 200, 150}};
+    for (const auto& [drag, width, height] : cases) {
         shell.image = Gradient(200, 150);
         shell.mask = Gradient(200, 150);
         shell.undo = {};
         Enter("BSCr");
-        Drag(c.drag[0], c.drag[1], c.drag[2], c.drag[3]);
+        Drag(drag[0], drag[1], drag[2], drag[3]);
         EXPECT_TRUE(Pressed("BtKp"));
         EXPECT_EQ(
             std::tuple(shell.image->width, shell.mask->height, shell.mask->red[0], shell.undo.available),
-            std::tuple(c.width, c.height, int64_t(c.width == 50 ? 20 : 0) << 20, c.width == 50));
+            std::tuple(width, height, int64_t(width == 50 ? 20 : 0) << 20, width == 50));
     }
 }
 

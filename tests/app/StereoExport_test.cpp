@@ -116,17 +116,15 @@ TEST_F(StereoExportTest, RefusalsAreQuietAndTheStereoPageStillLogs) {
     ExportSource noDepth = source, noArchive = source;
     noDepth.depth = nullptr;
     noArchive.ui = nullptr;
-    const struct {
-        const char* name;
-        const ExportSource* from;
-        bool stereoLogs;
-    } cases[] = {{"a.jpg", &source, false}, {"b.htm", &noDepth, true}, {"c.HTML", &noArchive, true}};
+    // The file name, what is exported, whether the stereo page logs its line.
+    const std::tuple<const char*, const ExportSource*, bool> cases[] = {
+        {"a.jpg", &source, false}, {"b.htm", &noDepth, true}, {"c.HTML", &noArchive, true}};
     std::string log;
-    for (const auto& c : cases) {
-        Export_StereoHtml(Path(c.name).c_str(), *c.from);
-        Export_VrHtml(Path(c.name).c_str(), *c.from);
-        EXPECT_FALSE(fs::exists(Path(c.name))) << c.name;
-        if (c.stereoLogs) log += kBlock + ("Stereo image exported [" + Path(c.name) + "].\n");
+    for (const auto& [name, from, stereoLogs] : cases) {
+        Export_StereoHtml(Path(name).c_str(), *from);
+        Export_VrHtml(Path(name).c_str(), *from);
+        EXPECT_FALSE(fs::exists(Path(name))) << name;
+        if (stereoLogs) log += kBlock + ("Stereo image exported [" + Path(name) + "].\n");
     }
     EXPECT_EQ(Log(), log);
 }
