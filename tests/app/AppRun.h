@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/Cli.h"
+#include "host/Shell_Log.h"
 #include "support/Files.h"
 
 #include <gtest/gtest.h>
@@ -18,6 +19,18 @@ inline std::string ReadText(const std::filesystem::path& path) {
     const std::vector<uint8_t> bytes = ReadFileBytes(path);
     return std::string(bytes.begin(), bytes.end());
 }
+
+// A folder of the test's own for its files and for the program's state (slots,
+// history, processing log), and the bundled sample.
+class AppFolderTest : public testing::Test {
+protected:
+    TempDir dir;
+    EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
+    const std::string bundled = std::string(PELLUCIDA_TEST_SOURCE_DIR) + "/../samples/M94-Seestar-stack.tif";
+
+    std::string Path(const std::string& name) { return dir.File(name); }
+    std::string Log() { return ReadText(dir.Path() / kShellLogFileName); }
+};
 
 // How the program or pellucida-cli ended, and what it wrote to the console.
 struct ProgramRun {

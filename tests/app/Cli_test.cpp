@@ -22,18 +22,13 @@ namespace fs = std::filesystem;
 namespace {
 
 // A folder of the test's own for outputs and the processing log.
-class CliTest : public testing::Test {
+class CliTest : public AppFolderTest {
 protected:
-    TempDir dir;
-    EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
-    std::string Log() { return ReadText(dir.Path() / kShellLogFileName); }
-    std::string Path(const char* name) { return (dir.Path() / name).string(); }
     // The processing log as it stands, copied aside for a replay to read.
     std::string CopyOfLog() {
         fs::copy_file(dir.Path() / kShellLogFileName, Path("copy.log"), fs::copy_options::overwrite_existing);
         return Path("copy.log");
     }
-    const std::string bundled = std::string(PELLUCIDA_TEST_SOURCE_DIR) + "/../samples/M94-Seestar-stack.tif";
 };
 
 TEST_F(CliTest, EverySampleIsReadOrRefusedAsExpected) {
@@ -51,11 +46,11 @@ TEST_F(CliTest, EverySampleIsReadOrRefusedAsExpected) {
             continue;
         }
         ASSERT_EQ(r.status, 0) << r.err;
-        EXPECT_NE(r.out.find("reader=" + e.reader + " "), std::string::npos) << r.out;
-        std::string size = "width=" + std::to_string(e.width) + " height=" + std::to_string(e.height) + " ";
-        EXPECT_NE(r.out.find(size), std::string::npos) << r.out;
-        EXPECT_NE(r.out.find(e.mono ? "mono=1" : "mono=0"), std::string::npos) << r.out;
-        EXPECT_NE(r.out.find(e.alpha ? "alpha=1" : "alpha=0"), std::string::npos) << r.out;
+        for (const std::string& field :
+             {"reader=" + e.reader + " ",
+              "width=" + std::to_string(e.width) + " height=" + std::to_string(e.height) + " ",
+              std::string(e.mono ? "mono=1" : "mono=0"), std::string(e.alpha ? "alpha=1" : "alpha=0")})
+            EXPECT_NE(r.out.find(field), std::string::npos) << r.out;
     }
 }
 
@@ -66,10 +61,9 @@ TEST_F(CliTest, NpyHoldsTheExactSamples) {
     const std::vector<ManifestEntry> fits = Manifest_Entries("FITS");
     const auto e = std::find_if(fits.begin(), fits.end(), [](const ManifestEntry& m) { return !m.refused; });
     ASSERT_NE(e, fits.end());
-    fs::path out = dir.Path() / "samples.npy";
-    ProgramRun r = RunCli({"convert", TestData_Path(e->file), out.string()});
+    ProgramRun r = RunCli({"convert", TestData_Path(e->file), Path("samples.npy")});
     ASSERT_EQ(r.status, 0) << r.err;
-    std::string npy = ReadText(out);
+    std::string npy = ReadText(Path("samples.npy"));
     ASSERT_EQ(npy.compare(0, 6, "\x93NUMPY"), 0);
     size_t headerLength = uint8_t(npy[8]) | uint8_t(npy[9]) << 8;
     ASSERT_EQ((10 + headerLength) % 64, 0u);
@@ -100,16 +94,13 @@ TEST_F(CliTest, ConvertLogsTheLoadAndTheSave) {
 
 TEST_F(CliTest, TheWriterFollowsTheExtension) {
     PELLUCIDA_REQUIRE_DATA(in, "png/eso1723a_avm_320.png");
-    const struct {
-        const char* name;
-        std::string magic;
-    } cases[] = {{"a.JPG", "\xFF\xD8"}, {"b.jps", "\xFF\xD8"}, {"c.png", "\x89PNG"},
-                 {"d.tif", "II*"},      {"e.fits", "II*"},     {"f", "II*"}};
+    const std::pair<const char*, std::string> cases[] = {{"a.JPG", "\xFF\xD8"}, {"b.jps", "\xFF\xD8"},
+                                                         {"c.png", "\x89PNG"},  {"d.tif", "II*"},
+                                                         {"e.fits", "II*"},     {"f", "II*"}};
     for (const auto& [name, magic] : cases) {
-        fs::path out = dir.Path() / name;
-        ProgramRun r = RunCli({"convert", in, out.string()});
+        ProgramRun r = RunCli({"convert", in, Path(name)});
         ASSERT_EQ(r.status, 0) << name << r.err;
-        EXPECT_EQ(ReadText(out).substr(0, magic.size()), magic) << name;
+        EXPECT_EQ(ReadText(Path(name)).substr(0, magic.size()), magic) << name;
     }
     // A colour image from any reader but JPEG logs the colour answer.
     EXPECT_NE(Log().find("Type of Data: Linear, was not Bayered, or was Bayered + white balanced\n"),
@@ -117,22 +108,17 @@ TEST_F(CliTest, TheWriterFollowsTheExtension) {
 }
 
 TEST_F(CliTest, ExitStatusesAndMessages) {
-    EXPECT_EQ(RunCli({}).status, 2);
-    EXPECT_EQ(RunCli({"frobnicate"}).status, 2);
-    EXPECT_EQ(RunCli({"convert", "only-one"}).status, 2);
-    EXPECT_EQ(RunCli({"info"}).status, 2);
     ProgramRun help = RunCli({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("convert IN OUT"), std::string::npos);
 
-    fs::path junk = dir.Path() / "junk.fits";
+    const std::string junk = Path("junk.fits");
     std::ofstream(junk) << "not an image at all";
-    ProgramRun r = RunCli({"info", junk.string(), junk.string()});
+    ProgramRun r = RunCli({"info", junk, junk});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err,
-              junk.string() + ": " + kLoadFailedText + "\n" + junk.string() + ": " + kLoadFailedText + "\n");
-    EXPECT_EQ(RunCli({"convert", junk.string(), (dir.Path() / "x.tif").string()}).status, 1);
-    EXPECT_FALSE(fs::exists(dir.Path() / "x.tif"));
+    EXPECT_EQ(r.err, junk + ": " + kLoadFailedText + "\n" + junk + ": " + kLoadFailedText + "\n");
+    EXPECT_EQ(RunCli({"convert", junk, Path("x.tif")}).status, 1);
+    EXPECT_FALSE(fs::exists(Path("x.tif")));
 }
 
 TEST_F(CliTest, AFailedWriteLeavesTheOldFileAndSaysSo) {
@@ -152,13 +138,12 @@ TEST_F(CliTest, AFailedWriteLeavesTheOldFileAndSaysSo) {
 
 TEST_F(CliTest, ProcessRunsTheStepsInOrderAndLogsThem) {
     PELLUCIDA_REQUIRE_DATA(in, "fits/linear/iraf_M51_B600s_int16.fits");
-    fs::path out = dir.Path() / "m51.npy";
     ProgramRun r =
         RunCli({"process", in, "--dataset=osc", "--bin=5000", "--rotate=900", "--crop=10:20:110:70",
-                "--flip=h", "--autodev=blur=40,tone=60", "-o", out.string()});
+                "--flip=h", "--autodev=blur=40,tone=60", "-o", Path("m51.npy")});
     ASSERT_EQ(r.status, 0) << r.err;
     // 512 binned to 256, a quarter turn keeps 256 x 256, the crop keeps both corners: 101 x 51.
-    std::string npy = ReadText(out);
+    std::string npy = ReadText(Path("m51.npy"));
     EXPECT_NE(npy.find("'shape': (3, 51, 101)"), std::string::npos);
     std::string log = Log();
     // Grey data is never offered the colour-camera answer: its line is the grey one.
@@ -172,23 +157,27 @@ TEST_F(CliTest, ProcessRunsTheStepsInOrderAndLogsThem) {
     EXPECT_NE(r.out.find("AutoDev ["), std::string::npos);  // progress lines on the console
 }
 
-TEST_F(CliTest, ProcessRefusesBadStepsBeforeReadingAnything) {
-    for (std::vector<std::string> args :
-         std::vector<std::vector<std::string>>{{"process", "in.fits", "--bin=20000", "-o", "x.tif"},
-                                               {"process", "in.fits", "--rotate=3600", "-o", "x.tif"},
-                                               {"process", "in.fits", "--sharpen", "-o", "x.tif"},
-                                               {"process", "in.fits", "--dataset=raw", "-o", "x.tif"},
-                                               {"process", "in.fits", "--autodev"},
-                                               {"process", "-o", "x.tif"}}) {
-        ProgramRun r = RunCli(args);
-        EXPECT_EQ(r.status, 2) << args[2];
-    }
+// A command it does not know, too few words, and steps it cannot run end with
+// status 2 before anything is read or logged.
+TEST_F(CliTest, UsageErrorsEndWithStatusTwoBeforeReadingAnything) {
+    const std::vector<std::string> cases[] = {{},
+                                              {"frobnicate"},
+                                              {"convert", "only-one"},
+                                              {"info"},
+                                              {"process", "in.fits", "--bin=20000", "-o", "x.tif"},
+                                              {"process", "in.fits", "--rotate=3600", "-o", "x.tif"},
+                                              {"process", "in.fits", "--sharpen", "-o", "x.tif"},
+                                              {"process", "in.fits", "--dataset=raw", "-o", "x.tif"},
+                                              {"process", "in.fits", "--autodev"},
+                                              {"process", "-o", "x.tif"}};
+    for (const std::vector<std::string>& args : cases)
+        EXPECT_EQ(RunCli(args).status, 2) << testing::PrintToString(args);
     EXPECT_FALSE(fs::exists(dir.Path() / kShellLogFileName));
 }
 
 // A process run's own log replays to its own output: one chain through every
 // module, the RoI and crop corners read at the size their step had.
-TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutput) {
+TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutputFromTheLastLoad) {
     ASSERT_EQ(RunCli({"process", bundled, "--autodev=roi=100:80:300:200,blur=40", "--bin=7071",
                       "--rotate=123", "--crop=10:20:110:70", "--flip=v", "-o", Path("process.tif")})
                   .status,
@@ -201,10 +190,8 @@ TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutput) {
     const size_t second = log.rfind("File loaded [");
     EXPECT_EQ(log.substr(second, log.rfind("File saved [") - second),
               log.substr(0, log.find("File saved [")));
-}
 
-// Only the steps after the last load are replayed.
-TEST_F(CliTest, ReplayTakesTheLastLoadOnly) {
+    // Of a log of several runs, only the steps after the last load are replayed.
     ASSERT_EQ(RunCli({"process", bundled, "--rotate=900", "-o", Path("first.tif")}).status, 0);
     ASSERT_EQ(RunCli({"process", bundled, "--bin=5000", "-o", Path("second.tif")}).status, 0);
     ASSERT_EQ(RunCli({"replay", CopyOfLog(), bundled, "-o", Path("replay.tif")}).status, 0);
@@ -214,9 +201,8 @@ TEST_F(CliTest, ReplayTakesTheLastLoadOnly) {
 // A log it cannot read is refused naming the line, and nothing is written.
 TEST_F(CliTest, ReplayRefusesADamagedLogNamingTheLine) {
     const std::string head = "File loaded [a.tif].\nType of Data: Linear\nImage size is 960 x 720\n";
-    const struct {
-        std::string log, error;
-    } cases[] = {
+    // Each damaged log and the error it is refused with.
+    const std::pair<std::string, std::string> cases[] = {
         {head + "--- Sharpen\nParameter [Radius] set to [2]\n", "line 4: unknown step \"Sharpen\""},
         {head + "--- Rotate\nParameter [Angle] set to [12.34]\n",
          "line 5: no position of \"Angle\" gives \"12.34\""},
@@ -228,12 +214,12 @@ TEST_F(CliTest, ReplayRefusesADamagedLogNamingTheLine) {
         {"Type of Data: Linear\n", "line 1: no \"File loaded [\" line"},
         {"File loaded [a.tif].\nType of Data: Linear\n", "line 1: the load has no \"Image size is\" line"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.log);
-        std::ofstream(Path("damaged.log"), std::ios::binary) << c.log;
+    for (const auto& [log, error] : cases) {
+        SCOPED_TRACE(log);
+        std::ofstream(Path("damaged.log"), std::ios::binary) << log;
         const ProgramRun r = RunCli({"replay", Path("damaged.log"), bundled, "-o", Path("out.tif")});
         EXPECT_EQ(r.status, 2);
-        EXPECT_EQ(r.err, "pellucida-cli: " + Path("damaged.log") + ": " + c.error + "\n");
+        EXPECT_EQ(r.err, "pellucida-cli: " + Path("damaged.log") + ": " + error + "\n");
         EXPECT_FALSE(fs::exists(Path("out.tif")));
     }
 }

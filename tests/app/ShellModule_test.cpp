@@ -7,13 +7,13 @@
 // again for a new zoom; "Crop corners" keeps and enters Crop with the corners.
 // Crop, which computes nothing until Keep: its rectangle, status line, memory
 // and marks. The quick preview of a colour image is in colour.
+#include "AppRun.h"
 #include "app/Shell_Module.h"
 #include "host/Host_Threads.h"
 #include "modules/ModuleTestImages.h"
 #include "modules/Module_List.h"
 #include "modules/crop/Crop_Params.h"
 #include "modules/rotate/Rotate_InnerRect.h"
-#include "support/Files.h"
 #include "ui/ToolkitFixture.h"
 #include "ui/widgets/Button.h"
 #include "ui/widgets/ImageView.h"
@@ -22,6 +22,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstring>
@@ -31,10 +32,8 @@
 namespace {
 
 // A shell with a toolkit over an 800 x 480 framebuffer and the built archive.
-class ModuleFixture : public testing::Test {
+class ModuleFixture : public AppFolderTest {
 protected:
-    TempDir dir;
-    EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
     std::vector<uint32_t> pixels = std::vector<uint32_t>(size_t(800) * 480);
     Shell shell;
 
@@ -78,10 +77,9 @@ protected:
         ModuleFixture::SetUp();
         if (IsSkipped()) return;
         // Large enough that a computation takes a while, and is previewed binned first.
-        ImagePtr image(Image_Create(1600, 1200));
-        for (size_t i = 0; i < size_t(image->stride) * size_t(image->height); ++i)
-            image->red[i] = image->green[i] = image->blue[i] = int64_t((i * 2654435761u) % 1000003u) << 10;
-        shell.image = std::move(image);
+        shell.image = MakeImage(1600, 1200, 30, [](int32_t x, int32_t y, int) {
+            return int64_t(((size_t(y) * 1600 + size_t(x)) * 2654435761u) % 1000003u) << 10;
+        });
     }
     void Settle() {
         while (shell.module && shell.module->running) {
@@ -103,7 +101,10 @@ TEST_F(ShellModuleTest, AStormOfChangesEndsWithTheNewestValuesShown) {
     EXPECT_EQ(Widget_Record<ImageViewRecord>(m.view)->image, m.shown ? m.shown.get() : m.result.get());
 }
 
-TEST_F(ShellModuleTest, CancelWhileComputingCancelsWaitsAndLeavesTheImage) {
+// Leaving while a computation runs: Cancel cancels it, waits for it and
+// leaves the working image as it was; Keep waits for the exact result, under
+// its progress dialog, and commits that.
+TEST_F(ShellModuleTest, CancelOrKeepWhileComputing) {
     Enter("BtAD");
     Settle();
     const ImagePtr before(Image_Clone(shell.image.get()));
@@ -116,12 +117,9 @@ TEST_F(ShellModuleTest, CancelWhileComputingCancelsWaitsAndLeavesTheImage) {
     EXPECT_EQ(Host_IsBackgroundRunning(), 0);
     EXPECT_EQ(ImageDifference(shell.image.get(), before.get()), "");
     EXPECT_FALSE(shell.undo.available);
-}
 
-TEST_F(ShellModuleTest, KeepWhileComputingCommitsTheExactResultOnceItIsDone) {
     Enter("BtAD");
     Settle();
-    const ImagePtr before(Image_Clone(shell.image.get()));
     Move(200);
     Shell_KeepModule(&shell);
     ASSERT_NE(shell.module, nullptr);  // waiting, under its progress dialog
@@ -223,17 +221,15 @@ protected:
 // (greyed out otherwise) asks for colour.
 TEST_F(CropScreenTest, StatusLineAndViewToggleFollowTheData) {
     const char* kStatus = "Click & drag to crop. New image is 200 x 150 pixels.";
-    const struct {
-        bool linear, tracking;
-        std::string status;
-    } cases[] = {{true, true, std::string(kStatus) + " Please check color too (courtesy AutoDev applied)."},
-                 {true, false, kStatus},
-                 {false, true, kStatus}};
-    for (const auto& c : cases) {
-        shell.outcome = {c.linear, c.tracking};
+    const std::tuple<bool, bool, std::string> cases[] = {
+        {true, true, std::string(kStatus) + " Please check color too (courtesy AutoDev applied)."},
+        {true, false, kStatus},
+        {false, true, kStatus}};
+    for (const auto& [linear, tracking, status] : cases) {
+        shell.outcome = {linear, tracking};
         Enter("BSCr");
-        EXPECT_EQ(Text("LbSz"), c.status);
-        const bool stretched = c.linear && c.tracking;
+        EXPECT_EQ(Text("LbSz"), status);
+        const bool stretched = linear && tracking;
         EXPECT_EQ(Widget_Record<ButtonRecord>(Find("BtLU"))->disabled, !stretched);
         if (stretched) {
             EXPECT_EQ(std::pair(Text("BtLU"), Shown(0, 150, 20)),
@@ -279,34 +275,32 @@ TEST_F(CropScreenTest, ArtefactBoxFirstThenTheRectangleForTheSameSizeOnly) {
     EXPECT_EQ(Setters(), (std::array{5u, 6u, 189u, 139u}));
     Drag(20, 10, 50, 40);
     Shell_LeaveModule(&shell, false);
-    const struct {
-        int32_t width, height;
-        std::array<uint32_t, 4> setters;
-    } cases[] = {{200, 150, {20, 10, 69, 49}}, {200, 151, {0, 0, 199, 150}}, {201, 150, {0, 0, 200, 149}}};
-    for (const auto& c : cases) {
-        shell.image = Gradient(c.width, c.height);
+    // The image's width and height, the setters' positions on entering.
+    const std::tuple<int32_t, int32_t, std::array<uint32_t, 4>> cases[] = {
+        {200, 150, {20, 10, 69, 49}}, {200, 151, {0, 0, 199, 150}}, {201, 150, {0, 0, 200, 149}}};
+    for (const auto& [width, height, setters] : cases) {
+        shell.image = Gradient(width, height);
         Enter("BSCr");
-        EXPECT_EQ(Setters(), c.setters) << c.width << " x " << c.height;
+        EXPECT_EQ(Setters(), setters) << width << " x " << height;
         Shell_LeaveModule(&shell, false);
     }
 }
 
 // Keep cuts image and mask as one undoable step; a zero side only closes.
 TEST_F(CropScreenTest, KeepCutsImageAndMaskAndAZeroSideOnlyCloses) {
-    const struct {
-        std::array<int32_t, 4> drag;
-        int32_t width, height;
-    } cases[] = {{{20, 10, 50, 40}, 50, 40}, {{30, 5, 1, 60}, 200, 150}, {{30, 5, 60, 1}, 200, 150}};
-    for (const auto& c : cases) {
+    // The drag (x, y, width, height), the size the image and the mask have after Keep.
+    const std::tuple<std::array<int32_t, 4>, int32_t, int32_t> cases[] = {
+        {{20, 10, 50, 40}, 50, 40}, {{30, 5, 1, 60}, 200, 150}, {{30, 5, 60, 1}, 200, 150}};
+    for (const auto& [drag, width, height] : cases) {
         shell.image = Gradient(200, 150);
         shell.mask = Gradient(200, 150);
         shell.undo = {};
         Enter("BSCr");
-        Drag(c.drag[0], c.drag[1], c.drag[2], c.drag[3]);
+        Drag(drag[0], drag[1], drag[2], drag[3]);
         EXPECT_TRUE(Pressed("BtKp"));
         EXPECT_EQ(
             std::tuple(shell.image->width, shell.mask->height, shell.mask->red[0], shell.undo.available),
-            std::tuple(c.width, c.height, int64_t(c.width == 50 ? 20 : 0) << 20, c.width == 50));
+            std::tuple(width, height, int64_t(width == 50 ? 20 : 0) << 20, width == 50));
     }
 }
 
@@ -325,10 +319,7 @@ TEST_F(ShellModuleTest, TheQuickPreviewKeepsColourThatBinningAveragesAway) {
     ASSERT_NE(m.small, nullptr);
     ASSERT_NE(m.smallResult, nullptr);
     const ImageBuffer& quick = *m.smallResult;
-    bool colour = false;
-    for (size_t i = 0; i < size_t(quick.stride) * size_t(quick.height); ++i)
-        colour |= quick.red[i] != quick.green[i];
-    EXPECT_TRUE(colour);
+    EXPECT_FALSE(std::equal(quick.red, quick.red + size_t(quick.stride) * size_t(quick.height), quick.green));
 }
 
 }  // namespace

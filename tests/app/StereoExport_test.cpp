@@ -8,7 +8,6 @@
 #include "AppRun.h"
 
 #include "formats/Jpeg_Read.h"
-#include "host/Shell_Log.h"
 #include "support/Files.h"
 #include "support/Golden.h"
 #include "support/TestScene.h"
@@ -16,8 +15,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <sstream>
@@ -57,10 +54,8 @@ std::vector<std::pair<int32_t, int32_t>> PictureSizes(const std::string& page) {
 // Stands for the form's parameter block, which an export logs before its line.
 constexpr const char* kBlock = "--- Stereo\n";
 
-class StereoExportTest : public testing::Test {
+class StereoExportTest : public AppFolderTest {
 protected:
-    TempDir dir;
-    EnvScope state{"PELLUCIDA_STATE_DIR", dir.Path().string()};
     std::unique_ptr<Toolkit> ui;
     ImagePtr image = TestScene(320, 200), depth;
     ExportSource source;
@@ -77,31 +72,25 @@ protected:
         source.ui = ui.get();
         source.parameters = kBlock;
     }
-    std::string Path(const char* name) { return dir.File(name); }
-    std::string Log() { return ReadText(Shell_LogPath()); }
-    // No temporary picture left in the state folder, which is the program's here.
-    void ExpectNoTemporary() { EXPECT_FALSE(fs::exists(dir.Path() / kExportTempName)); }
 };
 
 }  // namespace
 
+// The photo and the name of its depth map (none: nothing is written).
 TEST_F(StereoExportTest, PhotoPairNamesItsDepthMapAfterTheImage) {
-    const struct {
-        const char* name;
-        const char* depth;  // null: nothing is written
-    } cases[] = {{"scene.jpeg", "scene_depth.jpg"},
-                 {"Scene.JPG", "Scene_depth.jpg"},
-                 {"a.b.JpEg", "a.b_depth.jpg"},
-                 {"scene.png", nullptr},
-                 {"scene.jpg.html", nullptr}};
+    const std::pair<const char*, const char*> cases[] = {{"scene.jpeg", "scene_depth.jpg"},
+                                                         {"Scene.JPG", "Scene_depth.jpg"},
+                                                         {"a.b.JpEg", "a.b_depth.jpg"},
+                                                         {"scene.png", nullptr},
+                                                         {"scene.jpg.html", nullptr}};
     std::string log;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(Export_Facebook3D(Path(c.name).c_str(), source), 0);
-        EXPECT_EQ(fs::exists(Path(c.name)), c.depth != nullptr);
-        if (!c.depth) continue;
-        log += kBlock + ("Facebook 3D image set exported [" + Path(c.name) + "].\n");
-        ImagePtr photo(Jpeg_Read(Path(c.name).c_str())), map(Jpeg_Read(Path(c.depth).c_str()));
+    for (const auto& [name, depth] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(Export_Facebook3D(Path(name).c_str(), source), 0);
+        EXPECT_EQ(fs::exists(Path(name)), depth != nullptr);
+        if (!depth) continue;
+        log += kBlock + ("Facebook 3D image set exported [" + Path(name) + "].\n");
+        ImagePtr photo(Jpeg_Read(Path(name).c_str())), map(Jpeg_Read(Path(depth).c_str()));
         ASSERT_TRUE(photo && map);
         EXPECT_EQ(std::tuple(map->width, map->height, photo->width), std::tuple(320, 200, 320));
         EXPECT_EQ(Pixel(map.get(), 0, 144, 100), Pixel(map.get(), 2, 144, 100));  // grey
@@ -117,7 +106,7 @@ TEST_F(StereoExportTest, StereoPageCarriesTheImageAndItsDepthMapAsText) {
     for (const char* absent :
          {kExportTempName, kStereoImageMark, kStereoDepthMark, "http:", "https:", "src=\"//"})
         EXPECT_EQ(page.find(absent), std::string::npos) << absent;
-    ExpectNoTemporary();
+    EXPECT_FALSE(fs::exists(dir.Path() / kExportTempName));  // the state folder is the program's here
     EXPECT_EQ(Log(), kBlock + ("Stereo image exported [" + Path("scene.html") + "].\n"));
 }
 
@@ -127,17 +116,15 @@ TEST_F(StereoExportTest, RefusalsAreQuietAndTheStereoPageStillLogs) {
     ExportSource noDepth = source, noArchive = source;
     noDepth.depth = nullptr;
     noArchive.ui = nullptr;
-    const struct {
-        const char* name;
-        const ExportSource* from;
-        bool stereoLogs;
-    } cases[] = {{"a.jpg", &source, false}, {"b.htm", &noDepth, true}, {"c.HTML", &noArchive, true}};
+    // The file name, what is exported, whether the stereo page logs its line.
+    const std::tuple<const char*, const ExportSource*, bool> cases[] = {
+        {"a.jpg", &source, false}, {"b.htm", &noDepth, true}, {"c.HTML", &noArchive, true}};
     std::string log;
-    for (const auto& c : cases) {
-        Export_StereoHtml(Path(c.name).c_str(), *c.from);
-        Export_VrHtml(Path(c.name).c_str(), *c.from);
-        EXPECT_FALSE(fs::exists(Path(c.name))) << c.name;
-        if (c.stereoLogs) log += kBlock + ("Stereo image exported [" + Path(c.name) + "].\n");
+    for (const auto& [name, from, stereoLogs] : cases) {
+        Export_StereoHtml(Path(name).c_str(), *from);
+        Export_VrHtml(Path(name).c_str(), *from);
+        EXPECT_FALSE(fs::exists(Path(name))) << name;
+        if (stereoLogs) log += kBlock + ("Stereo image exported [" + Path(name) + "].\n");
     }
     EXPECT_EQ(Log(), log);
 }
@@ -150,7 +137,7 @@ TEST_F(StereoExportTest, VrPageCarriesTheTwoCanvases) {
     EXPECT_EQ(PictureSizes(page), (std::vector<std::pair<int32_t, int32_t>>{{4 * s, 2 * s}, {4 * s, 2 * s}}));
     for (const char* absent : {kExportTempName, kVrLeftMark, kVrRightMark, "http:", "https:"})
         EXPECT_EQ(page.find(absent), std::string::npos) << absent;
-    ExpectNoTemporary();
+    EXPECT_FALSE(fs::exists(dir.Path() / kExportTempName));
     EXPECT_EQ(Log(), kBlock + ("VR image exported [" + Path("scene.htm") + "].\n"));
     ImagePtr large(Image_Create(3000, 1000));
     EXPECT_EQ(Export_VrBaseSize(large.get()), kExportVrMaxView);
