@@ -63,9 +63,7 @@ std::vector<int64_t> Samples(const ImageBuffer* image) {
 
 // A card "KEYWORD = value" in the free format.
 std::string Keyed(const std::string& keyword, const std::string& value) {
-    std::string key = keyword;
-    key.resize(8, ' ');
-    return key + "= " + value;
+    return (keyword + std::string(8, ' ')).substr(0, 8) + "= " + value;
 }
 
 constexpr int64_t kTop = 1073741822;  // 2^30 - 2: the final clamp keeps the top one below maxValue

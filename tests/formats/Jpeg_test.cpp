@@ -118,16 +118,15 @@ TEST(JpegFiles, HuffmanTablesWithMoreThan256CodesAreRefused) {
     before[dht + 5 + 15] = 0xFF;  // sixteen-bit codes of the first table
     ExpectRefused(before);
 
-    // The same table placed after the scan, before the end marker.
-    const std::vector<uint8_t> table(
-        before.begin() + long(dht),
-        before.begin() + long(dht) + 2 + (size_t(before[dht + 2]) << 8 | before[dht + 3]));
-    auto after = bytes;
-    after.insert(after.end() - 2, table.begin(), table.end());
-    ExpectRefused(after);
-    auto fine = bytes;
-    const std::vector<uint8_t> goodTable(bytes.begin() + long(dht),
-                                         bytes.begin() + long(dht) + long(table.size()));
-    fine.insert(fine.end() - 2, goodTable.begin(), goodTable.end());
+    // The same table placed after the scan, before the end marker; the
+    // table as written is accepted there.
+    auto tableAtEnd = [&](const std::vector<uint8_t>& from) {
+        const auto table = from.begin() + long(dht);
+        auto out = bytes;
+        out.insert(out.end() - 2, table, table + 2 + long(size_t(table[2]) << 8 | table[3]));
+        return out;
+    };
+    ExpectRefused(tableAtEnd(before));
+    const auto fine = tableAtEnd(bytes);
     EXPECT_TRUE(Jpeg_IsBaseline(fine.data(), fine.size()));
 }
