@@ -53,10 +53,7 @@ constexpr int64_t kBright = int64_t(8000) << 16;
 
 // A w x h checkerboard of dim and bright samples: no border anywhere.
 ImagePtr Textured(int w, int h) {
-    ImagePtr image = Filled(w, h, 0);
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) Set(image.get(), x, y, (x + y) % 2 ? kBright : kDim);
-    return image;
+    return MakeImage(w, h, 30, [](int32_t x, int32_t y, int) { return (x + y) % 2 ? kBright : kDim; });
 }
 
 // Whether a border was found, and the box left, top, right, bottom.
@@ -82,10 +79,8 @@ TEST(StackingArtefacts, ALineWithNothingAboveTheMeanIsBorder) {
 TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
     const int w = 12, h = 10;
     ImagePtr image = Textured(w, h);
-    for (int y = 0; y < h; ++y) {
-        Set(image.get(), 0, y, 0);  // two zero columns on the left
-        Set(image.get(), 1, y, 0);
-    }
+    for (int y = 0; y < h; ++y)
+        for (int x : {0, 1}) Set(image.get(), x, y, 0);  // two zero columns on the left
     // Every row starts with the zero columns, so walking along it meets a 0
     // before anything bright: rows are border from both sides.
     EXPECT_EQ(Detect(image), Found(true, 2, h, w, 0));

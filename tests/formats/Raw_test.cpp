@@ -13,14 +13,13 @@
 
 namespace {
 
-// Packs samples MSB-first into a bit stream, independently of the reader.
-std::vector<uint8_t> Pack(const std::vector<uint32_t>& samples, int bits) {
-    std::vector<uint8_t> out((samples.size() * size_t(bits) + 7) / 8, 0);
+// Packs samples MSB-first into the zeroed bytes at `out`, independently of
+// the reader.
+void Pack(const std::vector<uint32_t>& samples, int bits, uint8_t* out) {
     size_t bit = 0;
     for (uint32_t s : samples)
         for (int b = bits - 1; b >= 0; --b, ++bit)
             if (s >> b & 1) out[bit / 8] |= uint8_t(0x80 >> (bit % 8));
-    return out;
 }
 
 struct Frame {
@@ -43,13 +42,11 @@ TEST(RawFrames, AKnownSizeGivesItsFrameFromMemoryAndFromAFileAndAnyOtherSizeIsRe
         const uint32_t top = (1u << f.bits) - 1;
         std::vector<uint32_t> head = {0, 1, 2, 3, top, 0x155, 0x2AA, 7};
         std::vector<uint8_t> bytes(f.size, 0);
-        const auto packed = Pack(head, f.bits);
-        std::copy(packed.begin(), packed.end(), bytes.begin());
+        Pack(head, f.bits, bytes.data());
         // Rows follow each other without padding: row 1 starts right after row 0.
-        const auto second = Pack({top, 5, 6, 7}, f.bits);
-        std::copy(second.begin(), second.end(), bytes.begin() + long(size_t(f.width) * size_t(f.bits) / 8));
-        const auto last = Pack({top, top, top, top}, f.bits);
-        std::copy(last.begin(), last.end(), bytes.end() - long(last.size()));
+        Pack({top, 5, 6, 7}, f.bits, bytes.data() + size_t(f.width) * size_t(f.bits) / 8);
+        // The last four samples end the file (both depths pack them into whole bytes).
+        Pack({top, top, top, top}, f.bits, bytes.data() + f.size - size_t(4 * f.bits / 8));
         WriteFileBytes(path, bytes);
         const ImagePtr images[] = {ImagePtr(Raw_ReadMemory(bytes.data(), bytes.size())),
                                    ImagePtr(Raw_Read(path.c_str()))};
