@@ -1,6 +1,8 @@
 // What every fuzz target asserts about an image a reader accepted: a sane
 // header, the planes it promises, and every sample within 0..maxValue. A
-// violation traps, so the fuzzer keeps the input as a crasher.
+// violation traps, so the fuzzer keeps the input as a crasher. Also the
+// targets' shared steps: a folder of their own, the input written to a file,
+// and the whole body of a reader's target.
 #pragma once
 
 #include "image/Image.h"
@@ -8,6 +10,7 @@
 #include <unistd.h>
 
 #include <cstddef>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 
@@ -18,6 +21,15 @@ inline std::string Fuzz_TempFolder(const char* name) {
         ("pellucida-fuzz-" + std::string(name) + "-" + std::to_string(getpid()));
     std::filesystem::create_directories(dir);
     return dir.string();
+}
+
+// Writes a target's input to `path`; false when the file cannot be created.
+inline bool Fuzz_WriteFile(const std::string& path, const uint8_t* data, size_t size) {
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (!file) return false;
+    if (size) std::fwrite(data, 1, size, file);  // an empty input may come without bytes
+    std::fclose(file);
+    return true;
 }
 
 inline void Fuzz_CheckImage(const ImageBuffer* image) {
@@ -36,4 +48,11 @@ inline void Fuzz_CheckImage(const ImageBuffer* image) {
     if (image->mono)
         for (size_t i = 0; i < n; ++i)
             if (image->red[i] != image->green[i] || image->red[i] != image->blue[i]) __builtin_trap();
+}
+
+// The whole of a reader's target: the input read from memory, the image checked.
+inline int Fuzz_Reader(ImageBuffer* (*read)(const uint8_t*, size_t), const uint8_t* data, size_t size) {
+    ImagePtr image(read(data, size));
+    Fuzz_CheckImage(image.get());
+    return 0;
 }

@@ -22,7 +22,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static std::vector<uint8_t> frame;
     frame.resize(frameSize);
     for (size_t i = 0; i < frameSize; ++i) frame[i] = data[1 + i % (size - 1)];
-    ImagePtr image(Raw_ReadMemory(frame.data(), frame.size()));
-    Fuzz_CheckImage(image.get());
-    return 0;
+    return Fuzz_Reader(&Raw_ReadMemory, frame.data(), frame.size());
 }
