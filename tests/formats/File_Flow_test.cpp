@@ -66,8 +66,7 @@ Found Detect(const ImagePtr& image) {
 }
 
 TEST(StackingArtefacts, ALineWithNothingAboveTheMeanIsBorder) {
-    ImagePtr clean = Textured(8, 6);
-    EXPECT_EQ(Detect(clean), Found(false, 0, 0, 8, 6));
+    EXPECT_EQ(Detect(Textured(8, 6)), Found(false, 0, 0, 8, 6));
     // A flat image has no sample above its own mean: every line is border,
     // in both directions.
     EXPECT_EQ(Detect(Filled(5, 4, kDim)), Found(true, 5, 4, 0, 0));

@@ -53,15 +53,13 @@ TEST(JpegMarkers, ProgressiveAndOtherFramesAreRefusedBeforeDecoding) {
     ASSERT_NE(ReadMemory(good), nullptr);
     const size_t sof = FindMarker(good, 0xC0);
     ASSERT_NE(sof, std::string::npos);
-    for (uint8_t frame : {0xC1, 0xC2, 0xC3, 0xC9, 0xCA}) {
+    // Frames other than baseline; 0xFE makes the frame header a comment.
+    for (uint8_t frame : {0xC1, 0xC2, 0xC3, 0xC9, 0xCA, 0xFE}) {
         auto edited = good;
         edited[sof + 1] = frame;
         SCOPED_TRACE(int(frame));
         ExpectRefused(edited);
     }
-    auto noFrame = good;
-    noFrame[sof + 1] = 0xFE;  // the frame header becomes a comment
-    EXPECT_EQ(ReadMemory(noFrame), nullptr);
     auto noSoi = good;
     noSoi[1] = 0xD9;
     EXPECT_EQ(ReadMemory(noSoi), nullptr);

@@ -64,13 +64,11 @@ TEST(Readers, EverySampleIsReadByItsOwnReaderAsExpectedAndRefusedByTheOthers) {
         [](const std::string& path, const ManifestEntry& e) {
             ImageBuffer* own = nullptr;
             for (const Reader& r : kReaders) {
-                ImageBuffer* image = r.read(path.c_str());
-                if (e.reader == r.name) {
-                    own = image;
-                    continue;
-                }
-                EXPECT_EQ(image, nullptr) << "the " << r.name << " reader took it";
-                Image_Free(image);
+                ImagePtr image(r.read(path.c_str()));
+                if (e.reader == r.name)
+                    own = image.release();
+                else
+                    EXPECT_EQ(image, nullptr) << "the " << r.name << " reader took it";
             }
             if (e.reader == "JPEG") {
                 const std::vector<uint8_t> bytes = ReadFileBytes(path);
