@@ -65,7 +65,8 @@ Found Detect(const ImagePtr& image) {
     return {found, box.left, box.top, box.right, box.bottom};
 }
 
-TEST(StackingArtefacts, ALineWithNothingAboveTheMeanIsBorder) {
+TEST(StackingArtefacts, BorderLinesZeroEdgesAndTheWidestChannel) {
+    // A line with nothing above the mean is border; a checkerboard has none.
     EXPECT_EQ(Detect(Textured(8, 6)), Found(false, 0, 0, 8, 6));
     // A flat image has no sample above its own mean: every line is border,
     // in both directions.
@@ -73,9 +74,8 @@ TEST(StackingArtefacts, ALineWithNothingAboveTheMeanIsBorder) {
     // Below 2^16 a sample is 0 at 14-bit precision, so the mean is 0 and any
     // non-zero sample ends the border.
     EXPECT_FALSE(std::get<0>(Detect(Filled(5, 4, 1000))));
-}
 
-TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
+    // Zero edges are cut off, and a zero first makes a line border.
     const int w = 12, h = 10;
     ImagePtr image = Textured(w, h);
     for (int y = 0; y < h; ++y)
@@ -88,14 +88,11 @@ TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
     for (int x = 0; x < w; ++x) Set(bottom.get(), x, h - 1, 0);
     for (int x = 0; x < w; ++x) Set(bottom.get(), x, h - 2, kDim);  // dim, not zero: still border
     EXPECT_EQ(Detect(bottom), Found(true, 0, 0, w, h - 2));
-}
 
-TEST(StackingArtefacts, TheWidestChannelDecides) {
-    const int w = 6, h = 6;
-    ImagePtr image = Textured(w, h);
-    // Only the blue channel has a dim last column.
-    for (int y = 0; y < h; ++y) image->blue[y * w + (w - 1)] = 10;
-    EXPECT_EQ(Detect(image), Found(true, 0, 0, w - 1, h));
+    // The widest channel decides: only the blue one has a dim last column.
+    ImagePtr blue = Textured(6, 6);
+    for (int y = 0; y < 6; ++y) blue->blue[y * 6 + 5] = 10;
+    EXPECT_EQ(Detect(blue), Found(true, 0, 0, 5, 6));
 }
 
 TEST(LoadPreparation, TransparencyDecidesTheDataGapsQuestion) {

@@ -47,8 +47,7 @@ int WithFileSizeLimit(rlim_t limit, Fn write) {
     rlimit old{};
     getrlimit(RLIMIT_FSIZE, &old);
     void (*oldHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit lowered = old;
-    lowered.rlim_cur = limit;
+    const rlimit lowered{.rlim_cur = limit, .rlim_max = old.rlim_max};
     setrlimit(RLIMIT_FSIZE, &lowered);
     const int result = write();
     setrlimit(RLIMIT_FSIZE, &old);

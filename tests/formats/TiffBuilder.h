@@ -39,19 +39,18 @@ public:
         std::vector<Item> entries = m_entries;
         const size_t strips = m_pixels.empty() ? 0 : (m_pixels.size() + m_stripBytes - 1) / m_stripBytes;
         if (strips) {
-            std::vector<uint32_t> offsets(strips), counts(strips);
+            std::vector<uint32_t> counts(strips);
             for (size_t i = 0; i < strips; ++i)
                 counts[i] = uint32_t(std::min(m_stripBytes, m_pixels.size() - i * m_stripBytes));
-            entries.push_back({273, 4, offsets});
+            entries.push_back({273, 4, std::vector<uint32_t>(strips)});  // offsets, known below
             entries.push_back({279, 4, counts});
         }
         // The header, the directory, the values too long for their entry, then the pixels.
         const size_t longStart = 8 + 2 + entries.size() * 12 + 4;
         size_t pixelStart = longStart;
         for (const Item& e : entries) pixelStart += Bytes(e).size() > 4 ? Bytes(e).size() : 0;
-        for (Item& e : entries)
-            if (e.tag == 273 && strips)
-                for (size_t s = 0; s < strips; ++s) e.values[s] = uint32_t(pixelStart + s * m_stripBytes);
+        for (size_t s = 0; s < strips; ++s)
+            entries[entries.size() - 2].values[s] = uint32_t(pixelStart + s * m_stripBytes);
         std::vector<uint8_t> out = {uint8_t(m_big ? 'M' : 'I'), uint8_t(m_big ? 'M' : 'I')}, longValues;
         Put(out, 42, 2);
         Put(out, 8, 4);

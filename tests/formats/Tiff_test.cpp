@@ -197,7 +197,7 @@ std::vector<uint8_t> ExpectedLayout(const ImageBuffer* image) {
 
 }  // namespace
 
-TEST(TiffWriter, LayoutIsByteForByteTheFixedOneAndReadsBack) {
+TEST(TiffWriter, LayoutIsByteForByteTheFixedOneReadsBackAndBadTargetsFail) {
     TempDir dir;
     const std::string path = dir.File("out.tif");
     for (int depth : {30, 16, 8})
@@ -227,10 +227,8 @@ TEST(TiffWriter, LayoutIsByteForByteTheFixedOneAndReadsBack) {
                  {std::pair{image->red, back->red}, {image->green, back->green}, {image->blue, back->blue}})
                 EXPECT_TRUE(std::equal(written, written + 35, read));
         }
-}
 
-TEST(TiffWriter, NullPathOrUncreatableFileFails) {
-    TempDir dir;
+    // No image, no path, a folder that is not there or a folder as the target.
     ImagePtr image = Pattern(2, 2, 16);
     EXPECT_EQ(Tiff_Write(image.get(), nullptr), 0);
     EXPECT_EQ(Tiff_Write(nullptr, dir.File("x.tif").c_str()), 0);

@@ -9,6 +9,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
@@ -40,14 +41,12 @@ inline void Fuzz_CheckImage(const ImageBuffer* image) {
     if (!image->red || !image->green || !image->blue) __builtin_trap();
     if ((image->attachment == nullptr) != (image->attachmentSize == 0)) __builtin_trap();
     const size_t n = static_cast<size_t>(image->width) * static_cast<size_t>(image->height);
-    for (const int64_t* plane : {image->red, image->green, image->blue, image->alpha}) {
-        if (!plane) continue;
-        for (size_t i = 0; i < n; ++i)
-            if (plane[i] < 0 || plane[i] > image->maxValue) __builtin_trap();
-    }
-    if (image->mono)
-        for (size_t i = 0; i < n; ++i)
-            if (image->red[i] != image->green[i] || image->red[i] != image->blue[i]) __builtin_trap();
+    auto outOfRange = [image](int64_t v) { return v < 0 || v > image->maxValue; };
+    for (const int64_t* plane : {image->red, image->green, image->blue, image->alpha})
+        if (plane && std::any_of(plane, plane + n, outOfRange)) __builtin_trap();
+    const int64_t* red = image->red;
+    if (image->mono && (!std::equal(red, red + n, image->green) || !std::equal(red, red + n, image->blue)))
+        __builtin_trap();
 }
 
 // The whole of a reader's target: the input read from memory, the image checked.

@@ -7,12 +7,8 @@
 
 #include <vector>
 
-namespace {
-
 constexpr size_t kSizes[] = {6553440,  6573120,  7710960,  9219600, 10341600,
                              10383120, 12945240, 15636240, 15467760};
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2) return 0;
