@@ -80,7 +80,7 @@ TEST(LoadQuestions, OrderAndButtonsFollowTheFile) {
 
 TEST(LoadQuestions, AnswersActAndAreLoggedInOrder) {
     TempDir dir;
-    SetEnv("PELLUCIDA_STATE_DIR", dir.Path().string());
+    EnvScope stateDir("PELLUCIDA_STATE_DIR", dir.Path().string());
     LoadInfo info{.reader = FileReaderKind::kFits, .grey = true, .askDataGaps = true};
     ImagePtr image = Grey(int64_t{1} << 28, true);
     // Interpolate (the gaps take the median of the rest, alpha stays), non-linear,
@@ -102,5 +102,4 @@ TEST(LoadQuestions, AnswersActAndAreLoggedInOrder) {
     const LoadOutcome off = File_ApplyLoadAnswers(kept.get(), info, answers);
     EXPECT_FALSE(off.linear || off.tracking);
     EXPECT_EQ(kept->red[5], (int64_t{1} << 28) + 5);
-    UnsetEnv("PELLUCIDA_STATE_DIR");
 }

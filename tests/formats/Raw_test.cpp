@@ -15,9 +15,9 @@ namespace {
 
 // Packs samples MSB-first into the zeroed bytes at `out`, independently of
 // the reader.
-void Pack(const std::vector<uint32_t>& samples, int bits, uint8_t* out) {
+void Pack(const std::vector<int64_t>& samples, int bits, uint8_t* out) {
     size_t bit = 0;
-    for (uint32_t s : samples)
+    for (int64_t s : samples)
         for (int b = bits - 1; b >= 0; --b, ++bit)
             if (s >> b & 1) out[bit / 8] |= uint8_t(0x80 >> (bit % 8));
 }
@@ -39,8 +39,8 @@ TEST(RawFrames, AKnownSizeGivesItsFrameFromMemoryAndFromAFileAndAnyOtherSizeIsRe
     for (const Frame& f : kFrames) {
         SCOPED_TRACE(f.size);
         // Row 0 starts 0, 1, 2, ... ; the last pixel is the largest value.
-        const uint32_t top = (1u << f.bits) - 1;
-        std::vector<uint32_t> head = {0, 1, 2, 3, top, 0x155, 0x2AA, 7};
+        const int64_t top = (int64_t{1} << f.bits) - 1;
+        const std::vector<int64_t> head = {0, 1, 2, 3, top, 0x155, 0x2AA, 7};
         std::vector<uint8_t> bytes(f.size, 0);
         Pack(head, f.bits, bytes.data());
         // Rows follow each other without padding: row 1 starts right after row 0.
@@ -54,10 +54,9 @@ TEST(RawFrames, AKnownSizeGivesItsFrameFromMemoryAndFromAFileAndAnyOtherSizeIsRe
         for (const ImagePtr& image : images) {
             ASSERT_NE(image, nullptr);
             EXPECT_EQ(std::tuple(image->width, image->height, image->bitDepth, image->maxValue, image->mono),
-                      std::tuple(f.width, f.height, f.bits, int64_t(top), 1));
+                      std::tuple(f.width, f.height, f.bits, top, 1));
             for (const int64_t* plane : {image->red, image->green, image->blue})
-                EXPECT_EQ(std::vector<int64_t>(plane, plane + head.size()),
-                          std::vector<int64_t>(head.begin(), head.end()));
+                EXPECT_EQ(std::vector<int64_t>(plane, plane + head.size()), head);
             EXPECT_EQ((std::vector<int64_t>{image->red[f.width - 1], image->red[f.width],
                                             image->red[f.width + 3], image->red[end]}),
                       (std::vector<int64_t>{0, top, 7, top}));

@@ -148,8 +148,7 @@ TEST(Readers, KnownPixelsOfTheSamples) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file);
-        const std::string path = TestData_Path(c.file);
-        if (path.empty()) GTEST_SKIP() << "sample data not found: " << (TestData_Dir() / c.file).string();
+        PELLUCIDA_REQUIRE_DATA(path, c.file);
         const std::string extension = fs::path(path).extension().string();
         ImagePtr image(extension == ".png"   ? Png_Read(path.c_str())
                        : extension == ".bmp" ? Bmp_Read(path.c_str())
