@@ -86,12 +86,11 @@ TEST(LoadQuestions, AnswersActAndAreLoggedInOrder) {
     // Interpolate (the gaps take the median of the rest, alpha stays), non-linear,
     // reversed (linear again, tracking on).
     LoadAnswers answers{.dataGaps = 0, .dataset = 1, .reverse = 0};
-    const int64_t opaqueBefore = image->red[5];
     const LoadOutcome outcome = File_ApplyLoadAnswers(image.get(), info, answers);
     EXPECT_TRUE(outcome.linear && outcome.tracking);
     ASSERT_NE(image->alpha, nullptr);
     EXPECT_EQ(image->red[0], image->red[1]);
-    EXPECT_LT(image->red[5], opaqueBefore);  // the sRGB curve undone darkens mid-tones
+    EXPECT_LT(image->red[5], (int64_t{1} << 28) + 5);  // the sRGB curve undone darkens mid-tones
     const std::vector<uint8_t> bytes = ReadFileBytes(dir.Path() / kShellLogFileName);
     EXPECT_EQ(std::string(bytes.begin(), bytes.end()),
               "Type of Data: Modified and not linear\nImage size is 4 x 2\n");
