@@ -121,8 +121,7 @@ TEST(LoadPreparation, NearlyOpaqueCountsAsOpaqueGreyIsTestedAndEmptyImagesAreRef
     image->alpha[0] = image->maxValue - 1;
     LoadInfo info;
     ASSERT_TRUE(File_PrepareLoaded(image, &info));
-    EXPECT_EQ(info.transparentCount, 0);
-    EXPECT_TRUE(info.grey);
+    EXPECT_EQ(std::tuple(info.transparentCount, info.grey), std::tuple(0, true));
     Image_Free(image);
 
     image = Image_CreateCleared(2, 1);
@@ -130,8 +129,7 @@ TEST(LoadPreparation, NearlyOpaqueCountsAsOpaqueGreyIsTestedAndEmptyImagesAreRef
     image->alpha[1] = 65534;  // 16 bits: raised to 30 it falls below maxValue - 1
     image->blue[1] = 7;
     ASSERT_TRUE(File_PrepareLoaded(image, &info));
-    EXPECT_FALSE(info.grey);
-    EXPECT_EQ(info.transparentCount, 1);
+    EXPECT_EQ(std::tuple(info.transparentCount, info.grey), std::tuple(1, false));
     Image_Free(image);
 
     EXPECT_FALSE(File_PrepareLoaded(Image_CreateHeader(0, 5), &info));
