@@ -24,8 +24,7 @@ void Pack(const std::vector<int64_t>& samples, int bits, uint8_t* out) {
 
 struct Frame {
     size_t size;
-    int32_t width, height;
-    int bits;
+    int32_t width, height, bits;
 };
 
 // One frame of each depth: the reader's whole table of sizes is not repeated here.
