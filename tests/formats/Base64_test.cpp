@@ -17,10 +17,7 @@ TEST(Base64, EncodesTheStandardVectorsAndEveryPadding) {
         {"fooba", "Zm9vYmE="},
         {"foobar", "Zm9vYmFy"},
     };
-    for (const auto& [plain, encoded] : cases) {
-        const std::vector<uint8_t> bytes(plain.begin(), plain.end());
-        EXPECT_EQ(Base64_Encode(bytes), encoded) << plain;
-    }
-    const std::vector<uint8_t> top = {0xFB, 0xFF, 0xBF};  // 62, 63, 62, 63
-    EXPECT_EQ(Base64_Encode(top), "+/+/");
+    for (const auto& [plain, encoded] : cases)
+        EXPECT_EQ(Base64_Encode(std::vector<uint8_t>(plain.begin(), plain.end())), encoded) << plain;
+    EXPECT_EQ(Base64_Encode(std::vector<uint8_t>{0xFB, 0xFF, 0xBF}), "+/+/");  // 62, 63, 62, 63
 }

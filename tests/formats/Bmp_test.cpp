@@ -21,10 +21,6 @@ std::vector<int64_t> Planes(const ImageBuffer& image) {
     return out;
 }
 
-void Put16(std::vector<uint8_t>& out, size_t at, uint32_t v) {
-    out[at] = uint8_t(v);
-    out[at + 1] = uint8_t(v >> 8);
-}
 void Put32(std::vector<uint8_t>& out, size_t at, uint32_t v) {
     for (int i = 0; i < 4; ++i) out[at + i] = uint8_t(v >> (8 * i));
 }
@@ -33,19 +29,15 @@ void Put32(std::vector<uint8_t>& out, size_t at, uint32_t v) {
 // are given per file row, already padded.
 std::vector<uint8_t> MakeBmp(int32_t width, int32_t height, uint32_t bits, uint32_t compression,
                              const std::vector<uint8_t>& pixels, std::vector<uint32_t> masks = {}) {
-    const size_t header = 14 + 40 + masks.size() * 4;
-    std::vector<uint8_t> out(header, 0);
-    out[0] = 'B';
-    out[1] = 'M';
-    Put32(out, 2, uint32_t(header + pixels.size()));
-    Put32(out, 10, uint32_t(header));
-    Put32(out, 14, 40);
-    Put32(out, 18, uint32_t(width));
-    Put32(out, 22, uint32_t(height));
-    Put16(out, 26, 1);
-    Put16(out, 28, bits);
-    Put32(out, 30, compression);
-    for (size_t i = 0; i < masks.size(); ++i) Put32(out, 54 + 4 * i, masks[i]);
+    const uint32_t header = uint32_t(14 + 40 + masks.size() * 4);
+    // After "BM": file size, reserved, pixel offset; the info header's size,
+    // width, height, planes (1) and bits, compression and five zero fields.
+    const uint32_t w = uint32_t(width), h = uint32_t(height), size = header + uint32_t(pixels.size());
+    std::vector<uint32_t> fields = {size, 0, header, 40, w, h, 1 | bits << 16, compression, 0, 0, 0, 0, 0};
+    fields.insert(fields.end(), masks.begin(), masks.end());
+    std::vector<uint8_t> out = {'B', 'M'};
+    out.resize(header);
+    for (size_t i = 0; i < fields.size(); ++i) Put32(out, 2 + 4 * i, fields[i]);
     out.insert(out.end(), pixels.begin(), pixels.end());
     return out;
 }
@@ -54,11 +46,10 @@ std::vector<uint8_t> MakeBmp(int32_t width, int32_t height, uint32_t bits, uint3
 
 TEST(BmpPixels, RowOrderPaddingAndChannelMasks) {
     // 3 x 2 pixels, 24 bits: rows of 9 bytes padded to 12. Bytes are blue, green, red.
-    const std::vector<uint8_t> top = {1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0};
-    const std::vector<uint8_t> bottom = {11, 12, 13, 14, 15, 16, 17, 18, 19, 0, 0, 0};
-    std::vector<uint8_t> bottomUp = bottom, topDown = top;
-    bottomUp.insert(bottomUp.end(), top.begin(), top.end());
-    topDown.insert(topDown.end(), bottom.begin(), bottom.end());
+    const std::vector<uint8_t> bottomUp = {11, 12, 13, 14, 15, 16, 17, 18, 19, 0, 0, 0,
+                                           1,  2,  3,  4,  5,  6,  7,  8,  9,  0, 0, 0};
+    const std::vector<uint8_t> topDown = {1,  2,  3,  4,  5,  6,  7,  8,  9,  0, 0, 0,
+                                          11, 12, 13, 14, 15, 16, 17, 18, 19, 0, 0, 0};
     const std::vector<int64_t> rgb = {3, 6, 9, 13, 16, 19, 2, 5, 8, 12, 15, 18, 1, 4, 7, 11, 14, 17};
     // 10 bits a channel (red in bits 20..29, green 10..19, blue 0..9), and 5-6-5
     // in 32 bits, whose narrow channels stretch to the full range.

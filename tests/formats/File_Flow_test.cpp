@@ -53,10 +53,7 @@ constexpr int64_t kBright = int64_t(8000) << 16;
 
 // A w x h checkerboard of dim and bright samples: no border anywhere.
 ImagePtr Textured(int w, int h) {
-    ImagePtr image = Filled(w, h, 0);
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) Set(image.get(), x, y, (x + y) % 2 ? kBright : kDim);
-    return image;
+    return MakeImage(w, h, 30, [](int32_t x, int32_t y, int) { return (x + y) % 2 ? kBright : kDim; });
 }
 
 // Whether a border was found, and the box left, top, right, bottom.
@@ -68,24 +65,21 @@ Found Detect(const ImagePtr& image) {
     return {found, box.left, box.top, box.right, box.bottom};
 }
 
-TEST(StackingArtefacts, ALineWithNothingAboveTheMeanIsBorder) {
-    ImagePtr clean = Textured(8, 6);
-    EXPECT_EQ(Detect(clean), Found(false, 0, 0, 8, 6));
+TEST(StackingArtefacts, BorderLinesZeroEdgesAndTheWidestChannel) {
+    // A line with nothing above the mean is border; a checkerboard has none.
+    EXPECT_EQ(Detect(Textured(8, 6)), Found(false, 0, 0, 8, 6));
     // A flat image has no sample above its own mean: every line is border,
     // in both directions.
     EXPECT_EQ(Detect(Filled(5, 4, kDim)), Found(true, 5, 4, 0, 0));
     // Below 2^16 a sample is 0 at 14-bit precision, so the mean is 0 and any
     // non-zero sample ends the border.
     EXPECT_FALSE(std::get<0>(Detect(Filled(5, 4, 1000))));
-}
 
-TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
+    // Zero edges are cut off, and a zero first makes a line border.
     const int w = 12, h = 10;
     ImagePtr image = Textured(w, h);
-    for (int y = 0; y < h; ++y) {
-        Set(image.get(), 0, y, 0);  // two zero columns on the left
-        Set(image.get(), 1, y, 0);
-    }
+    for (int y = 0; y < h; ++y)
+        for (int x : {0, 1}) Set(image.get(), x, y, 0);  // two zero columns on the left
     // Every row starts with the zero columns, so walking along it meets a 0
     // before anything bright: rows are border from both sides.
     EXPECT_EQ(Detect(image), Found(true, 2, h, w, 0));
@@ -94,14 +88,11 @@ TEST(StackingArtefacts, ZeroEdgesAreCutOffAndAZeroFirstMakesALineBorder) {
     for (int x = 0; x < w; ++x) Set(bottom.get(), x, h - 1, 0);
     for (int x = 0; x < w; ++x) Set(bottom.get(), x, h - 2, kDim);  // dim, not zero: still border
     EXPECT_EQ(Detect(bottom), Found(true, 0, 0, w, h - 2));
-}
 
-TEST(StackingArtefacts, TheWidestChannelDecides) {
-    const int w = 6, h = 6;
-    ImagePtr image = Textured(w, h);
-    // Only the blue channel has a dim last column.
-    for (int y = 0; y < h; ++y) image->blue[y * w + (w - 1)] = 10;
-    EXPECT_EQ(Detect(image), Found(true, 0, 0, w - 1, h));
+    // The widest channel decides: only the blue one has a dim last column.
+    ImagePtr blue = Textured(6, 6);
+    for (int y = 0; y < 6; ++y) blue->blue[y * 6 + 5] = 10;
+    EXPECT_EQ(Detect(blue), Found(true, 0, 0, 5, 6));
 }
 
 TEST(LoadPreparation, TransparencyDecidesTheDataGapsQuestion) {
@@ -130,8 +121,7 @@ TEST(LoadPreparation, NearlyOpaqueCountsAsOpaqueGreyIsTestedAndEmptyImagesAreRef
     image->alpha[0] = image->maxValue - 1;
     LoadInfo info;
     ASSERT_TRUE(File_PrepareLoaded(image, &info));
-    EXPECT_EQ(info.transparentCount, 0);
-    EXPECT_TRUE(info.grey);
+    EXPECT_EQ(std::tuple(info.transparentCount, info.grey), std::tuple(0, true));
     Image_Free(image);
 
     image = Image_CreateCleared(2, 1);
@@ -139,8 +129,7 @@ TEST(LoadPreparation, NearlyOpaqueCountsAsOpaqueGreyIsTestedAndEmptyImagesAreRef
     image->alpha[1] = 65534;  // 16 bits: raised to 30 it falls below maxValue - 1
     image->blue[1] = 7;
     ASSERT_TRUE(File_PrepareLoaded(image, &info));
-    EXPECT_FALSE(info.grey);
-    EXPECT_EQ(info.transparentCount, 1);
+    EXPECT_EQ(std::tuple(info.transparentCount, info.grey), std::tuple(1, false));
     Image_Free(image);
 
     EXPECT_FALSE(File_PrepareLoaded(Image_CreateHeader(0, 5), &info));

@@ -27,45 +27,40 @@ std::vector<uint8_t> MakeFits(std::vector<std::string> cards, const std::vector<
     std::string header;
     for (const auto& c : cards) header += (c + std::string(80, ' ')).substr(0, 80);
     header.resize((header.size() + 2879) / 2880 * 2880, ' ');
-    std::vector<uint8_t> out(header.begin(), header.end());
-    out.insert(out.end(), data.begin(), data.end());
-    return out;
+    header.append(data.begin(), data.end());
+    return std::vector<uint8_t>(header.begin(), header.end());
 }
 
 // Values stored big-endian as BITPIX says.
 std::vector<uint8_t> BigEndian(int bitpix, const std::vector<double>& values) {
     std::vector<uint8_t> out;
     for (double v : values) {
-        const int bytes = std::abs(bitpix) / 8;
         const uint64_t u = bitpix == -32   ? std::bit_cast<uint32_t>(float(v))
                            : bitpix == -64 ? std::bit_cast<uint64_t>(v)
                                            : uint64_t(int64_t(v));
-        for (int b = bytes - 1; b >= 0; --b) out.push_back(uint8_t(u >> (8 * b)));
+        for (int b = std::abs(bitpix) / 8 - 1; b >= 0; --b) out.push_back(uint8_t(u >> (8 * b)));
     }
     return out;
 }
 
 constexpr auto ReadMemory = ReadBytes<&Fits_ReadMemory>;
 
-// The red plane; for colour images the green and blue ones after it.
+// The red plane; for colour images the green and blue ones after it, for grey
+// ones checked to equal it.
 std::vector<int64_t> Samples(const ImageBuffer* image) {
     const size_t n = size_t(image->width) * size_t(image->height);
     std::vector<int64_t> out(image->red, image->red + n);
-    if (image->mono) {
-        EXPECT_EQ(out, std::vector<int64_t>(image->green, image->green + n));
-        EXPECT_EQ(out, std::vector<int64_t>(image->blue, image->blue + n));
-    } else {
-        out.insert(out.end(), image->green, image->green + n);
-        out.insert(out.end(), image->blue, image->blue + n);
-    }
+    for (const int64_t* plane : {image->green, image->blue})
+        if (image->mono)
+            EXPECT_EQ(std::vector<int64_t>(plane, plane + n), out);
+        else
+            out.insert(out.end(), plane, plane + n);
     return out;
 }
 
 // A card "KEYWORD = value" in the free format.
 std::string Keyed(const std::string& keyword, const std::string& value) {
-    std::string key = keyword;
-    key.resize(8, ' ');
-    return key + "= " + value;
+    return (keyword + std::string(8, ' ')).substr(0, 8) + "= " + value;
 }
 
 constexpr int64_t kTop = 1073741822;  // 2^30 - 2: the final clamp keeps the top one below maxValue

@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <tuple>
 #include <vector>
 
@@ -53,15 +52,13 @@ TEST(JpegMarkers, ProgressiveAndOtherFramesAreRefusedBeforeDecoding) {
     ASSERT_NE(ReadMemory(good), nullptr);
     const size_t sof = FindMarker(good, 0xC0);
     ASSERT_NE(sof, std::string::npos);
-    for (uint8_t frame : {0xC1, 0xC2, 0xC3, 0xC9, 0xCA}) {
+    // Frames other than baseline; 0xFE makes the frame header a comment.
+    for (uint8_t frame : {0xC1, 0xC2, 0xC3, 0xC9, 0xCA, 0xFE}) {
         auto edited = good;
         edited[sof + 1] = frame;
         SCOPED_TRACE(int(frame));
         ExpectRefused(edited);
     }
-    auto noFrame = good;
-    noFrame[sof + 1] = 0xFE;  // the frame header becomes a comment
-    EXPECT_EQ(ReadMemory(noFrame), nullptr);
     auto noSoi = good;
     noSoi[1] = 0xD9;
     EXPECT_EQ(ReadMemory(noSoi), nullptr);
@@ -118,16 +115,15 @@ TEST(JpegFiles, HuffmanTablesWithMoreThan256CodesAreRefused) {
     before[dht + 5 + 15] = 0xFF;  // sixteen-bit codes of the first table
     ExpectRefused(before);
 
-    // The same table placed after the scan, before the end marker.
-    const std::vector<uint8_t> table(
-        before.begin() + long(dht),
-        before.begin() + long(dht) + 2 + (size_t(before[dht + 2]) << 8 | before[dht + 3]));
-    auto after = bytes;
-    after.insert(after.end() - 2, table.begin(), table.end());
-    ExpectRefused(after);
-    auto fine = bytes;
-    const std::vector<uint8_t> goodTable(bytes.begin() + long(dht),
-                                         bytes.begin() + long(dht) + long(table.size()));
-    fine.insert(fine.end() - 2, goodTable.begin(), goodTable.end());
+    // The same table placed after the scan, before the end marker; the
+    // table as written is accepted there.
+    auto tableAtEnd = [&](const std::vector<uint8_t>& from) {
+        const auto table = from.begin() + long(dht);
+        auto out = bytes;
+        out.insert(out.end() - 2, table, table + 2 + long(size_t(table[2]) << 8 | table[3]));
+        return out;
+    };
+    ExpectRefused(tableAtEnd(before));
+    const auto fine = tableAtEnd(bytes);
     EXPECT_TRUE(Jpeg_IsBaseline(fine.data(), fine.size()));
 }

@@ -13,20 +13,18 @@
 
 namespace {
 
-// Packs samples MSB-first into a bit stream, independently of the reader.
-std::vector<uint8_t> Pack(const std::vector<uint32_t>& samples, int bits) {
-    std::vector<uint8_t> out((samples.size() * size_t(bits) + 7) / 8, 0);
+// Packs samples MSB-first into the zeroed bytes at `out`, independently of
+// the reader.
+void Pack(const std::vector<int64_t>& samples, int bits, uint8_t* out) {
     size_t bit = 0;
-    for (uint32_t s : samples)
+    for (int64_t s : samples)
         for (int b = bits - 1; b >= 0; --b, ++bit)
             if (s >> b & 1) out[bit / 8] |= uint8_t(0x80 >> (bit % 8));
-    return out;
 }
 
 struct Frame {
     size_t size;
-    int32_t width, height;
-    int bits;
+    int32_t width, height, bits;
 };
 
 // One frame of each depth: the reader's whole table of sizes is not repeated here.
@@ -40,16 +38,14 @@ TEST(RawFrames, AKnownSizeGivesItsFrameFromMemoryAndFromAFileAndAnyOtherSizeIsRe
     for (const Frame& f : kFrames) {
         SCOPED_TRACE(f.size);
         // Row 0 starts 0, 1, 2, ... ; the last pixel is the largest value.
-        const uint32_t top = (1u << f.bits) - 1;
-        std::vector<uint32_t> head = {0, 1, 2, 3, top, 0x155, 0x2AA, 7};
+        const int64_t top = (int64_t{1} << f.bits) - 1;
+        const std::vector<int64_t> head = {0, 1, 2, 3, top, 0x155, 0x2AA, 7};
         std::vector<uint8_t> bytes(f.size, 0);
-        const auto packed = Pack(head, f.bits);
-        std::copy(packed.begin(), packed.end(), bytes.begin());
+        Pack(head, f.bits, bytes.data());
         // Rows follow each other without padding: row 1 starts right after row 0.
-        const auto second = Pack({top, 5, 6, 7}, f.bits);
-        std::copy(second.begin(), second.end(), bytes.begin() + long(size_t(f.width) * size_t(f.bits) / 8));
-        const auto last = Pack({top, top, top, top}, f.bits);
-        std::copy(last.begin(), last.end(), bytes.end() - long(last.size()));
+        Pack({top, 5, 6, 7}, f.bits, bytes.data() + size_t(f.width) * size_t(f.bits) / 8);
+        // The last four samples end the file (both depths pack them into whole bytes).
+        Pack({top, top, top, top}, f.bits, bytes.data() + f.size - size_t(4 * f.bits / 8));
         WriteFileBytes(path, bytes);
         const ImagePtr images[] = {ImagePtr(Raw_ReadMemory(bytes.data(), bytes.size())),
                                    ImagePtr(Raw_Read(path.c_str()))};
@@ -57,10 +53,9 @@ TEST(RawFrames, AKnownSizeGivesItsFrameFromMemoryAndFromAFileAndAnyOtherSizeIsRe
         for (const ImagePtr& image : images) {
             ASSERT_NE(image, nullptr);
             EXPECT_EQ(std::tuple(image->width, image->height, image->bitDepth, image->maxValue, image->mono),
-                      std::tuple(f.width, f.height, f.bits, int64_t(top), 1));
+                      std::tuple(f.width, f.height, f.bits, top, 1));
             for (const int64_t* plane : {image->red, image->green, image->blue})
-                EXPECT_EQ(std::vector<int64_t>(plane, plane + head.size()),
-                          std::vector<int64_t>(head.begin(), head.end()));
+                EXPECT_EQ(std::vector<int64_t>(plane, plane + head.size()), head);
             EXPECT_EQ((std::vector<int64_t>{image->red[f.width - 1], image->red[f.width],
                                             image->red[f.width + 3], image->red[end]}),
                       (std::vector<int64_t>{0, top, 7, top}));

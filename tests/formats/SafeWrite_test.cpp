@@ -29,7 +29,6 @@ namespace fs = std::filesystem;
 
 class SafeWriteTest : public testing::Test {
 protected:
-    std::string Path(const char* name) const { return m_dir.File(name); }
     static std::string Contents(const std::string& path) {
         const std::vector<uint8_t> bytes = ReadFileBytes(path);
         return std::string(bytes.begin(), bytes.end());
@@ -37,7 +36,6 @@ protected:
     static void Put(const std::string& path, const std::string& text) {
         WriteFileBytes(path, std::vector<uint8_t>(text.begin(), text.end()));
     }
-    size_t FilesInFolder() const { return m_dir.Count(); }
 
     TempDir m_dir;
 };
@@ -49,8 +47,7 @@ int WithFileSizeLimit(rlim_t limit, Fn write) {
     rlimit old{};
     getrlimit(RLIMIT_FSIZE, &old);
     void (*oldHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit lowered = old;
-    lowered.rlim_cur = limit;
+    const rlimit lowered{.rlim_cur = limit, .rlim_max = old.rlim_max};
     setrlimit(RLIMIT_FSIZE, &lowered);
     const int result = write();
     setrlimit(RLIMIT_FSIZE, &old);
@@ -63,11 +60,11 @@ int WithFileSizeLimit(rlim_t limit, Fn write) {
 
 TEST_F(SafeWriteTest, AWriteReplacesTheFileOnlyWhenItIsCommitted) {
     const uint8_t data[] = {1, 2, 3};
-    EXPECT_EQ(File_SafeWrite(Path("no/such/folder/out.bin").c_str(), data, 1), 0);
+    EXPECT_EQ(File_SafeWrite(m_dir.File("no/such/folder/out.bin").c_str(), data, 1), 0);
     EXPECT_EQ(File_SafeWrite(nullptr, data, 1), 0);
-    EXPECT_EQ(FilesInFolder(), 0u) << "nothing created when nothing can be written";
+    EXPECT_EQ(m_dir.Count(), 0u) << "nothing created when nothing can be written";
 
-    const std::string target = Path("out.bin");
+    const std::string target = m_dir.File("out.bin");
     Put(target, "old contents");
     {
         SafeWriteFile file;
@@ -75,21 +72,21 @@ TEST_F(SafeWriteTest, AWriteReplacesTheFileOnlyWhenItIsCommitted) {
         std::fputs("partial", file.Stream());
     }  // destroyed without Commit
     EXPECT_EQ(Contents(target), "old contents");
-    EXPECT_EQ(FilesInFolder(), 1u);
+    EXPECT_EQ(m_dir.Count(), 1u);
 
     Put(target + ".tmp0", "someone else's");
     EXPECT_EQ(File_SafeWrite(target.c_str(), data, 3), 1);
     EXPECT_EQ(Contents(target), std::string("\x01\x02\x03", 3));
     EXPECT_EQ(Contents(target + ".tmp0"), "someone else's")
         << "a stale temporary is neither reused nor destroyed";
-    EXPECT_EQ(FilesInFolder(), 2u) << "a temporary file left behind";
+    EXPECT_EQ(m_dir.Count(), 2u) << "a temporary file left behind";
 }
 
 // A folder and a file named in other scripts, as UTF-8 like every name in the
 // program: a save creates the file, a second one replaces it through its
 // temporary, and the reader finds it.
 TEST_F(SafeWriteTest, NamesInAnyScriptAreWrittenReplacedAndRead) {
-    const std::string folder = Path("\u00D8rion_\u661F");
+    const std::string folder = m_dir.File("\u00D8rion_\u661F");
     ASSERT_TRUE(fs::create_directory(Host_Path(folder)));
     const std::string target = folder + "/M42_\u00E9.tif";
     const uint8_t first[] = {1}, second[] = {2, 3};
@@ -103,26 +100,21 @@ TEST_F(SafeWriteTest, NamesInAnyScriptAreWrittenReplacedAndRead) {
 
 #ifdef PELLUCIDA_HAVE_FSIZE_LIMIT
 TEST_F(SafeWriteTest, EveryWriterThatFailsMidWayKeepsTheOldFile) {
-    struct Writer {
-        const char* name;
-        int (*write)(const ImageBuffer*, const char*);
-    };
-    const Writer writers[] = {{"old.tiff", &Tiff_Write}, {"old.png", &Png_Write}, {"old.jpg", &Jpeg_Write}};
     // Noise compresses badly, so every encoded file is far above the limit.
     ImagePtr image = MakeImage(256, 256, 16, [](int32_t x, int32_t y, int c) {
         return int64_t(TestHash(uint64_t(y) << 20 | uint64_t(x) << 2 | uint64_t(c)) & 0xFFFF);
     });
-    for (const Writer& w : writers) {
-        SCOPED_TRACE(w.name);
-        const std::string target = Path(w.name);
+    for (auto [name, write] :
+         {std::pair{"old.tiff", &Tiff_Write}, {"old.png", &Png_Write}, {"old.jpg", &Jpeg_Write}}) {
+        SCOPED_TRACE(name);
+        const std::string target = m_dir.File(name);
         Put(target, "the user's previous save");
-        const int result = WithFileSizeLimit(4096, [&] { return w.write(image.get(), target.c_str()); });
-        EXPECT_EQ(result, 0);
+        EXPECT_EQ(WithFileSizeLimit(4096, [&] { return write(image.get(), target.c_str()); }), 0);
         EXPECT_EQ(Contents(target), "the user's previous save");
-        EXPECT_EQ(FilesInFolder(), 1u) << "temporary file left behind";
+        EXPECT_EQ(m_dir.Count(), 1u) << "temporary file left behind";
         fs::remove(target);
         // Without the limit the same write succeeds.
-        EXPECT_EQ(w.write(image.get(), target.c_str()), 1);
+        EXPECT_EQ(write(image.get(), target.c_str()), 1);
         fs::remove(target);
     }
 }

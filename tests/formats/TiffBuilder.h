@@ -39,49 +39,44 @@ public:
         std::vector<Item> entries = m_entries;
         const size_t strips = m_pixels.empty() ? 0 : (m_pixels.size() + m_stripBytes - 1) / m_stripBytes;
         if (strips) {
-            std::vector<uint32_t> offsets(strips), counts(strips);
+            std::vector<uint32_t> counts(strips);
             for (size_t i = 0; i < strips; ++i)
                 counts[i] = uint32_t(std::min(m_stripBytes, m_pixels.size() - i * m_stripBytes));
-            entries.push_back({273, 4, offsets});
+            entries.push_back({273, 4, std::vector<uint32_t>(strips)});  // offsets, known below
             entries.push_back({279, 4, counts});
         }
         // The header, the directory, the values too long for their entry, then the pixels.
         const size_t longStart = 8 + 2 + entries.size() * 12 + 4;
         size_t pixelStart = longStart;
         for (const Item& e : entries) pixelStart += Bytes(e).size() > 4 ? Bytes(e).size() : 0;
-        for (Item& e : entries)
-            if (e.tag == 273 && strips)
-                for (size_t s = 0; s < strips; ++s) e.values[s] = uint32_t(pixelStart + s * m_stripBytes);
+        for (size_t s = 0; s < strips; ++s)
+            entries[entries.size() - 2].values[s] = uint32_t(pixelStart + s * m_stripBytes);
         std::vector<uint8_t> out = {uint8_t(m_big ? 'M' : 'I'), uint8_t(m_big ? 'M' : 'I')}, longValues;
-        Put16(out, 42);
-        Put32(out, 8);
-        Put16(out, uint16_t(entries.size()));
+        Put(out, 42, 2);
+        Put(out, 8, 4);
+        Put(out, uint32_t(entries.size()), 2);
         for (const Item& e : entries) {
             std::vector<uint8_t> bytes = Bytes(e);
-            Put16(out, e.tag);
-            Put16(out, e.type);
-            Put32(out, uint32_t(e.values.size()));
+            Put(out, e.tag, 2);
+            Put(out, e.type, 2);
+            Put(out, uint32_t(e.values.size()), 4);
             if (bytes.size() > 4) {
-                Put32(out, uint32_t(longStart + longValues.size()));
+                Put(out, uint32_t(longStart + longValues.size()), 4);
                 longValues.insert(longValues.end(), bytes.begin(), bytes.end());
             } else {
                 bytes.resize(4, 0);
                 out.insert(out.end(), bytes.begin(), bytes.end());
             }
         }
-        Put32(out, 0);  // no next directory
+        Put(out, 0, 4);  // no next directory
         out.insert(out.end(), longValues.begin(), longValues.end());
         out.insert(out.end(), m_pixels.begin(), m_pixels.end());
         return out;
     }
 
-    // Helpers for writing sample values in the file's byte order.
-    void Put16(std::vector<uint8_t>& out, uint16_t v) const {
-        out.push_back(m_big ? uint8_t(v >> 8) : uint8_t(v));
-        out.push_back(m_big ? uint8_t(v) : uint8_t(v >> 8));
-    }
-    void Put32(std::vector<uint8_t>& out, uint32_t v) const {
-        for (int i = 0; i < 4; ++i) out.push_back(uint8_t(v >> (m_big ? 24 - 8 * i : 8 * i)));
+    // Writes a value of `size` bytes (1, 2 or 4) in the file's byte order.
+    void Put(std::vector<uint8_t>& out, uint32_t v, int size) const {
+        for (int i = 0; i < size; ++i) out.push_back(uint8_t(v >> 8 * (m_big ? size - 1 - i : i)));
     }
 
 private:
@@ -92,10 +87,7 @@ private:
     };
     std::vector<uint8_t> Bytes(const Item& e) const {
         std::vector<uint8_t> bytes;
-        for (uint32_t v : e.values)
-            e.type == 3   ? Put16(bytes, uint16_t(v))
-            : e.type == 1 ? bytes.push_back(uint8_t(v))
-                          : Put32(bytes, v);
+        for (uint32_t v : e.values) Put(bytes, v, e.type == 3 ? 2 : e.type);
         return bytes;
     }
 

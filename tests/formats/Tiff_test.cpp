@@ -11,8 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <cmath>
-#include <cstring>
+#include <cstdlib>
 #include <limits>
 #include <tuple>
 
@@ -50,13 +49,11 @@ TEST(TiffSamples, BothByteOrdersWhiteIsZeroAndTheFloatMapping) {
         TiffBuilder t(c.big);
         t.Basic(uint32_t(c.samples.size()), 1, 1, c.bits, c.photometric, c.sampleFormat);
         std::vector<uint8_t> px;
-        for (uint32_t v : c.samples)
-            c.bits == 8 ? px.push_back(uint8_t(v)) : c.bits == 16 ? t.Put16(px, uint16_t(v)) : t.Put32(px, v);
+        for (uint32_t v : c.samples) t.Put(px, v, int(c.bits / 8));
         t.Pixels(px, 3);
         ImagePtr image = ReadMemory(t.Build());
         ASSERT_NE(image, nullptr);
-        EXPECT_EQ(image->bitDepth, c.bits);
-        EXPECT_EQ(image->mono, 1);
+        EXPECT_EQ(std::tuple(image->bitDepth, image->mono), std::tuple(c.bits, 1));
         EXPECT_EQ(std::vector<int64_t>(image->red, image->red + c.samples.size()), c.expected);
         EXPECT_EQ(std::vector<int64_t>(image->blue, image->blue + c.samples.size()), c.expected);
     }
@@ -184,25 +181,22 @@ std::vector<uint8_t> ExpectedLayout(const ImageBuffer* image) {
         {273, 4, 1, pixels}, {277, 3, 1, 3}, {278, 4, 1, h},          {279, 4, 1, size}, {282, 5, 1, xres},
         {283, 5, 1, yres},   {296, 3, 1, 1}, {65000, 1, extra, after}};
     std::vector<uint8_t> out = {'I', 'I', 42, 0, 8, 0, 0, 0};
-    le.Put16(out, uint16_t(entries));
-    for (uint32_t e = 0; e < entries; ++e) {
-        le.Put16(out, uint16_t(directory[e][0]));
-        le.Put16(out, uint16_t(directory[e][1]));
-        for (int k : {2, 3}) le.Put32(out, directory[e][k]);
-    }
-    for (uint32_t v : {0, 1, 1, 1, 1}) le.Put32(out, v);  // no next directory; resolutions 1/1
-    for (int i = 0; i < 3; ++i) le.Put16(out, 16);        // bits per sample
+    le.Put(out, entries, 2);
+    for (uint32_t e = 0; e < entries; ++e)
+        for (int k = 0; k < 4; ++k) le.Put(out, directory[e][k], k < 2 ? 2 : 4);  // tag and type are shorts
+    for (uint32_t v : {0, 1, 1, 1, 1}) le.Put(out, v, 4);  // no next directory; resolutions 1/1
+    for (int i = 0; i < 3; ++i) le.Put(out, 16, 2);        // bits per sample
     const int s = 16 - image->bitDepth;
     for (size_t i = 0; i < size_t(w) * h; ++i)
         for (const int64_t* plane : {image->red, image->green, image->blue})
-            le.Put16(out, uint16_t(std::clamp<int64_t>(s > 0 ? plane[i] << s : plane[i] >> -s, 0, 65535)));
+            le.Put(out, uint32_t(std::clamp<int64_t>(s > 0 ? plane[i] << s : plane[i] >> -s, 0, 65535)), 2);
     if (attach) out.insert(out.end(), image->attachment, image->attachment + image->attachmentSize);
     return out;
 }
 
 }  // namespace
 
-TEST(TiffWriter, LayoutIsByteForByteTheFixedOneAndReadsBack) {
+TEST(TiffWriter, LayoutIsByteForByteTheFixedOneReadsBackAndBadTargetsFail) {
     TempDir dir;
     const std::string path = dir.File("out.tif");
     for (int depth : {30, 16, 8})
@@ -215,13 +209,9 @@ TEST(TiffWriter, LayoutIsByteForByteTheFixedOneAndReadsBack) {
             }
             Image_AddAlpha(image.get());  // neither alpha nor aux is ever written
             Image_AddAux(image.get());
-            std::vector<uint8_t> block(size);
-            for (size_t i = 0; i < size; ++i) block[i] = uint8_t(i * 37 + 11);
-            if (size) {
-                image->attachment = static_cast<uint8_t*>(std::malloc(size));
-                std::memcpy(image->attachment, block.data(), size);
-                image->attachmentSize = uint32_t(size);
-            }
+            if (size) image->attachment = static_cast<uint8_t*>(std::malloc(size));
+            for (size_t i = 0; i < size; ++i) image->attachment[i] = uint8_t(i * 37 + 11);
+            image->attachmentSize = uint32_t(size);
             ASSERT_EQ(Tiff_Write(image.get(), path.c_str()), 1);
             EXPECT_EQ(ReadFileBytes(path), ExpectedLayout(image.get()));
 
@@ -229,16 +219,14 @@ TEST(TiffWriter, LayoutIsByteForByteTheFixedOneAndReadsBack) {
             ASSERT_NE(back, nullptr);
             EXPECT_EQ(std::tuple(back->bitDepth, back->mono, back->alpha), std::tuple(16, 0, nullptr));
             ASSERT_EQ(back->attachmentSize, size);
-            EXPECT_TRUE(std::equal(block.begin(), block.end(), back->attachment));
+            EXPECT_TRUE(std::equal(image->attachment, image->attachment + size, back->attachment));
             if (depth != 16) continue;  // other depths are rescaled to 16 bits
             for (auto [written, read] :
                  {std::pair{image->red, back->red}, {image->green, back->green}, {image->blue, back->blue}})
                 EXPECT_TRUE(std::equal(written, written + 35, read));
         }
-}
 
-TEST(TiffWriter, NullPathOrUncreatableFileFails) {
-    TempDir dir;
+    // No image, no path, a folder that is not there or a folder as the target.
     ImagePtr image = Pattern(2, 2, 16);
     EXPECT_EQ(Tiff_Write(image.get(), nullptr), 0);
     EXPECT_EQ(Tiff_Write(nullptr, dir.File("x.tif").c_str()), 0);

@@ -7,13 +7,8 @@
 #include "FuzzCheck.h"
 #include "image/Tracking.h"
 
-#include <cstdio>
-
 inline void Fuzz_TrackingSlot(const uint8_t* data, size_t size) {
-    FILE* slot = std::fopen(Tracking_SlotPath(0, 0).c_str(), "wb");
-    if (!slot) return;
-    if (size) std::fwrite(data, 1, size, slot);  // an empty input may come without bytes
-    std::fclose(slot);
+    if (!Fuzz_WriteFile(Tracking_SlotPath(0, 0), data, size)) return;
     ImagePtr image(Tracking_ReadSlot(0, 0, size % 2 == 1));
     Fuzz_CheckImage(image.get());
 }

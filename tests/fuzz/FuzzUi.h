@@ -3,6 +3,7 @@
 // both run exactly the same steps. A broken promise traps.
 #pragma once
 
+#include "FuzzCheck.h"
 #include "ui/Entities.h"
 #include "ui/Layout.h"
 #include "ui/Toolkit.h"
@@ -12,23 +13,14 @@
 #include "ui/archive/Sqi_Decode.h"
 #include "ui/markup/Markup_Form.h"
 
-#include <unistd.h>
-
-#include <cstdio>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 // The input written to a file and opened as a volume; every record the slot
 // walk reaches is looked up by name and read, in pieces and whole.
 inline void Fuzz_Archive(const uint8_t* data, size_t size) {
-    static const std::string path =
-        (std::filesystem::temp_directory_path() / ("pellucida_fuzz_archive_" + std::to_string(getpid())))
-            .string();
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) return;
-    if (size) std::fwrite(data, 1, size, file);  // an empty input may come without bytes
-    std::fclose(file);
+    static const std::string path = Fuzz_TempFolder("archive") + "/volume";
+    if (!Fuzz_WriteFile(path, data, size)) return;
     ResourceArchive archive;
     if (ResourceArchive_AddVolume(&archive, path.c_str()) != kResourceOk) return;
     std::vector<ResourceRecordInfo> records;

@@ -3,7 +3,5 @@
 #include "tests/fuzz/FuzzCheck.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    ImagePtr image(Bmp_ReadMemory(data, size));
-    Fuzz_CheckImage(image.get());
-    return 0;
+    return Fuzz_Reader(&Bmp_ReadMemory, data, size);
 }

@@ -5,15 +5,11 @@
 #include "image/History.h"
 #include "tests/fuzz/FuzzCheck.h"
 
-#include <cstdio>
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const std::string path = Fuzz_TempFolder("history") + "/state.pst";
-    FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) return 0;
-    std::fwrite(data, 1, size, file);
-    std::fclose(file);
+    if (!Fuzz_WriteFile(path, data, size)) return 0;
     HistoryState state;
     ImagePtr image, mask;
     if (!History_ReadFile(path, &state, &image, &mask)) {

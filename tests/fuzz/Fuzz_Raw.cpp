@@ -7,12 +7,8 @@
 
 #include <vector>
 
-namespace {
-
 constexpr size_t kSizes[] = {6553440,  6573120,  7710960,  9219600, 10341600,
                              10383120, 12945240, 15636240, 15467760};
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2) return 0;
@@ -22,7 +18,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static std::vector<uint8_t> frame;
     frame.resize(frameSize);
     for (size_t i = 0; i < frameSize; ++i) frame[i] = data[1 + i % (size - 1)];
-    ImagePtr image(Raw_ReadMemory(frame.data(), frame.size()));
-    Fuzz_CheckImage(image.get());
-    return 0;
+    return Fuzz_Reader(&Raw_ReadMemory, frame.data(), frame.size());
 }
