@@ -32,12 +32,7 @@ using Result = DesktopDialogResult;
 constexpr const char* kNoBus = "unix:path=/nonexistent/pellucida-test-bus";
 
 DesktopDialogRequest Request(bool save, const std::string& proposed = "", uint64_t x11Window = 0) {
-    DesktopDialogRequest request;
-    request.save = save;
-    request.title = save ? "Save Image" : "Open Image";
-    request.proposed = proposed;
-    request.x11Window = x11Window;
-    return request;
+    return {save, save ? "Save Image" : "Open Image", proposed, x11Window};
 }
 
 TEST(DesktopDialog, FileUrisBecomeLocalPaths) {
