@@ -11,7 +11,7 @@ packages=(
   clang libclang-rt-14-dev
   xvfb xauth matchbox-window-manager xdotool wmctrl imagemagick x11-xserver-utils
   desktop-file-utils
-  dbus-daemon
+  dbus-daemon python3-dbusmock
   fonts-dejavu-core
   chromium
 )

@@ -19,6 +19,7 @@
 #include <future>
 #include <map>
 #include <optional>
+#include <thread>
 #include <utility>
 
 extern char** environ;
@@ -30,14 +31,14 @@ using testing::Not;
 using Result = DesktopDialogResult;
 
 constexpr const char* kNoBus = "unix:path=/nonexistent/pellucida-test-bus";
+// The fake portal is a template for python-dbusmock, a library made for
+// standing in for D-Bus services: it owns the name, serves the object and
+// stays on the bus, and the template only records the call and answers it.
+// Debian's package installs it for Debian's own interpreter.
+constexpr const char* kFakePortal = PELLUCIDA_TEST_SOURCE_DIR "/support/fake_portal.py";
 
 DesktopDialogRequest Request(bool save, const std::string& proposed = "", uint64_t x11Window = 0) {
-    DesktopDialogRequest request;
-    request.save = save;
-    request.title = save ? "Save Image" : "Open Image";
-    request.proposed = proposed;
-    request.x11Window = x11Window;
-    return request;
+    return {save, save ? "Save Image" : "Open Image", proposed, x11Window};
 }
 
 TEST(DesktopDialog, FileUrisBecomeLocalPaths) {
@@ -151,34 +152,32 @@ protected:
         if (!std::getenv("PELLUCIDA_PRIVATE_BUS"))
             GTEST_SKIP() << "needs a private session bus: ctest runs these under dbus-run-session "
                             "(host.portal_dialogs)";
+        if (std::system("/usr/bin/python3 -c 'import dbusmock' 2>/dev/null") != 0)
+            GTEST_SKIP() << "needs python-dbusmock (Debian package python3-dbusmock)";
     }
     void TearDown() override { Finish(); }
 
-    // Waits for the fake portal, which ends when its caller has left the bus.
+    // Ends the fake portal, which would otherwise stay on the bus for ever.
     void Finish() {
         if (m_pid <= 0) return;
+        kill(m_pid, SIGTERM);
         int status = 0;
         waitpid(std::exchange(m_pid, -1), &status, 0);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the fake portal failed";
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << "the fake portal failed";
     }
 
-    void Start(std::vector<std::string> answer) {
-        answer.insert(answer.begin(), {PELLUCIDA_FAKE_PORTAL, dir.File("record")});
-        std::vector<char*> argv;
-        for (std::string& a : answer) argv.push_back(a.data());
-        argv.push_back(nullptr);
-        int out[2];
-        ASSERT_EQ(pipe(out), 0);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-        posix_spawn_file_actions_addclose(&actions, out[0]);
-        ASSERT_EQ(posix_spawn(&m_pid, argv[0], &actions, nullptr, argv.data(), environ), 0);
-        posix_spawn_file_actions_destroy(&actions);
-        close(out[1]);
-        char ready[6] = {};
-        EXPECT_EQ(read(out[0], ready, 6), 6) << "the fake portal did not take the name";
-        close(out[0]);
+    // dbusmock opens its log once it owns the portal's name.
+    void Start(const std::string& answer) {
+        const std::string log = dir.File("log");
+        std::filesystem::remove(log);  // the last case's
+        const std::string parameters =
+            R"({"record": ")" + dir.File("record") + R"(", "answer": ")" + answer + R"("})";
+        const char* argv[] = {"/usr/bin/python3", "-m", "dbusmock",         "--template", kFakePortal, "-l",
+                              log.c_str(),        "-p", parameters.c_str(), nullptr};
+        ASSERT_EQ(posix_spawn(&m_pid, argv[0], nullptr, nullptr, const_cast<char**>(argv), environ), 0);
+        for (int i = 0; i < 1000 && !std::filesystem::exists(log); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        ASSERT_TRUE(std::filesystem::exists(log)) << "the fake portal did not take the name";
     }
     // The dialog through the portal. One that misses the answer would wait for
     // ever; after 10 s the fake portal is ended, which frees it.
@@ -204,19 +203,19 @@ private:
 
 TEST_F(PortalDialog, AnswersAndCancels) {
     struct Case {
-        std::vector<std::string> answer;
+        const char* answer;
         Result result;
         const char* chosen;
     };
     const Case cases[] = {
-        {{"0", "file:///data/M%2042.fits"}, Result::kChosen, "/data/M 42.fits"},
-        {{"1"}, Result::kCanceled, "before"},
-        {{"2"}, Result::kCanceled, "before"},
-        {{"0", "https://example.org/M42.fits"}, Result::kCanceled, "before"},
-        {{"vanish"}, Result::kCanceled, "before"},  // the portal left without an answer
+        {"0 file:///data/M%2042.fits", Result::kChosen, "/data/M 42.fits"},
+        {"1", Result::kCanceled, "before"},
+        {"2", Result::kCanceled, "before"},
+        {"0 https://example.org/M42.fits", Result::kCanceled, "before"},
+        {"vanish", Result::kCanceled, "before"},  // the portal left without an answer
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.answer[0]);
+        SCOPED_TRACE(c.answer);
         Start(c.answer);
         std::string chosen = "before";
         EXPECT_EQ(Show(Request(false), &chosen), c.result);
@@ -226,7 +225,7 @@ TEST_F(PortalDialog, AnswersAndCancels) {
 }
 
 TEST_F(PortalDialog, SaveProposesNameFolderAndType) {
-    Start({"0", "file:///out/M42.png"});
+    Start("0 file:///out/M42.png");
     std::string chosen;
     EXPECT_EQ(Show(Request(true, "/data/M42.tiff", 0x2a), &chosen), Result::kChosen);
     EXPECT_EQ(chosen, "/out/M42.png");
@@ -247,7 +246,7 @@ TEST_F(PortalDialog, SaveProposesNameFolderAndType) {
 }
 
 TEST_F(PortalDialog, OpenOffersEveryReadableTypeFromTheNamesFolder) {
-    Start({"1"});
+    Start("1");
     std::string chosen;
     EXPECT_EQ(Show(Request(false, "/data/M42.fits"), &chosen), Result::kCanceled);
     std::map<std::string, std::string> received = Received();

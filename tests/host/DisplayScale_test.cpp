@@ -8,8 +8,6 @@
 
 #include "support/Files.h"
 
-#include <cstdlib>
-
 namespace {
 
 TEST(DisplayScale, UserSettingThenFontDensityThenPhysicalDensity) {
@@ -58,20 +56,14 @@ TEST(DisplayScale, XftDpiFromTheResourceDatabase) {
     for (const Case& c : cases) EXPECT_EQ(HostDisplay_XftDpi(c.resources), c.dpi) << c.resources;
 }
 
-class DisplayScaleRun : public HostTest {
-protected:
-    void TearDown() override {
-        UnsetEnv("PELLUCIDA_HEADLESS_SCALE");
-        HostTest::TearDown();
-    }
-};
+using DisplayScaleRun = HostTest;
 
 TEST_F(DisplayScaleRun, TheToolkitTakesTheBackendScaleInPercent) {
     auto tk = Toolkit_CreateBare();
     Toolkit_MeasureDisplayScale(tk.get());
     EXPECT_EQ(tk->displayScalePercent, 100u);
     for (const auto& [env, percent] : {std::pair{"1.5", 150u}, {"2", 200u}, {"0.5", 100u}, {"9", 400u}}) {
-        SetEnv("PELLUCIDA_HEADLESS_SCALE", env);
+        EnvScope scale("PELLUCIDA_HEADLESS_SCALE", env);
         Toolkit_MeasureDisplayScale(tk.get());
         EXPECT_EQ(tk->displayScalePercent, percent) << env;
     }

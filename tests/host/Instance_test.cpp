@@ -123,15 +123,11 @@ class InstanceFolderTest : public testing::Test {
 protected:
     TempDir dir;
     const fs::path runtime = dir.Path() / "runtime";  // private to its owner, the session's
+    EnvScope tmp{"TMPDIR", dir.Path().string()};
+    EnvScope session{"XDG_RUNTIME_DIR", runtime.string()};
     void SetUp() override {
-        setenv("TMPDIR", dir.Path().c_str(), 1);
         fs::create_directory(runtime);
         chmod(runtime.c_str(), 0700);
-        setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
-    }
-    void TearDown() override {
-        unsetenv("TMPDIR");
-        unsetenv("XDG_RUNTIME_DIR");
     }
 };
 

@@ -57,16 +57,24 @@ TEST(Workers, EachWorkerTakesInterleavedColumnsOfEveryRowUntilStopped) {
     EXPECT_GE(Host_GetProcessorCount(), 1u);
 }
 
-TEST(Workers, WaitReturnsWhenTheLastWorkerEnds) {
+// Runs until released.
+struct Task {
     std::atomic<bool> release{false};
-    auto worker = [](void* arg) {
-        while (!static_cast<std::atomic<bool>*>(arg)->load())
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    };
-    Host_StartWorker(worker, &release);
-    Host_StartWorker(worker, &release);
+    std::atomic<int> runs{0};
+};
+
+void BlockingTask(void* context) {
+    auto* task = static_cast<Task*>(context);
+    task->runs.fetch_add(1);
+    while (!task->release.load()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+TEST(Workers, WaitReturnsWhenTheLastWorkerEnds) {
+    Task task;
+    Host_StartWorker(BlockingTask, &task);
+    Host_StartWorker(BlockingTask, &task);
     EXPECT_EQ(Host_GetWorkerCount(), 2u);
-    release = true;
+    task.release = true;
     Host_WaitWorkers();
     EXPECT_EQ(Host_GetWorkerCount(), 0u);
     Host_WaitWorkers();  // nothing running: returns at once
@@ -97,17 +105,6 @@ TEST(Workers, AWorkerWhoseThreadNeverBeginsIsRunByTheWaiterOnce) {
         EXPECT_EQ(share.ranOn, std::this_thread::get_id());
     }
     EXPECT_EQ(Host_GetWorkerCount(), 0u);
-}
-
-struct Task {
-    std::atomic<bool> release{false};
-    std::atomic<int> runs{0};
-};
-
-void BlockingTask(void* context) {
-    auto* task = static_cast<Task*>(context);
-    task->runs.fetch_add(1);
-    while (!task->release.load()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 TEST(BackgroundTask, OnlyOneRunsAtATimeAndItsFlagFallsWhenItEnds) {

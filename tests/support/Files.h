@@ -71,13 +71,7 @@ public:
         if (const char* old = std::getenv(name)) m_old = old;
         SetEnv(name, value);
     }
-    ~EnvScope() {
-        if (m_old) {
-            SetEnv(m_name, *m_old);
-        } else {
-            UnsetEnv(m_name);
-        }
-    }
+    ~EnvScope() { m_old ? SetEnv(m_name, *m_old) : UnsetEnv(m_name); }
     EnvScope(const EnvScope&) = delete;
     EnvScope& operator=(const EnvScope&) = delete;
 

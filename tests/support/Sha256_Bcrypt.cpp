@@ -4,11 +4,7 @@
 
 #include <bcrypt.h>
 
-namespace {
-
 constexpr ULONG kDigestBytes = 32;
-
-}  // namespace
 
 struct Sha256::Context {
     BCRYPT_ALG_HANDLE algorithm = nullptr;
