@@ -3,8 +3,9 @@
 // index record "#" in slot 0 and one record per entry, chained per bucket.
 #pragma once
 
+#include "support/Files.h"
+
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -60,18 +61,14 @@ inline std::vector<uint8_t> Build(const std::vector<Entry>& entries, const Optio
     }
     file[76] = uint8_t(slots >> 8);
     file[77] = uint8_t(slots);
-    // Bucket heads and chains: the first entry of a bucket is its head, the
-    // later ones hang off the previous one's "next".
+    // Bucket heads and chains, built from the last entry back: the first entry
+    // of a bucket is its head, the later ones hang off the previous one's "next".
     std::vector<uint16_t> heads(8192, 0);
     std::vector<uint16_t> next(slots, 0);
-    std::vector<uint16_t> tail(8192, 0);
-    for (uint32_t s = options.withIndex ? 1 : 0; s < slots; ++s) {
+    for (uint32_t s = slots; s-- > (options.withIndex ? 1u : 0u);) {
         const uint32_t b = Bucket(records[s].name);
-        if (!heads[b])
-            heads[b] = uint16_t(s);
-        else
-            next[tail[b]] = uint16_t(s);
-        tail[b] = uint16_t(s);
+        next[s] = heads[b];
+        heads[b] = uint16_t(s);
     }
     if (options.withIndex)
         for (uint32_t b = 0; b < 8192; ++b) PutLe(records[0].data, 2 * b, heads[b], 2);
@@ -99,11 +96,7 @@ inline std::vector<uint8_t> Bytes(const std::string& text) {
 
 inline std::string WriteTemp(const std::vector<uint8_t>& bytes, const std::string& name) {
     const std::filesystem::path path = std::filesystem::temp_directory_path() / ("pellucida_ui_" + name);
-    std::FILE* f = std::fopen(path.string().c_str(), "wb");
-    if (f) {
-        std::fwrite(bytes.data(), 1, bytes.size(), f);
-        std::fclose(f);
-    }
+    WriteFileBytes(path, bytes);
     return path.string();
 }
 

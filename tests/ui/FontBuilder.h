@@ -16,10 +16,8 @@ struct TestGlyph {
     uint16_t code = 0;
     uint16_t advance = 0;  // sub-units
     int16_t stemX = 0;
-    int16_t secondStemX = 0;
-    // Contours of (x, y) points in sub-units, all on the curve unless listed in offCurve.
+    // Contours of (x, y) points in sub-units, all on the curve.
     std::vector<std::vector<std::pair<int, int>>> contours;
-    std::vector<std::pair<int, int>> offCurve;  // (contour, point) pairs
 };
 
 struct TestFont {
@@ -27,7 +25,6 @@ struct TestFont {
     uint16_t ascent = 36 * kFontSubUnits;
     uint16_t replacement = 0;
     std::vector<TestGlyph> glyphs;  // glyph i maps from glyphs[i].code; codes ascending
-    std::vector<std::pair<int16_t, int16_t>> zones;
     std::vector<std::tuple<uint16_t, uint16_t, int16_t>> kerning;
 
     static void Put16(std::vector<uint8_t>& out, std::initializer_list<int> values) {
@@ -53,14 +50,12 @@ struct TestFont {
             int lx = 0, ly = 0;
             for (size_t c = 0; c < g.contours.size(); ++c) {
                 counts.push_back(uint8_t(g.contours[c].size()));
-                for (size_t p = 0; p < g.contours[c].size(); ++p) {
-                    bool on = true;
-                    for (auto [oc, op] : g.offCurve) on = on && !(size_t(oc) == c && size_t(op) == p);
-                    flags.push_back(on ? kFontOnCurve : 0);
-                    Put16(xs, {g.contours[c][p].first - lx});
-                    Put16(ys, {g.contours[c][p].second - ly});
-                    lx = g.contours[c][p].first;
-                    ly = g.contours[c][p].second;
+                for (auto [x, y] : g.contours[c]) {
+                    flags.push_back(kFontOnCurve);
+                    Put16(xs, {x - lx});
+                    Put16(ys, {y - ly});
+                    lx = x;
+                    ly = y;
                 }
             }
             std::vector<uint8_t> body = counts;
@@ -68,11 +63,10 @@ struct TestFont {
             if (body.size() % 2) body.push_back(0);
             out.push_back(uint8_t(g.contours.size()));
             out.push_back(uint8_t(body.size() / 2));
-            Put16(out, {g.advance, g.stemX, g.secondStemX});
+            Put16(out, {g.advance, g.stemX, 0});  // no second stem
             out.insert(out.end(), body.begin(), body.end());
         }
-        Put16(out, {int(zones.size())});
-        for (auto [f, o] : zones) Put16(out, {f, o});
+        Put16(out, {0});  // no zones
         Put16(out, {int(kerning.size())});
         for (auto [l, r, a] : kerning) Put16(out, {l, r, a});
         return out;

@@ -13,6 +13,8 @@
 #include "ui/widgets/List.h"
 #include "ui/widgets/Selector.h"
 
+#include <numeric>
+
 namespace {
 
 TEST(FieldEditing, CaretInsertsDeletesWholeCharactersAndRefusesControls) {
@@ -218,9 +220,7 @@ TEST_F(ToolkitTest, HistogramCountsEverySampleIntoNumBins) {
     EXPECT_EQ(
         (std::vector<uint32_t>{red[0], red[1], red[3], red[127], red[128], red[255], green[0], green[255]}),
         (std::vector<uint32_t>{2, 1, 2, 1, 1, 1, 1, 2}));
-    uint32_t total = 0;
-    for (uint32_t v : record->bins[2]) total += v;
-    EXPECT_EQ(total, 8u);
+    EXPECT_EQ(std::accumulate(record->bins[2].begin(), record->bins[2].end(), 0u), 8u);
     Toolkit_Dispatch(tk.get());
 }
 
