@@ -11,13 +11,17 @@
 
 namespace {
 
-using archive_test::Build;
-using archive_test::Bytes;
-using archive_test::WriteTemp;
+using namespace archive_test;
 
 struct OpenedArchive {
     ResourceArchive archive;
     int code = -1;
+    ResourceEntry* entry = nullptr;
+
+    // Opens `name` for reading into `entry`; the code it gave.
+    int OpenEntry(const std::string& name) {
+        return ResourceArchive_OpenEntry(&archive, name.c_str(), kResourceModeRead, &entry);
+    }
 };
 
 std::unique_ptr<OpenedArchive> Open(const std::vector<uint8_t>& file, const std::string& tag) {
@@ -27,7 +31,6 @@ std::unique_ptr<OpenedArchive> Open(const std::vector<uint8_t>& file, const std:
 }
 
 TEST(ResourceArchiveHeader, OnlyAVdskArchiveWithAnIndexIsAdded) {
-    using archive_test::Options;
     for (auto [tag, options, code] : {std::tuple{"ok", Options{}, kResourceOk},
                                       {"creator", Options{.creator = "VDSX"}, kResourceCorrupt},
                                       {"type", Options{.type = "DATA"}, kResourceCorrupt},
@@ -44,19 +47,18 @@ TEST(ResourceArchiveHeader, OnlyAVdskArchiveWithAnIndexIsAdded) {
 
 TEST(ResourceArchiveHeader, ZeroSpanBeforeTheIndexGivesEleven) {
     // Put an entry before the index: the walk must step over it by its span.
-    archive_test::Layout layout;
+    Layout layout;
     std::vector<uint8_t> file = Build({{"a.xml", Bytes("x")}, {"#", std::vector<uint8_t>(16384, 0)}},
-                                      archive_test::Options{.withIndex = false}, &layout);
-    auto good = Open(file, "spanok");
-    EXPECT_EQ(good->code, kResourceOk);
+                                      Options{.withIndex = false}, &layout);
+    EXPECT_EQ(Open(file, "spanok")->code, kResourceOk);
     file[layout.recordOffsets[0] + 12] = 0;  // span of slot 0
     EXPECT_EQ(Open(file, "span0")->code, kResourceNoIndex);
 }
 
 TEST(ResourceArchiveLookup, TwoNamesInOneBucketAreBothFoundAndEmptyOrMissingEntriesGiveNothing) {
-    const auto [first, second] = archive_test::CollidingNames();
-    ASSERT_EQ(archive_test::Bucket(first), archive_test::Bucket(second));
-    ASSERT_EQ(Resources_Hash(first.c_str()) & 0x1FFF, archive_test::Bucket(first));
+    const auto [first, second] = CollidingNames();
+    ASSERT_EQ(Bucket(first), Bucket(second));
+    ASSERT_EQ(Resources_Hash(first.c_str()) & 0x1FFF, Bucket(first));
     auto a = Open(Build({{first, Bytes("one")}, {"empty.txt", {}}, {second, Bytes("second")}}), "bucket");
     ASSERT_EQ(a->code, kResourceOk);
     EXPECT_EQ(ResourceArchive_LoadWhole(&a->archive, first.c_str()), Bytes("one"));
@@ -69,43 +71,37 @@ TEST(ResourceArchiveLookup, TwoNamesInOneBucketAreBothFoundAndEmptyOrMissingEntr
 TEST(ResourceArchiveLookup, EmptyBucketGivesSevenWithoutReadingARecord) {
     // Every entry record is made unreadable (its slot points past the end of
     // the file): had the lookup read one, it would report a broken archive.
-    archive_test::Layout layout;
+    Layout layout;
     std::vector<uint8_t> file = Build({{"a.xml", Bytes("x")}, {"b.xml", Bytes("y")}}, {}, &layout);
-    for (uint32_t slot = 1; slot < 3; ++slot) archive_test::PutBe32(file, 78 + 8 * slot, 0x7FFFFFF0);
+    for (uint32_t slot = 1; slot < 3; ++slot) PutBe32(file, 78 + 8 * slot, 0x7FFFFFF0);
     auto a = Open(file, "empty_bucket");
     ASSERT_EQ(a->code, kResourceOk);
-    std::string missing = "missing.xml";
-    ASSERT_NE(archive_test::Bucket(missing), archive_test::Bucket("a.xml"));
-    ASSERT_NE(archive_test::Bucket(missing), archive_test::Bucket("b.xml"));
-    ResourceEntry* entry = nullptr;
-    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, missing.c_str(), kResourceModeRead, &entry),
-              kResourceNotFound);
-    EXPECT_EQ(entry, nullptr);
+    const std::string missing = "missing.xml";
+    ASSERT_NE(Bucket(missing), Bucket("a.xml"));
+    ASSERT_NE(Bucket(missing), Bucket("b.xml"));
+    EXPECT_EQ(a->OpenEntry(missing), kResourceNotFound);
+    EXPECT_EQ(a->entry, nullptr);
     // The damaged records themselves are reported as a broken archive.
-    EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, "a.xml", kResourceModeRead, &entry), kResourceCorrupt);
+    EXPECT_EQ(a->OpenEntry("a.xml"), kResourceCorrupt);
 }
 
 TEST(ResourceArchiveLookup, ANameMissingFromItsChainIsNotFoundAndABrokenChainIsCorrupt) {
-    const auto [first, second] = archive_test::CollidingNames();
+    const auto [first, second] = CollidingNames();
     // The only record's "next": the end of the chain, beyond the slots, itself.
     for (auto [next, code] :
          {std::pair{0, kResourceNotFound}, {99, kResourceCorrupt}, {1, kResourceCorrupt}}) {
-        archive_test::Layout layout;
+        Layout layout;
         std::vector<uint8_t> file = Build({{first, Bytes("one")}}, {}, &layout);
-        archive_test::PutLe(file, layout.recordOffsets[1] + 16, uint32_t(next), 2);
-        auto a = Open(file, "chain" + std::to_string(next));
-        ResourceEntry* entry = nullptr;
-        EXPECT_EQ(ResourceArchive_OpenEntry(&a->archive, second.c_str(), kResourceModeRead, &entry), code)
-            << next;
+        PutLe(file, layout.recordOffsets[1] + 16, uint32_t(next), 2);
+        EXPECT_EQ(Open(file, "chain" + std::to_string(next))->OpenEntry(second), code) << next;
     }
 }
 
 TEST(ResourceArchiveLookup, IndexItselfIsFoundByTheWalkAndANewerVolumeIsSearchedFirst) {
     auto a = Open(Build({{"a.xml", Bytes("old")}, {"b.xml", Bytes("only old")}}), "vol_old");
-    ResourceEntry* entry = nullptr;
-    ASSERT_EQ(ResourceArchive_OpenEntry(&a->archive, "#", kResourceModeRead, &entry), kResourceOk);
-    EXPECT_EQ(entry->dataLength, 16384u);
-    ResourceEntry_Close(&a->archive, entry);
+    ASSERT_EQ(a->OpenEntry("#"), kResourceOk);
+    EXPECT_EQ(a->entry->dataLength, 16384u);
+    ResourceEntry_Close(&a->archive, a->entry);
     EXPECT_TRUE(a->archive.entries.empty());
     ASSERT_EQ(ResourceArchive_AddVolume(&a->archive,
                                         WriteTemp(Build({{"a.xml", Bytes("new")}}), "vol_new").c_str()),
@@ -116,8 +112,8 @@ TEST(ResourceArchiveLookup, IndexItselfIsFoundByTheWalkAndANewerVolumeIsSearched
 
 TEST(ResourceEntryRead, ReadsAndSeeksAreHeldToTheData) {
     auto a = Open(Build({{"data.bin", Bytes("0123456789")}}), "read");
-    ResourceEntry* entry = nullptr;
-    ASSERT_EQ(ResourceArchive_OpenEntry(&a->archive, "data.bin", kResourceModeRead, &entry), kResourceOk);
+    ASSERT_EQ(a->OpenEntry("data.bin"), kResourceOk);
+    ResourceEntry* entry = a->entry;
     char buffer[8] = {};
     EXPECT_EQ(ResourceEntry_Read(&a->archive, entry, nullptr, 1), kResourceNoTarget);  // only advances
     EXPECT_EQ(ResourceEntry_Read(&a->archive, entry, buffer, 3), kResourceOk);

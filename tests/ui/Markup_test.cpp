@@ -26,6 +26,12 @@ protected:
         const auto* label = Widget_Record<LabelRecord>(Find(id));
         return label ? label->text : "(no label)";
     }
+    // Loads the markup and returns what the reader printed.
+    std::string Printed(const std::string& markup, const char* name = "test.xml") {
+        testing::internal::CaptureStdout();
+        Load(markup, nullptr, name);
+        return testing::internal::GetCapturedStdout();
+    }
 };
 using ToolkitEventsDeathTest = MarkupTest;
 
@@ -119,12 +125,10 @@ TEST_F(MarkupTest, WordsMatchExactlyAndGeometryValuesFollowTheScreen) {
         R"(<BUTTON ID="B3" Rounded="full"></BUTTON><BITMAP ID="B4" FillMode="stretch"></BITMAP>)"
         R"(<LAYOUT ID="B5" Quadrant="NorthEast"></LAYOUT><LAYOUT ID="B6" Quadrant="Middle"></LAYOUT></FORM>)");
     // Unknown words change nothing.
-    EXPECT_EQ(Rec<ButtonRecord>("B1")->rounded, 15u);
-    EXPECT_EQ(Rec<ButtonRecord>("B2")->rounded, 0u);
-    EXPECT_EQ(Rec<ButtonRecord>("B3")->rounded, 0u);
-    EXPECT_EQ(Rec<BitmapRecord>("B4")->fillMode, kFillAutoFit);
-    EXPECT_EQ(Rec<LayoutRecord>("B5")->quadrant, kQuadrantNorthEast);
-    EXPECT_EQ(Rec<LayoutRecord>("B6")->quadrant, kQuadrantCenter);
+    EXPECT_EQ(std::tuple(Rec<ButtonRecord>("B1")->rounded, Rec<ButtonRecord>("B2")->rounded,
+                         Rec<ButtonRecord>("B3")->rounded, Rec<BitmapRecord>("B4")->fillMode,
+                         Rec<LayoutRecord>("B5")->quadrant, Rec<LayoutRecord>("B6")->quadrant),
+              std::tuple(15u, 0u, 0u, kFillAutoFit, kQuadrantNorthEast, kQuadrantCenter));
     for (auto [text, value] : {std::pair{"50%", 16384},
                                {"100%", 32768},
                                {"33%", (33 << 15) / 100},
@@ -201,12 +205,11 @@ TEST_F(MarkupTest, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacter) {
 }
 
 TEST_F(MarkupTest, SectionsDoNotNest) {
-    testing::internal::CaptureStdout();
     // An inner "/CONDITIONAL" re-activates the rest of the outer section.
-    Load(R"(<CONDITIONAL Condition="a=b"><LABEL ID="Out1"></LABEL>)"
-         R"(<CONDITIONAL Condition="c=d"><LABEL ID="In__"></LABEL></CONDITIONAL>)"
-         R"(<LABEL ID="Out2"></LABEL></CONDITIONAL>)");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(Printed(R"(<CONDITIONAL Condition="a=b"><LABEL ID="Out1"></LABEL>)"
+                      R"(<CONDITIONAL Condition="c=d"><LABEL ID="In__"></LABEL></CONDITIONAL>)"
+                      R"(<LABEL ID="Out2"></LABEL></CONDITIONAL>)"),
+              "");
     EXPECT_EQ(Find("Out1"), nullptr);
     EXPECT_EQ(Find("In__"), nullptr);
     EXPECT_NE(Find("Out2"), nullptr);
@@ -217,12 +220,13 @@ TEST_F(MarkupTest, SectionsDoNotNest) {
 }
 
 TEST_F(MarkupTest, ChildrenOfControlsAndUnknownElementsAreSkipped) {
-    testing::internal::CaptureStdout();
-    Load(R"(<?xml version="1.0"?><!-- a comment --><FORM ID="Frm_">)"
-         R"(<BUTTON ID="Btn_"><LABEL ID="Skp1"><LAYOUT ID="Skp2"></LAYOUT></LABEL></BUTTON>)"
-         R"(<UNKNOWN ID="Unk_"><LABEL ID="Kept"></LABEL></UNKNOWN>)"
-         R"(<LABEL ID="Last" Bogus="1"></LABEL><LABEL ID="One_" Text="a/b"/><LAYOUT ID="Two_"/></FORM>)");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(
+        Printed(
+            R"(<?xml version="1.0"?><!-- a comment --><FORM ID="Frm_">)"
+            R"(<BUTTON ID="Btn_"><LABEL ID="Skp1"><LAYOUT ID="Skp2"></LAYOUT></LABEL></BUTTON>)"
+            R"(<UNKNOWN ID="Unk_"><LABEL ID="Kept"></LABEL></UNKNOWN>)"
+            R"(<LABEL ID="Last" Bogus="1"></LABEL><LABEL ID="One_" Text="a/b"/><LAYOUT ID="Two_"/></FORM>)"),
+        "");
     Widget* form = Find("Frm_");
     ASSERT_NE(form, nullptr);
     for (const char* skipped : {"Skp1", "Skp2", "Unk_"}) EXPECT_EQ(Find(skipped), nullptr) << skipped;
@@ -238,13 +242,10 @@ TEST_F(MarkupTest, ChildrenOfControlsAndUnknownElementsAreSkipped) {
 }
 
 TEST_F(MarkupTest, UnbalancedMarkupSaysSoAndKeepsTheWidgets) {
-    testing::internal::CaptureStdout();
-    Load(R"(<FORM ID="Frm_"><LABEL ID="Lbl_"></LABEL>)", nullptr, "Pellucida_Broken.xml");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <Pellucida_Broken.xml>\n");
+    EXPECT_EQ(Printed(R"(<FORM ID="Frm_"><LABEL ID="Lbl_"></LABEL>)", "Pellucida_Broken.xml"),
+              "OPENS != CLOSES <Pellucida_Broken.xml>\n");
     EXPECT_NE(Find("Lbl_"), nullptr);
-    testing::internal::CaptureStdout();
-    Load(R"(</FORM></LABEL>)");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <test.xml>\n");
+    EXPECT_EQ(Printed(R"(</FORM></LABEL>)"), "OPENS != CLOSES <test.xml>\n");
 }
 
 int g_draws = 0;

@@ -19,13 +19,9 @@ uint32_t Covered(uint32_t v) {
 
 // A widget at (x, y) of w x h on the canvas, whose padded rows show any write past the framebuffer's width.
 SqiTarget Target(DrawCanvas& c, int32_t x, int32_t y, int32_t w, int32_t h, uint32_t mode = kFillStretch) {
-    SqiTarget t;
-    t.pixels = c.pixels.data();
-    t.pixelsPerRow = uint32_t(c.pixelsPerRow);
-    t.framebufferWidth = uint32_t(c.width);
-    t.framebufferHeight = uint32_t(c.height);
-    t.x = x, t.y = y, t.width = w, t.height = h, t.fillMode = mode;
-    return t;
+    // The framebuffer, then the widget's rectangle and fill mode, in the order SqiTarget declares them.
+    return {
+        c.pixels.data(), uint32_t(c.pixelsPerRow), uint32_t(c.width), uint32_t(c.height), x, y, w, h, mode};
 }
 
 // Placement by fill mode: the destination, its offset in the widget and the
