@@ -64,7 +64,7 @@ TEST(DrawColour, EightBitChannelsRoundToTheNearestLevel) {
         }
 }
 
-TEST(DrawColour, BlendingIsExactAtTheEndsAndRoundsInBetween) {
+TEST(DrawColour, BlendingIsExactAtTheEndsAndRoundsInBetweenAndFullCoverageIsOpaque) {
     const uint32_t black = 0, white = Draw_PixelFrom565(0xFFFF);
     EXPECT_EQ(Draw_Blend(black, 0xFFFF, 0), black);
     EXPECT_EQ(Draw_Blend(black, 0xFFFF, 256), white);
@@ -76,15 +76,13 @@ TEST(DrawColour, BlendingIsExactAtTheEndsAndRoundsInBetween) {
     EXPECT_EQ(Draw_565FromPixel(Draw_Blend(under, Draw_Pack565({10, 0, 31}), 64)), Draw_Pack565({18, 30, 8}));
     // Blended results keep the rule whatever the pixel held in its low bits.
     EXPECT_EQ(Draw_Blend(0x00FFFFFFu, 0x0000, 1) & 0xFF070307u, 0u);
-}
-
-TEST(DrawColour, CoverageBecomesAlphaWithFullCoverageOpaque) {
+    // Coverage becomes alpha, full coverage opaque.
     EXPECT_EQ((std::vector<uint32_t>{Draw_AlphaFromCoverage(0), Draw_AlphaFromCoverage(127),
                                      Draw_AlphaFromCoverage(128), Draw_AlphaFromCoverage(255)}),
               (std::vector<uint32_t>{0, 127, 129, 256}));
 }
 
-TEST(DrawRect, FillsAreClippedToTheSurfaceAndTheClip) {
+TEST(DrawRect, FillsAreClippedToTheSurfaceAndTheClipAndEmptyOnesDrawNothing) {
     DrawCanvas c(16, 16, kSentinel);
     Draw_FillRect(c.surface, {-100, -100, 1000, 1000}, kBlue);
     EXPECT_TRUE(c.PaddingIs(kSentinel)) << "rows end at the surface's width, not its stride";
@@ -95,26 +93,22 @@ TEST(DrawRect, FillsAreClippedToTheSurfaceAndTheClip) {
         ClipScope scope(d.surface, {4, 4, 4, 4});
         {
             ClipScope inner(d.surface, {6, 0, 10, 16});  // narrows, never widens
-            EXPECT_EQ(d.surface.clip.x, 6);
-            EXPECT_EQ(d.surface.clip.width, 2);
+            EXPECT_EQ(std::pair(d.surface.clip.x, d.surface.clip.width), std::pair(6, 2));
             Draw_FillRect(d.surface, {0, 0, 16, 16}, kRed);
         }
-        EXPECT_EQ(d.surface.clip.x, 4);
-        EXPECT_EQ(d.surface.clip.width, 4);
+        EXPECT_EQ(std::pair(d.surface.clip.x, d.surface.clip.width), std::pair(4, 4));
     }
     EXPECT_EQ(d.surface.clip.width, 16) << "the scope restores the whole surface";
     DrawTest_ExpectPixels(d, [](int32_t x, int32_t y) {
         return DrawTest_Inside({6, 4, 2, 4}, x, y) ? Draw_PixelFrom565(kRed) : kSentinel;
     });
-}
-
-TEST(DrawRect, EmptyAndHugeRectanglesDrawNothingOrStayInside) {
-    DrawCanvas c(8, 8, kSentinel);
-    Draw_FillRect(c.surface, {2, 2, 0, 5}, kRed);
-    Draw_FillRect(c.surface, {2, 2, 5, -3}, kRed);
-    Draw_FillRect(c.surface, {INT32_MAX - 2, 0, 100, 8}, kRed);
-    Draw_FillRect(c.surface, {8, 0, 4, 4}, kRed);
-    for (uint32_t p : c.pixels) ASSERT_EQ(p, kSentinel);
+    // Empty and huge rectangles draw nothing or stay inside.
+    DrawCanvas e(8, 8, kSentinel);
+    Draw_FillRect(e.surface, {2, 2, 0, 5}, kRed);
+    Draw_FillRect(e.surface, {2, 2, 5, -3}, kRed);
+    Draw_FillRect(e.surface, {INT32_MAX - 2, 0, 100, 8}, kRed);
+    Draw_FillRect(e.surface, {8, 0, 4, 4}, kRed);
+    for (uint32_t p : e.pixels) ASSERT_EQ(p, kSentinel);
     Surface none = Draw_MakeSurface(nullptr, 0, 10, 10);
     Draw_FillRect(none, {0, 0, 10, 10}, kRed);  // a surface without pixels is empty
     EXPECT_EQ(none.width, 0);
@@ -153,7 +147,7 @@ TEST(DrawRect, GradientRunsFromTopRowToBottomRowInRoundedSteps) {
     EXPECT_EQ(clipped.At(1, 9), 0u);
 }
 
-TEST(DrawBlit, ClipsOnEverySideAndKeepsTheSourceAlignment) {
+TEST(DrawBlit, ClipsOnEverySideKeepsTheSourceAlignmentAndBlendsByAlpha) {
     // Source pixel (i, j) holds a colour made from its position, off the 5-6-5
     // rule: the copy brings it onto the rule (the rounding itself is Draw_Quantize's test).
     auto source = [](int32_t i, int32_t j) { return Draw_PixelFromFields({i, j, 7}) + 0x00050206u; };
@@ -170,13 +164,11 @@ TEST(DrawBlit, ClipsOnEverySideAndKeepsTheSourceAlignment) {
         });
         EXPECT_TRUE(c.PaddingIs(kSentinel));
     }
-}
-
-TEST(DrawBlit, BlendingBlitWeighsEachPixelByItsAlpha) {
-    const uint32_t src[4] = {0x00FFFFFFu, 0xFFFFFFFFu, 0x80FFFFFFu, 0xFF000000u};
+    // The blending blit weighs each pixel by its alpha.
+    const uint32_t alphas[4] = {0x00FFFFFFu, 0xFFFFFFFFu, 0x80FFFFFFu, 0xFF000000u};
     DrawCanvas c(4, 1, Draw_PixelFrom565(0x0000));
     c.At(3, 0) = Draw_PixelFrom565(0xFFFF);
-    Draw_BlitBlend(c.surface, 0, 0, {src, 4, 4, 1});
+    Draw_BlitBlend(c.surface, 0, 0, {alphas, 4, 4, 1});
     EXPECT_EQ(c.At(0, 0), 0u) << "alpha 0 leaves the pixel";
     EXPECT_EQ(c.At(1, 0), Draw_PixelFrom565(0xFFFF));
     EXPECT_EQ(Draw_565FromPixel(c.At(2, 0)), Draw_Pack565({16, 32, 16})) << "alpha 128 weighs 129/256";
@@ -208,7 +200,7 @@ TEST(DrawRoundRect, RadiusZeroIsAPlainFillOrOutlineAndFullRadiusADisc) {
     EXPECT_NEAR(double(sum) / 31.0, 3.14159265 * 10.5 * 10.5, 3.0) << "the area of a circle of radius 10.5";
 }
 
-TEST(DrawRoundRect, ClippingCutsWithoutChangingWhatIsDrawn) {
+TEST(DrawShapes, ClippingCutsRoundedRectanglesUnchangedAndHoldsLinesAndCircles) {
     DrawCanvas whole(40, 30), part(40, 30);
     Draw_FillRoundRect(whole.surface, {3, 3, 34, 24}, 9.0f, kWhite);
     Draw_StrokeRoundRect(whole.surface, {3, 3, 34, 24}, 9.0f, 2.5f, 0xF800);
@@ -219,9 +211,7 @@ TEST(DrawRoundRect, ClippingCutsWithoutChangingWhatIsDrawn) {
     }
     DrawTest_ExpectPixels(part, [&](int32_t x, int32_t y) { return x < 12 && y < 11 ? whole.At(x, y) : 0u; });
     EXPECT_TRUE(part.PaddingIs(0));
-}
-
-TEST(DrawShapes, ShapesStayInsideTheClip) {
+    // Lines and circles stay inside the clip whatever their coordinates.
     DrawCanvas c(40, 40);
     {
         ClipScope scope(c.surface, {10, 10, 10, 10});

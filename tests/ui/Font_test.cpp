@@ -40,7 +40,7 @@ TestFont TwoGlyphs() {
     return f;
 }
 
-TEST(FontLoad, HandMadeEntryReadsBack) {
+TEST(FontLoad, HandMadeEntryReadsBackAndEveryTruncationOrBrokenTableIsRefused) {
     const auto font = TestFont_Load(TwoGlyphs());
     ASSERT_NE(font, nullptr);
     ASSERT_EQ(font->glyphs.size(), 2u);
@@ -55,9 +55,6 @@ TEST(FontLoad, HandMadeEntryReadsBack) {
                               Font_Kerning(*font, 0, 1), Font_Scale(*font, 18)}),
         (std::vector<int64_t>{48, 36 * u, 1, 18 * u, 2 * u, 10 * u, 20 * u, 0, 1, -2 * u, 0,
                               (18 << 10) / 48}));
-}
-
-TEST(FontLoad, RefusesAnotherMagicEveryTruncationAndBrokenTables) {
     const std::vector<uint8_t> b = TwoGlyphs().Bytes();
     for (size_t n = 0; n < b.size(); ++n) EXPECT_EQ(Font_Load(b.data(), n), nullptr) << n << " bytes";
 
@@ -118,7 +115,7 @@ TEST(FontLoad, DamagedEntriesAreRefusedOrDrawnSafely) {
     EXPECT_GT(loaded, 10) << "most single changes to glyph bodies still load";
 }
 
-TEST(FontRender, AdvanceSpacingAndKerningMoveThePen) {
+TEST(FontRender, AdvanceSpacingAndKerningMoveThePenAndOverlapsDoNotCancel) {
     const auto font =
         TestFont_LoadGlyphs({TestFont_BoxGlyph('I'), TestFont_BoxGlyph('J')}, {{0, 1, -3 * kFontSubUnits}});
     ASSERT_NE(font, nullptr);
@@ -137,16 +134,14 @@ TEST(FontRender, AdvanceSpacingAndKerningMoveThePen) {
     for (auto [x, inked] :
          {std::pair{2, true}, {9, true}, {10, false}, {12, false}, {13, true}, {20, true}, {21, false}})
         EXPECT_EQ(c.At(x, 20), inked ? kFull : 0u) << x;
-}
-
-TEST(FontRender, OverlappingContoursDoNotCancelOrOverflow) {
+    // Overlapping contours do not cancel or overflow.
     TestGlyph g = TestFont_BoxGlyph('I');
     g.contours.push_back(TestFont_Box(6, 0, 14, 20));  // overlaps the first box in x 6..10
-    const auto font = TestFont_LoadGlyphs({g});
-    DrawCanvas c(40, 30);
-    Font_DrawText(c.surface, *font, 0, 25, 48, "I", kWhite);
-    for (int32_t x = 2; x < 14; ++x) EXPECT_EQ(c.At(x, 15), kFull) << x;
-    EXPECT_EQ(c.At(14, 15), 0u);
+    const auto overlapping = TestFont_LoadGlyphs({g});
+    DrawCanvas o(40, 30);
+    Font_DrawText(o.surface, *overlapping, 0, 25, 48, "I", kWhite);
+    for (int32_t x = 2; x < 14; ++x) EXPECT_EQ(o.At(x, 15), kFull) << x;
+    EXPECT_EQ(o.At(14, 15), 0u);
 }
 
 class FontText : public ::testing::Test {

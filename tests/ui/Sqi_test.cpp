@@ -111,7 +111,7 @@ TEST(SqiResample, AveragesSixteenSamples) {
     EXPECT_EQ(three.At(1, 1) >> 19, Covered((9u * 31u + 1u * 16u) >> 4));
 }
 
-TEST(SqiPixels, DirectColourReplacesFieldsAndBlendsCoverage) {
+TEST(SqiPixels, DirectColourBlendsCoverageAndTintedModeAddsTheScaledTintsWithoutClamping) {
     // A uniform icon over blue 31, drawn on the left half: coverage 255 of 256
     // leaves a trace of the blue, 128 weighs both halves, 0 leaves the pixel.
     const uint32_t blue = Sqi_PixelFrom565(0, 0, 31);
@@ -128,9 +128,7 @@ TEST(SqiPixels, DirectColourReplacesFieldsAndBlendsCoverage) {
         EXPECT_EQ(canvas.At(0, 0), c.expected) << "coverage " << c.a;
         EXPECT_EQ(canvas.At(2, 0), blue) << "coverage " << c.a;
     }
-}
-
-TEST(SqiPixels, TintedModeScalesTheTintsAndAddsWithoutClamping) {
+    // Tinted mode scales the tints and adds them without clamping.
     DrawCanvas canvas(1, 1);
     SqiTarget t = Target(canvas, 0, 0, 1, 1);
     t.tint[0] = 0xF800;  // red 31
@@ -155,7 +153,7 @@ TEST(SqiPixels, TintedModeScalesTheTintsAndAddsWithoutClamping) {
     EXPECT_EQ(over.At(0, 0), Sqi_PixelFrom565(((sum & 31) * 255) >> 8, 0, 0));
 }
 
-TEST(SqiDraw, ClipsToWidgetAndFramebuffer) {
+TEST(SqiDraw, ClipsToWidgetAndFramebufferAndRefusesShortFilesOrDrawsThemSafely) {
     DrawCanvas canvas(4, 4);
     const auto file = sqi_test::Uniform(4, 4, 0, 31, 0, 0, 255);
     // A widget hanging off the bottom-right corner.
@@ -169,10 +167,7 @@ TEST(SqiDraw, ClipsToWidgetAndFramebuffer) {
     for (auto [x, y, drawn] :
          {std::tuple{2, 3, false}, {2, 4, true}, {7, 5, true}, {7, 6, false}, {8, 5, false}})
         EXPECT_EQ(wide.At(x, y) != 0u, drawn) << x << "," << y;
-}
-
-TEST(SqiDraw, ShortOrEmptyFilesAreRefusedOrDrawnSafely) {
-    DrawCanvas canvas(4, 4);
+    // Short or empty files are refused or drawn safely.
     const uint8_t header[4] = {1, 0, 1, 0};
     EXPECT_FALSE(Sqi_Draw(header, sizeof header, Target(canvas, 0, 0, 4, 4)));
     // A header with no planes: every plane reads as zeros, coverage 0.
