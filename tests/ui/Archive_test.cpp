@@ -30,7 +30,7 @@ std::unique_ptr<OpenedArchive> Open(const std::vector<uint8_t>& file, const std:
     return opened;
 }
 
-TEST(ResourceArchiveHeader, OnlyAVdskArchiveWithAnIndexIsAdded) {
+TEST(ResourceArchiveHeader, OnlyAVdskArchiveWithAnIndexIsAddedAndAZeroSpanBeforeTheIndexGivesEleven) {
     for (auto [tag, options, code] : {std::tuple{"ok", Options{}, kResourceOk},
                                       {"creator", Options{.creator = "VDSX"}, kResourceCorrupt},
                                       {"type", Options{.type = "DATA"}, kResourceCorrupt},
@@ -43,9 +43,6 @@ TEST(ResourceArchiveHeader, OnlyAVdskArchiveWithAnIndexIsAdded) {
     EXPECT_EQ(ResourceArchive_AddVolume(&archive, "/nonexistent/pellucida/resources"), kResourceCannotOpen);
     ResourceEntry* entry = nullptr;
     EXPECT_EQ(ResourceArchive_OpenEntry(nullptr, "a.xml", kResourceModeRead, &entry), kResourceNoTarget);
-}
-
-TEST(ResourceArchiveHeader, ZeroSpanBeforeTheIndexGivesEleven) {
     // Put an entry before the index: the walk must step over it by its span.
     Layout layout;
     std::vector<uint8_t> file = Build({{"a.xml", Bytes("x")}, {"#", std::vector<uint8_t>(16384, 0)}},
@@ -55,7 +52,7 @@ TEST(ResourceArchiveHeader, ZeroSpanBeforeTheIndexGivesEleven) {
     EXPECT_EQ(Open(file, "span0")->code, kResourceNoIndex);
 }
 
-TEST(ResourceArchiveLookup, TwoNamesInOneBucketAreBothFoundAndEmptyOrMissingEntriesGiveNothing) {
+TEST(ResourceArchiveLookup, TwoNamesInOneBucketAreBothFoundAndAMissingOneOrABrokenChainIsNot) {
     const auto [first, second] = CollidingNames();
     ASSERT_EQ(Bucket(first), Bucket(second));
     ASSERT_EQ(Resources_Hash(first.c_str()) & 0x1FFF, Bucket(first));
@@ -66,6 +63,14 @@ TEST(ResourceArchiveLookup, TwoNamesInOneBucketAreBothFoundAndEmptyOrMissingEntr
     EXPECT_TRUE(ResourceArchive_LoadWhole(&a->archive, "empty.txt").empty());
     EXPECT_TRUE(ResourceArchive_LoadWhole(&a->archive, "nothere.txt").empty());
     EXPECT_TRUE(a->archive.entries.empty()) << "every entry read whole is closed again";
+    // A name missing from its chain: the only record's "next": the end of the chain, beyond the slots, itself.
+    for (auto [next, code] :
+         {std::pair{0, kResourceNotFound}, {99, kResourceCorrupt}, {1, kResourceCorrupt}}) {
+        Layout layout;
+        std::vector<uint8_t> file = Build({{first, Bytes("one")}}, {}, &layout);
+        PutLe(file, layout.recordOffsets[1] + 16, uint32_t(next), 2);
+        EXPECT_EQ(Open(file, "chain" + std::to_string(next))->OpenEntry(second), code) << next;
+    }
 }
 
 TEST(ResourceArchiveLookup, EmptyBucketGivesSevenWithoutReadingARecord) {
@@ -83,18 +88,6 @@ TEST(ResourceArchiveLookup, EmptyBucketGivesSevenWithoutReadingARecord) {
     EXPECT_EQ(a->entry, nullptr);
     // The damaged records themselves are reported as a broken archive.
     EXPECT_EQ(a->OpenEntry("a.xml"), kResourceCorrupt);
-}
-
-TEST(ResourceArchiveLookup, ANameMissingFromItsChainIsNotFoundAndABrokenChainIsCorrupt) {
-    const auto [first, second] = CollidingNames();
-    // The only record's "next": the end of the chain, beyond the slots, itself.
-    for (auto [next, code] :
-         {std::pair{0, kResourceNotFound}, {99, kResourceCorrupt}, {1, kResourceCorrupt}}) {
-        Layout layout;
-        std::vector<uint8_t> file = Build({{first, Bytes("one")}}, {}, &layout);
-        PutLe(file, layout.recordOffsets[1] + 16, uint32_t(next), 2);
-        EXPECT_EQ(Open(file, "chain" + std::to_string(next))->OpenEntry(second), code) << next;
-    }
 }
 
 TEST(ResourceArchiveLookup, IndexItselfIsFoundByTheWalkAndANewerVolumeIsSearchedFirst) {

@@ -55,25 +55,21 @@ TEST(SystemMetrics, FollowTheScreen) {
     }
 }
 
-TEST(SystemMetrics, LargeInterfaceCapAndRedefinition) {
+TEST(SystemMetrics, LargeInterfaceCapRedefinitionAndADisplayScaleThatRaisesTheCap) {
     auto tk = ToolkitTest_Screen(1920, 1080);
     Toolkit_SetMinimalObjectSize(tk.get(), 60, 60, 96, 96);
     EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixels;"), "60");
     EXPECT_EQ(Metric(*tk, "&system-buttonSizePixels;"), "45");
     // Either side over its cap brings both to the caps.
     Toolkit_SetMinimalObjectSize(tk.get(), 10, 100, 48, 40);
-    EXPECT_EQ(tk->minimalObjectSizeX, 48);
-    EXPECT_EQ(tk->minimalObjectSizeY, 40);
+    EXPECT_EQ(std::pair(tk->minimalObjectSizeX, tk->minimalObjectSizeY), std::pair(48, 40));
     size_t count = 0;
     for (const EntityPair& p : tk->systemEntities.pairs)
         if (p.name == "&system-buttonSizePixels;") ++count;
     EXPECT_EQ(count, 1u);
-}
-
-// A desktop scale raises the cap in proportion, so a 4K screen at twice the
-// density gets the controls and text a 1080p screen gets, in twice the
-// pixels; below the cap the screen share rules as before.
-TEST(SystemMetrics, DisplayScaleRaisesTheCap) {
+    // A desktop scale raises the cap in proportion, so a 4K screen at twice the
+    // density gets the controls and text a 1080p screen gets, in twice the
+    // pixels; below the cap the screen share rules as before.
     struct Case {
         uint32_t w, h, percent;
         int32_t size, button, text;
@@ -85,14 +81,14 @@ TEST(SystemMetrics, DisplayScaleRaisesTheCap) {
         {2560, 1440, 125, 60, 45, 22},  {1280, 800, 200, 44, 33, 16},  // below the cap: unchanged
     };
     for (const Case& c : cases) {
-        auto tk = Toolkit_CreateBare();
-        Toolkit_SetScreen(tk.get(), c.w, c.h, c.w, nullptr);
-        tk->displayScalePercent = c.percent;
-        Toolkit_SetMetricsFromScreen(tk.get());
-        EXPECT_EQ(tk->minimalObjectSizeY, c.size) << c.w << " at " << c.percent;
-        EXPECT_EQ(Toolkit_MetricPixels(tk.get(), "&system-buttonSizePixels;"), c.button)
-            << c.w << " at " << c.percent;
-        EXPECT_EQ(Toolkit_TextHeight(tk.get()), c.text) << c.w << " at " << c.percent;
+        auto scaled = Toolkit_CreateBare();
+        Toolkit_SetScreen(scaled.get(), c.w, c.h, c.w, nullptr);
+        scaled->displayScalePercent = c.percent;
+        Toolkit_SetMetricsFromScreen(scaled.get());
+        SCOPED_TRACE(testing::Message() << c.w << " at " << c.percent);
+        EXPECT_EQ(scaled->minimalObjectSizeY, c.size);
+        EXPECT_EQ(Toolkit_MetricPixels(scaled.get(), "&system-buttonSizePixels;"), c.button);
+        EXPECT_EQ(Toolkit_TextHeight(scaled.get()), c.text);
     }
 }
 

@@ -35,7 +35,7 @@ protected:
 };
 using ToolkitEventsDeathTest = MarkupTest;
 
-TEST_F(MarkupTest, PackedFirstCharacterMostSignificantAndNotCapturedByNavIds) {
+TEST_F(MarkupTest, IdentifiersPackTheFirstCharacterMostSignificantAndAreFoundDepthFirst) {
     EXPECT_EQ(Widget_PackId("MFrm"), 0x4D46726Du);
     EXPECT_EQ(Widget_PackId("LONGER"), Widget_PackId("LONG"));
     Load(R"(<FORM ID="BTOK"></FORM><FORM ID="AB"></FORM>)"
@@ -52,19 +52,17 @@ TEST_F(MarkupTest, PackedFirstCharacterMostSignificantAndNotCapturedByNavIds) {
     EXPECT_EQ(form->children[1]->id, 0u);  // NavLeftID's tail is not an ID
     EXPECT_EQ(Widget_Record<ButtonRecord>(form->children[1].get())->navigation.navLeft,
               Widget_PackId("Only"));
-}
-
-TEST_F(MarkupTest, FindByIdIsDepthFirstPreOrder) {
+    // Widget_FindById is depth first, pre-order.
     Load(R"(<FORM ID="Root">)"
          R"(<LAYOUT ID="L1__"><LAYOUT ID="Deep"><LABEL ID="Same" Text="first"></LABEL></LAYOUT></LAYOUT>)"
          R"(<LABEL ID="Same" Text="second"></LABEL>)"
          R"(</FORM>)");
-    Widget* form = Find("Root");
-    ASSERT_NE(form, nullptr);
-    EXPECT_EQ(Widget_FindById(form, Widget_PackId("Root")), form);
+    Widget* root = Find("Root");
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(Widget_FindById(root, Widget_PackId("Root")), root);
     EXPECT_EQ(LabelText("Same"), "first");
-    EXPECT_EQ(Widget_FindById(form, Widget_PackId("None")), nullptr);
-    Widget* second = form->children[1].get();
+    EXPECT_EQ(Widget_FindById(root, Widget_PackId("None")), nullptr);
+    Widget* second = root->children[1].get();
     EXPECT_EQ(Widget_FindById(second, Widget_PackId("Same")), second);
 }
 
@@ -219,7 +217,7 @@ TEST_F(MarkupTest, SectionsDoNotNest) {
     EXPECT_NE(Find("In2_"), nullptr);
 }
 
-TEST_F(MarkupTest, ChildrenOfControlsAndUnknownElementsAreSkipped) {
+TEST_F(MarkupTest, ChildrenOfControlsAndUnknownElementsAreSkippedAndUnbalancedMarkupSaysSo) {
     EXPECT_EQ(
         Printed(
             R"(<?xml version="1.0"?><!-- a comment --><FORM ID="Frm_">)"
@@ -239,9 +237,7 @@ TEST_F(MarkupTest, ChildrenOfControlsAndUnknownElementsAreSkipped) {
     ASSERT_NE(inner, nullptr);
     EXPECT_EQ(inner->parent, form);
     EXPECT_EQ(tk->root->children.size(), 1u);
-}
-
-TEST_F(MarkupTest, UnbalancedMarkupSaysSoAndKeepsTheWidgets) {
+    // Unbalanced markup says so and keeps the widgets.
     EXPECT_EQ(Printed(R"(<FORM ID="Frm_"><LABEL ID="Lbl_"></LABEL>)", "Pellucida_Broken.xml"),
               "OPENS != CLOSES <Pellucida_Broken.xml>\n");
     EXPECT_NE(Find("Lbl_"), nullptr);

@@ -39,7 +39,7 @@ TEST_F(ToolkitTest, TheButtonsShareTheRowEqually) {
     }
 }
 
-TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitle) {
+TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitleAndItsLabelsAreExpanded) {
     Widget* box = MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, &g_pressed, 2, kCloseButton,
                                   kCancelButton);
     EXPECT_EQ(box->id, Widget_PackId("Clos"));
@@ -50,9 +50,25 @@ TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitle) {
     EXPECT_EQ(shortTitle->id, 0u);
     EXPECT_EQ(tk->currentForm, shortTitle);
     Toolkit_Dispatch(tk.get());
+    // Button labels are expanded for entities.
+    Entity_Define(&tk->markupEntities, "&language-buttonlast;", "Last");
+    box = MessageBox_Show(tk.get(), "Compare", "Sch&ouml;n", 1, Remember, &g_pressed, 2,
+                          "&language-buttonlast;", "&language-buttonunknown;");
+    std::vector<Widget*> b = MessageBox_Buttons(box);
+    EXPECT_EQ(Widget_Record<ButtonRecord>(b[0])->text, "Last");
+    EXPECT_EQ(Widget_Record<ButtonRecord>(b[1])->text, "&language-buttonunknown;");
+    EXPECT_EQ(Toolkit_ExpandText(tk.get(), "Sch&ouml;n &amp; klar"), "Sch\xC3\xB6n & klar");
+    // A plain "&" with no ";" near it does not stop the references after it.
+    const std::string far = "Tom & Jerry" + std::string(70, '.');
+    EXPECT_EQ(Toolkit_ExpandText(tk.get(), far + "&language-buttonlast;"), far + "Last");
 }
 
-TEST_F(ToolkitTest, TheCallbackGetsTheIndexOfTheButtonPressedAfterTheBoxIsGone) {
+void Nested(Toolkit* toolkit, uint32_t, void*) {
+    // A callback may open the next box at once: the first is already gone.
+    MessageBox_Show(toolkit, "Next", "Opened from the callback.", 1, Remember, &g_pressed, 1, "OK");
+}
+
+TEST_F(ToolkitTest, CallbackGetsThePressedIndexMayOpenAnotherBoxAndEnterPressesTheLast) {
     g_pressed.clear();
     Widget* box = MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, &g_pressed, 3, "Yes", "No",
                                   "Cancel");
@@ -72,19 +88,17 @@ TEST_F(ToolkitTest, TheCallbackGetsTheIndexOfTheButtonPressedAfterTheBoxIsGone) 
     Press(k.x + 3, k.y + 3);
     EXPECT_EQ(tk->input.capture, keep);
     Release(k.x + 3, k.y + 3);
-}
-
-TEST_F(ToolkitTest, ButtonLabelsAreExpandedForEntities) {
-    Entity_Define(&tk->markupEntities, "&language-buttonlast;", "Last");
-    Widget* box = MessageBox_Show(tk.get(), "Compare", "Sch&ouml;n", 1, Remember, &g_pressed, 2,
-                                  "&language-buttonlast;", "&language-buttonunknown;");
-    std::vector<Widget*> b = MessageBox_Buttons(box);
-    EXPECT_EQ(Widget_Record<ButtonRecord>(b[0])->text, "Last");
-    EXPECT_EQ(Widget_Record<ButtonRecord>(b[1])->text, "&language-buttonunknown;");
-    EXPECT_EQ(Toolkit_ExpandText(tk.get(), "Sch&ouml;n &amp; klar"), "Sch\xC3\xB6n & klar");
-    // A plain "&" with no ";" near it does not stop the references after it.
-    const std::string far = "Tom & Jerry" + std::string(70, '.');
-    EXPECT_EQ(Toolkit_ExpandText(tk.get(), far + "&language-buttonlast;"), far + "Last");
+    // A callback may open another box; Enter presses the last button.
+    box = MessageBox_Show(tk.get(), "Asks", "Then asks again.", 1, Nested, &g_pressed, 1, "Go");
+    Click(MessageBox_Buttons(box)[0]);
+    ASSERT_NE(tk->currentForm, tk->root.get());
+    EXPECT_EQ(tk->currentForm->id, Widget_PackId("Next"));
+    EXPECT_EQ(tk->savedCount, 1u);
+    g_pressed.clear();
+    MessageBox_Show(tk.get(), kOverwriteTitle, kOverwriteText, 2, Remember, &g_pressed, 2, kOverwriteButton,
+                    kCancelButton);
+    Key(kKeyEnter);
+    EXPECT_EQ(g_pressed, std::vector<uint32_t>{1});
 }
 
 // Each box covers the one beneath, whose buttons (one or two) lie under its
@@ -109,24 +123,6 @@ TEST_F(ToolkitTest, NestedBoxesCloseBackInTurnAndATenthIsShownThoughTheStackIsFu
         EXPECT_EQ(tk->savedCount, uint32_t(i)) << i;
     }
     EXPECT_EQ(g_pressed, std::vector<uint32_t>(10, 0));
-}
-
-void Nested(Toolkit* toolkit, uint32_t, void*) {
-    // A callback may open the next box at once: the first is already gone.
-    MessageBox_Show(toolkit, "Next", "Opened from the callback.", 1, Remember, &g_pressed, 1, "OK");
-}
-
-TEST_F(ToolkitTest, ACallbackMayOpenAnotherBoxAndEnterPressesTheLastButton) {
-    Widget* box = MessageBox_Show(tk.get(), "Asks", "Then asks again.", 1, Nested, &g_pressed, 1, "Go");
-    Click(MessageBox_Buttons(box)[0]);
-    ASSERT_NE(tk->currentForm, tk->root.get());
-    EXPECT_EQ(tk->currentForm->id, Widget_PackId("Next"));
-    EXPECT_EQ(tk->savedCount, 1u);
-    g_pressed.clear();
-    MessageBox_Show(tk.get(), kOverwriteTitle, kOverwriteText, 2, Remember, &g_pressed, 2, kOverwriteButton,
-                    kCancelButton);
-    Key(kKeyEnter);
-    EXPECT_EQ(g_pressed, std::vector<uint32_t>{1});
 }
 
 TEST_F(ToolkitTest, ProgressDialogCancelSetsTheKernelsFlag) {
