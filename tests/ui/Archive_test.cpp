@@ -1,11 +1,9 @@
 // The resource archive: header checks, the slot walk, bucket chains, entry
-// reads and seeks, with archives written by the tests' own builder.
+// reads and seeks, with archives written by the tests' own builder; then the
+// archive the build makes, with the test form in it.
 #include "ArchiveBuilder.h"
-#include "host/Host.h"
+#include "ToolkitFixture.h"
 #include "ui/archive/Resources_Archive.h"
-#include "ui/archive/Resources_Open.h"
-
-#include <gtest/gtest.h>
 
 #include <tuple>
 
@@ -63,7 +61,8 @@ TEST(ResourceArchiveLookup, TwoNamesInOneBucketAreBothFoundAndAMissingOneOrABrok
     EXPECT_TRUE(ResourceArchive_LoadWhole(&a->archive, "empty.txt").empty());
     EXPECT_TRUE(ResourceArchive_LoadWhole(&a->archive, "nothere.txt").empty());
     EXPECT_TRUE(a->archive.entries.empty()) << "every entry read whole is closed again";
-    // A name missing from its chain: the only record's "next": the end of the chain, beyond the slots, itself.
+    // A name missing from its chain: the only record's "next": the end of the chain, beyond the slots,
+    // itself.
     for (auto [next, code] :
          {std::pair{0, kResourceNotFound}, {99, kResourceCorrupt}, {1, kResourceCorrupt}}) {
         Layout layout;
@@ -134,6 +133,36 @@ TEST(ResourceOpenDeathTest, MissingArchiveEndsWithStatusZero) {
         GTEST_SKIP() << "an archive lies beside the test program";
     Host_SelectBackend("headless");
     EXPECT_EXIT(Resources_Open(), ::testing::ExitedWithCode(0), "could not find the 'resources' file");
+}
+
+// The `resources` archive that the build makes, read through the program's
+// own reader (itself checked against the file layout above): every file of
+// resources/ is there with its bytes and the test form parses cleanly.
+// (Markup_test makes every widget kind; the widget tests reach the test form's
+// widgets by identifier. Every icon the build packs is drawn in the toolkit's
+// golden pictures: information and alert on the test form, the others in the
+// message boxes.)
+TEST_F(ToolkitTest, TheArchiveHoldsEveryFileOfResourcesAndTheTestFormParsesWithItsButtonRow) {
+    for (const auto& item : std::filesystem::recursive_directory_iterator(
+             std::filesystem::path(PELLUCIDA_TEST_SOURCE_DIR) / ".." / "resources")) {
+        if (!item.is_regular_file()) continue;
+        const std::string name = item.path().filename().string();
+        EXPECT_EQ(ResourceArchive_LoadWhole(tk->archive.get(), name.c_str()), ReadFileBytes(item.path()))
+            << name;
+    }
+    // The test form parses with its sections and button row.
+    testing::internal::CaptureStdout();
+    Form_Load(tk.get(), kTestFormEntry, form);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "the form's markup is balanced";
+    EXPECT_EQ(form->id, Widget_PackId("TstF"));
+    // The on-screen keyboard section is off by default; the numeric one is not in a section.
+    EXPECT_EQ(Widget_FindById(form, Widget_PackId("Keyb")), nullptr);
+    EXPECT_NE(Widget_FindById(form, Widget_PackId("KbNm")), nullptr);
+    EXPECT_EQ(Widget_Record<ButtonRecord>(W("BtKp"))->text, "Keep");
+    // The button row keeps its minimum height at the bottom of the screen.
+    const PixelRect row = R(W("TsBt"));
+    EXPECT_GE(row.height, Toolkit_MetricPixels(tk.get(), "&system-buttonSizePixelsX2;"));
+    EXPECT_EQ(row.y + row.height, height);
 }
 
 }  // namespace

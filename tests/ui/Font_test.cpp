@@ -7,13 +7,11 @@
 // rule, implied on-curve points, the stem alignment, where ink lands in the
 // line box and how text wraps show in the specimen picture and the toolkit's
 // golden pictures.)
-#include "ui/font/Font.h"
 #include "DrawCanvas.h"
 #include "FontBuilder.h"
 #include "ui/font/Utf8.h"
 
 #include <random>
-#include <vector>
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The 3 x 3 layout: cell rectangles, minimum bands in their fixed order, and
 // the placement of widgets from markup. (A band kept at a metric entity's
-// size is the test form's button row, checked in ResourcesFile_test and in
+// size is the test form's button row, checked in Archive_test and in
 // the toolkit's golden pictures.)
 #include "ToolkitFixture.h"
 

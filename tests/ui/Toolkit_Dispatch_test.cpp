@@ -3,7 +3,6 @@
 // keys, the order in which posted events arrive, and redraws that touch only
 // the widget that changed.
 #include "ToolkitFixture.h"
-#include "host/Host.h"
 #include "ui/Toolkit_AppEvent.h"
 #include "ui/widgets/Button.h"
 #include "ui/widgets/Field.h"

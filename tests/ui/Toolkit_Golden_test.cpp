@@ -6,16 +6,13 @@
 // more than that either. PELLUCIDA_REBASELINE=1 rewrites the pictures.
 #include "DrawCanvas.h"
 #include "ToolkitFixture.h"
-#include "host/Host.h"
 #include "host/HostFixture.h"
-#include "host/headless/Headless.h"
 #include "ui/MessageBox.h"
 #include "ui/ProgressDialog.h"
 #include "ui/Toolkit_AppEvent.h"
 #include "ui/widgets/LevelSetter.h"
 
 #include <fstream>
-#include <functional>
 
 namespace {
 
