@@ -72,7 +72,7 @@ TEST(ResourceArchiveLookup, TwoNamesInOneBucketAreBothFoundAndAMissingOneOrABrok
     }
 }
 
-TEST(ResourceArchiveLookup, EmptyBucketGivesSevenWithoutReadingARecord) {
+TEST(ResourceArchiveLookup, EmptyBucketReadsNoRecordTheIndexIsFoundByTheWalkNewerVolumesFirst) {
     // Every entry record is made unreadable (its slot points past the end of
     // the file): had the lookup read one, it would report a broken archive.
     Layout layout;
@@ -87,10 +87,8 @@ TEST(ResourceArchiveLookup, EmptyBucketGivesSevenWithoutReadingARecord) {
     EXPECT_EQ(a->entry, nullptr);
     // The damaged records themselves are reported as a broken archive.
     EXPECT_EQ(a->OpenEntry("a.xml"), kResourceCorrupt);
-}
-
-TEST(ResourceArchiveLookup, IndexItselfIsFoundByTheWalkAndANewerVolumeIsSearchedFirst) {
-    auto a = Open(Build({{"a.xml", Bytes("old")}, {"b.xml", Bytes("only old")}}), "vol_old");
+    // The index itself is found by the walk, and a newer volume is searched first.
+    a = Open(Build({{"a.xml", Bytes("old")}, {"b.xml", Bytes("only old")}}), "vol_old");
     ASSERT_EQ(a->OpenEntry("#"), kResourceOk);
     EXPECT_EQ(a->entry->dataLength, 16384u);
     ResourceEntry_Close(&a->archive, a->entry);

@@ -28,7 +28,7 @@ constexpr Colour565 kWhite = 0xFFFF;
 const uint32_t kWhitePixel = Draw_PixelFrom565(kWhite);
 constexpr uint32_t kSentinel = 0x00123456;  // off the rule: shows any pixel that was written
 
-TEST(DrawColour, OneRuleWithTheIconDecoderAndAnExactRoundTrip) {
+TEST(DrawColour, OneRuleWithTheIconDecoderAnExactRoundTripAndEightBitChannelsRounded) {
     for (uint32_t c = 0; c < 65536; ++c) {
         const Colour565 colour = static_cast<Colour565>(c);
         const uint32_t pixel = Draw_PixelFrom565(colour);
@@ -42,9 +42,7 @@ TEST(DrawColour, OneRuleWithTheIconDecoderAndAnExactRoundTrip) {
                                  {0x07E0, 0x0000FC00u},
                                  {0x001F, 0x000000F8u}})
         EXPECT_EQ(Draw_PixelFrom565(Colour565(colour)), pixel);
-}
-
-TEST(DrawColour, EightBitChannelsRoundToTheNearestLevel) {
+    // Eight-bit channels round to the nearest level.
     EXPECT_EQ(Draw_Rgb565(255, 255, 255), 0xFFFF);
     EXPECT_EQ(Draw_Rgb565(0, 0, 0), 0x0000);
     EXPECT_EQ(Draw_Rgb565(3, 1, 3), 0x0000);
@@ -114,7 +112,7 @@ TEST(DrawRect, FillsAreClippedToTheSurfaceAndTheClipAndEmptyOnesDrawNothing) {
     EXPECT_EQ(none.width, 0);
 }
 
-TEST(DrawRect, StrokeDrawsTheBorderInside) {
+TEST(DrawRect, StrokeDrawsTheBorderInsideAndGradientsRunInRoundedSteps) {
     DrawCanvas c(10, 8, kSentinel);
     Draw_StrokeRect(c.surface, {1, 1, 8, 6}, 2, kRed);
     DrawTest_ExpectPixels(c, [](int32_t x, int32_t y) {
@@ -123,19 +121,15 @@ TEST(DrawRect, StrokeDrawsTheBorderInside) {
     });
     DrawCanvas thick(6, 6, kSentinel);
     Draw_StrokeRect(thick.surface, {0, 0, 6, 6}, 9, kRed);  // thicker than half: a full fill
-    for (uint32_t p : thick.pixels) {
-        EXPECT_TRUE(p == kSentinel || p == Draw_PixelFrom565(kRed)) << p;
-    }
+    for (uint32_t p : thick.pixels) EXPECT_TRUE(p == kSentinel || p == Draw_PixelFrom565(kRed)) << p;
     EXPECT_EQ(thick.At(3, 3), Draw_PixelFrom565(kRed));
-}
-
-TEST(DrawRect, GradientRunsFromTopRowToBottomRowInRoundedSteps) {
-    DrawCanvas c(3, 32);
-    Draw_FillVerticalGradient(c.surface, {0, 0, 3, 32}, 0x0000, 0xF800);
+    // A gradient runs from the top row to the bottom row in rounded steps.
+    DrawCanvas g(3, 32);
+    Draw_FillVerticalGradient(g.surface, {0, 0, 3, 32}, 0x0000, 0xF800);
     for (int32_t y = 0; y < 32; ++y) {
         // Red 0 to 31 over 31 steps: row y has red y exactly.
-        EXPECT_EQ(c.At(0, y), Draw_PixelFromFields({y, 0, 0}));
-        EXPECT_EQ(c.At(2, y), c.At(0, y));
+        EXPECT_EQ(g.At(0, y), Draw_PixelFromFields({y, 0, 0}));
+        EXPECT_EQ(g.At(2, y), g.At(0, y));
     }
     EXPECT_EQ(Draw_GradientAt(0x0000, 0xF800, 1, 3), Draw_Pack565({16, 0, 0})) << "15.5 rounds up";
     EXPECT_EQ(Draw_GradientAt(0x1234, 0xFFFF, 0, 1), 0x1234) << "a single row takes the top colour";
@@ -143,7 +137,7 @@ TEST(DrawRect, GradientRunsFromTopRowToBottomRowInRoundedSteps) {
     DrawCanvas clipped(3, 32);
     ClipScope scope(clipped.surface, {0, 10, 3, 5});
     Draw_FillVerticalGradient(clipped.surface, {0, 0, 3, 32}, 0x0000, 0xF800);
-    EXPECT_EQ(clipped.At(1, 12), c.At(1, 12)) << "clipping does not restart the gradient";
+    EXPECT_EQ(clipped.At(1, 12), g.At(1, 12)) << "clipping does not restart the gradient";
     EXPECT_EQ(clipped.At(1, 9), 0u);
 }
 

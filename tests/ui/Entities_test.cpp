@@ -12,7 +12,7 @@ std::string Metric(const Toolkit& tk, const char* name) {
     return v ? v : "(undefined)";
 }
 
-TEST(EntityTable, DefineReplacesAndIgnoresEmpty) {
+TEST(EntityTable, DefineReplacesAndIgnoresEmptyAndCharacterReferencesDecode) {
     EntityTable t;
     Entity_Define(&t, "&system-language;", "english");
     Entity_Define(&t, "&system-language;", "deutsch");
@@ -24,6 +24,16 @@ TEST(EntityTable, DefineReplacesAndIgnoresEmpty) {
     Entity_Define(&t, "&a;", nullptr);
     EXPECT_EQ(t.pairs.size(), 1u);
     EXPECT_EQ(Entity_Lookup(&t, "&System-language;"), nullptr);
+    // Character references: named and hexadecimal, and a non-hex digit ends the text.
+    for (auto [in, out] : {std::pair<std::string, std::string>{"&quot;a&amp;b&apos;&gt;&lt;", "\"a&b'><"},
+                           {"&#xc3;&#xB6;!", "\xc3\xb6!"},
+                           {"&unknown; &#12;", "&unknown; &#12;"},
+                           {"ab&#xZZ;cd", "ab"},
+                           {"ab&#x41", "ab"}}) {
+        std::string s = in;
+        Entity_DecodeCharacters(&s);
+        EXPECT_EQ(s, out) << in;
+    }
 }
 
 // The minimal object size is 1/18 of the shorter side, capped at 48, and the
@@ -89,18 +99,6 @@ TEST(SystemMetrics, LargeInterfaceCapRedefinitionAndADisplayScaleThatRaisesTheCa
         EXPECT_EQ(scaled->minimalObjectSizeY, c.size);
         EXPECT_EQ(Toolkit_MetricPixels(scaled.get(), "&system-buttonSizePixels;"), c.button);
         EXPECT_EQ(Toolkit_TextHeight(scaled.get()), c.text);
-    }
-}
-
-TEST(CharacterReferences, NamedAndHexadecimalAndANonHexDigitEndsTheText) {
-    for (auto [in, out] : {std::pair<std::string, std::string>{"&quot;a&amp;b&apos;&gt;&lt;", "\"a&b'><"},
-                           {"&#xc3;&#xB6;!", "\xc3\xb6!"},
-                           {"&unknown; &#12;", "&unknown; &#12;"},
-                           {"ab&#xZZ;cd", "ab"},
-                           {"ab&#x41", "ab"}}) {
-        std::string s = in;
-        Entity_DecodeCharacters(&s);
-        EXPECT_EQ(s, out) << in;
     }
 }
 

@@ -142,31 +142,6 @@ TEST(FontRender, AdvanceSpacingAndKerningMoveThePenAndOverlapsDoNotCancel) {
     EXPECT_EQ(o.At(14, 15), 0u);
 }
 
-class FontText : public ::testing::Test {
-protected:
-    void SetUp() override {
-        font = DrawTest_Font();
-        ASSERT_NE(font, nullptr) << "resources/font.fnt did not load";
-    }
-    int32_t Width(int32_t height, std::string_view text) {
-        return Font_MeasureText(*font, height, text).width;
-    }
-    const Font* font = nullptr;
-};
-
-TEST_F(FontText, ControlAndUnknownCharactersAndBrokenUtf8) {
-    const std::string r = "\xEF\xBF\xBD";  // U+FFFD
-    EXPECT_GT(Width(14, r), 0);
-    EXPECT_NE(Width(14, "\xC2\xB0"), Width(14, r)) << "the degree sign decodes";
-    // Each text takes the room of the one beside it.
-    for (auto [text, same] : {std::pair<std::string, std::string>{"A\tB\r\x7F", "AB"},  // controls take none
-                              {"\xE4\xB8\x80", r},   // U+4E00 is not in the font
-                              {"\xFF", r},           // a byte that starts nothing
-                              {"\xC3", r},           // a sequence cut short
-                              {"\xC0\xAF", r + r}})  // an overlong slash, byte by byte
-        EXPECT_EQ(Width(14, text), Width(14, same)) << text;
-}
-
 TEST(FontUtf8, DecodesValidSequencesAndReplacesMalformedOnesByteByByte) {
     auto decode = [](std::string_view s) {
         std::vector<uint32_t> out;
@@ -184,7 +159,30 @@ TEST(FontUtf8, DecodesValidSequencesAndReplacesMalformedOnesByteByByte) {
     for (const auto& [text, expected] : cases) EXPECT_EQ(decode(text), expected) << text;
 }
 
-TEST_F(FontText, TextIsClippedAndCachedRenderingsRepeatExactly) {
+class FontText : public ::testing::Test {
+protected:
+    void SetUp() override {
+        font = DrawTest_Font();
+        ASSERT_NE(font, nullptr) << "resources/font.fnt did not load";
+    }
+    int32_t Width(int32_t height, std::string_view text) {
+        return Font_MeasureText(*font, height, text).width;
+    }
+    const Font* font = nullptr;
+};
+
+TEST_F(FontText, ControlUnknownAndBrokenCharactersAndTextClippedAndCached) {
+    const std::string r = "\xEF\xBF\xBD";  // U+FFFD
+    EXPECT_GT(Width(14, r), 0);
+    EXPECT_NE(Width(14, "\xC2\xB0"), Width(14, r)) << "the degree sign decodes";
+    // Each text takes the room of the one beside it.
+    for (auto [text, same] : {std::pair<std::string, std::string>{"A\tB\r\x7F", "AB"},  // controls take none
+                              {"\xE4\xB8\x80", r},   // U+4E00 is not in the font
+                              {"\xFF", r},           // a byte that starts nothing
+                              {"\xC3", r},           // a sequence cut short
+                              {"\xC0\xAF", r + r}})  // an overlong slash, byte by byte
+        EXPECT_EQ(Width(14, text), Width(14, same)) << text;
+    // Text is clipped, and cached renderings repeat exactly.
     DrawCanvas whole(200, 40), part(200, 40), again(200, 40);
     Font_DrawText(whole.surface, *font, 5, 30, 18, "Clip the text here", kWhite);
     {

@@ -177,7 +177,7 @@ TEST_F(MarkupTest, EntityDefinedInOneFormExpandsInALaterOneBeforeTheBuiltIns) {
 
 // Entities in a condition are expanded first; a section not shown defines no
 // entity either.
-TEST_F(MarkupTest, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacter) {
+TEST_F(MarkupTest, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacterAndSectionsDoNotNest) {
     const std::pair<const char*, bool> cases[] = {
         {R"(Condition="a!=b")", true},
         {R"(Condition="a=b")", false},
@@ -200,9 +200,7 @@ TEST_F(MarkupTest, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacter) {
         EXPECT_EQ(Entity_Lookup(&tk->markupEntities, "&language-back;") != nullptr, shown) << condition;
         EXPECT_NE(Find("Aftr"), nullptr) << condition;
     }
-}
-
-TEST_F(MarkupTest, SectionsDoNotNest) {
+    // Sections do not nest.
     // An inner "/CONDITIONAL" re-activates the rest of the outer section.
     EXPECT_EQ(Printed(R"(<CONDITIONAL Condition="a=b"><LABEL ID="Out1"></LABEL>)"
                       R"(<CONDITIONAL Condition="c=d"><LABEL ID="In__"></LABEL></CONDITIONAL>)"

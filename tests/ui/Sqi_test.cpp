@@ -63,7 +63,7 @@ TEST(SqiPlacement, FillModesScaleCentreAndRoundTheBufferUp) {
 // and the values. A one-pixel node that splits keeps its own value and its
 // children are read but inert; zero-sized children draw nothing; a stream
 // that ends early reads as zeros.
-TEST(SqiTree, NodesSplitFillAndStopByTheRules) {
+TEST(SqiTree, NodesSplitFillAndStopByTheRulesAndResamplingAveragesSixteenSamples) {
     struct Case {
         const char* nodes;
         uint32_t w, h;
@@ -91,9 +91,7 @@ TEST(SqiTree, NodesSplitFillAndStopByTheRules) {
     for (auto [at, value] :
          {std::pair{0, 1}, {63, 1}, {64, 2}, {31 * 128 + 127, 2}, {32 * 128, 3}, {63 * 128 + 127, 4}})
         EXPECT_EQ(buffer[size_t(at)], value) << at;
-}
-
-TEST(SqiResample, AveragesSixteenSamples) {
+    // Resampling averages sixteen samples.
     // Red quadrants 31, 0, 0, 16, opaque: shown 2 x 2 each is one pixel.
     const BitWriter planes[4] = {sqi_test::Nodes("S0 L31 L0 L0 L16", 5), sqi_test::Nodes("L0", 6),
                                  sqi_test::Nodes("L0", 5), sqi_test::Nodes("L255", 8)};

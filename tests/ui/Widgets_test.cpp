@@ -62,7 +62,7 @@ TEST_F(ToolkitTest, FieldTakesTypingWithTheCaretWhereThePointerPutIt) {
     EXPECT_EQ(*Field_Text(field), "14");
 }
 
-TEST_F(ToolkitTest, SelectorCyclesBothWaysAndPairsWithItsCaption) {
+TEST_F(ToolkitTest, SelectorCyclesBothWaysAndPairsWithItsCaptionAndListChoosesTheRowUnderThePointer) {
     Widget* selector = W("SlS0");
     ASSERT_NE(Selector_Item(selector), nullptr);
     EXPECT_EQ(*Selector_Item(selector), "Linear");
@@ -81,6 +81,19 @@ TEST_F(ToolkitTest, SelectorCyclesBothWaysAndPairsWithItsCaption) {
     Widget* caption = Selector_CaptionLabel(form, selector);
     ASSERT_NE(caption, nullptr);
     EXPECT_EQ(*Label_Text(caption), "Data");
+    // A list chooses the row under the pointer.
+    Widget* list = W("Lst0");
+    auto* record = Widget_Record<ListRecord>(list);
+    EXPECT_EQ(record->selected, 1);
+    const PixelRect l = R(list);
+    const int32_t row = List_RowHeight(tk.get());
+    const int32_t top = l.y + std::max(1, Theme_Gap(tk.get()) / 2) + 2;
+    Tap(l.x + 10, top + 3 * row + row / 2);
+    EXPECT_EQ(record->selected, 3);
+    EXPECT_EQ(record->items[3], "Blue");
+    // Below the last row nothing changes.
+    Press(l.x + 10, l.y + l.height - 3);
+    EXPECT_EQ(record->selected, 3);
 }
 
 TEST_F(ToolkitTest, LevelSetterDragsSmoothlyAndItsValueLabelFollows) {
@@ -121,21 +134,6 @@ TEST_F(ToolkitTest, LevelSetterDragsSmoothlyAndItsValueLabelFollows) {
     Toolkit_SetFocus(tk.get(), setter);
     Key('-');
     EXPECT_EQ(LevelSetter_Value(setter), 199u);
-}
-
-TEST_F(ToolkitTest, ListChoosesTheRowUnderThePointer) {
-    Widget* list = W("Lst0");
-    auto* record = Widget_Record<ListRecord>(list);
-    EXPECT_EQ(record->selected, 1);
-    const PixelRect r = R(list);
-    const int32_t row = List_RowHeight(tk.get());
-    const int32_t top = r.y + std::max(1, Theme_Gap(tk.get()) / 2) + 2;
-    Tap(r.x + 10, top + 3 * row + row / 2);
-    EXPECT_EQ(record->selected, 3);
-    EXPECT_EQ(record->items[3], "Blue");
-    // Below the last row nothing changes.
-    Press(r.x + 10, r.y + r.height - 3);
-    EXPECT_EQ(record->selected, 3);
 }
 
 TEST(ImageViewZoom, LevelsUpAndDownAsTheViewButtonsStepThem) {
