@@ -174,7 +174,7 @@ int32_t Level(const DrawCanvas& c, int32_t x, int32_t y) {
     return Draw_FieldsOfPixel(c.At(x, y)).r;
 }
 
-TEST(DrawRoundRect, RadiusZeroIsAPlainFillOrOutlineAndFullRadiusADisc) {
+TEST(DrawShapes, RoundedRectanglesAtTheirLimitsAndEveryShapeClipped) {
     DrawCanvas a(14, 10), b(14, 10);
     Draw_FillRoundRect(a.surface, {1, 2, 9, 5}, 0.0f, kWhite);
     Draw_FillRect(b.surface, {1, 2, 9, 5}, kWhite);
@@ -192,9 +192,7 @@ TEST(DrawRoundRect, RadiusZeroIsAPlainFillOrOutlineAndFullRadiusADisc) {
     for (int32_t y = 0; y < 21; ++y)
         for (int32_t x = 0; x < 21; ++x) sum += Level(disc, x, y);
     EXPECT_NEAR(double(sum) / 31.0, 3.14159265 * 10.5 * 10.5, 3.0) << "the area of a circle of radius 10.5";
-}
-
-TEST(DrawShapes, ClippingCutsRoundedRectanglesUnchangedAndHoldsLinesAndCircles) {
+    // Clipping cuts rounded rectangles without changing what is drawn.
     DrawCanvas whole(40, 30), part(40, 30);
     Draw_FillRoundRect(whole.surface, {3, 3, 34, 24}, 9.0f, kWhite);
     Draw_StrokeRoundRect(whole.surface, {3, 3, 34, 24}, 9.0f, 2.5f, 0xF800);

@@ -38,7 +38,7 @@ TEST(EntityTable, DefineReplacesAndIgnoresEmptyAndCharacterReferencesDecode) {
 
 // The minimal object size is 1/18 of the shorter side, capped at 48, and the
 // metric entities derive from it; a square screen counts as portrait.
-TEST(SystemMetrics, FollowTheScreen) {
+TEST(SystemMetrics, FollowTheScreenTheLargeInterfaceCapAndADisplayScale) {
     // "name=value" words, the names without their "&system-" and ";".
     const std::tuple<uint32_t, uint32_t, const char*> cases[] = {
         {1920, 1080,
@@ -63,9 +63,7 @@ TEST(SystemMetrics, FollowTheScreen) {
                 << w << " " << name;
         }
     }
-}
-
-TEST(SystemMetrics, LargeInterfaceCapRedefinitionAndADisplayScaleThatRaisesTheCap) {
+    // A large interface raises the cap; the entities are defined again, not twice.
     auto tk = ToolkitTest_Screen(1920, 1080);
     Toolkit_SetMinimalObjectSize(tk.get(), 60, 60, 96, 96);
     EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixels;"), "60");
@@ -84,13 +82,13 @@ TEST(SystemMetrics, LargeInterfaceCapRedefinitionAndADisplayScaleThatRaisesTheCa
         uint32_t w, h, percent;
         int32_t size, button, text;
     };
-    const Case cases[] = {
+    const Case scales[] = {
         {3840, 2160, 100, 48, 36, 18},  // 4K without a scale: as small as on 1080p
         {3840, 2160, 200, 96, 72, 36},  {3840, 2160, 150, 72, 54, 27},
         {3840, 2160, 400, 120, 90, 45},                                // the screen share (2160 / 18) rules
         {2560, 1440, 125, 60, 45, 22},  {1280, 800, 200, 44, 33, 16},  // below the cap: unchanged
     };
-    for (const Case& c : cases) {
+    for (const Case& c : scales) {
         auto scaled = Toolkit_CreateBare();
         Toolkit_SetScreen(scaled.get(), c.w, c.h, c.w, nullptr);
         scaled->displayScalePercent = c.percent;

@@ -23,22 +23,6 @@ TEST(MessageBoxIcons, ByType) {
     EXPECT_STREQ(MessageBox_IconName(0xFFFFFFFF), kIconInformation);
 }
 
-TEST_F(ToolkitTest, TheButtonsShareTheRowEqually) {
-    // n cells of 32768 / (buttons still to place) fill the row exactly: 32768 / 3, then 21846 / 2, then the
-    // rest.
-    const std::vector<std::vector<uint32_t>> widths = {{kUnitsWhole}, {16384, 16384}, {10922, 10923, 10923}};
-    for (const std::vector<uint32_t>& expected : widths) {
-        Widget* box = MessageBox_ShowLabels(tk.get(), "Save", "Buttons.", kIconAlert, Remember, &g_pressed,
-                                            std::vector<std::string>(expected.size(), "B"));
-        uint32_t x = 0;
-        for (size_t i = 0; i < expected.size(); ++i) {
-            EXPECT_EQ(MessageBox_Buttons(box)[i]->x, x) << i;
-            EXPECT_EQ(MessageBox_Buttons(box)[i]->width, expected[i]) << i;
-            x += expected[i];
-        }
-    }
-}
-
 TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitleAndItsLabelsAreExpanded) {
     Widget* box = MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, &g_pressed, 2, kCloseButton,
                                   kCancelButton);
@@ -104,7 +88,7 @@ TEST_F(ToolkitTest, CallbackGetsThePressedIndexMayOpenAnotherBoxAndEnterPressesT
 // Each box covers the one beneath, whose buttons (one or two) lie under its
 // row: a press goes to the box on top, which closes back to the one beneath.
 // The tenth is shown though the stack of saved states is full.
-TEST_F(ToolkitTest, NestedBoxesCloseBackInTurnAndATenthIsShownThoughTheStackIsFull) {
+TEST_F(ToolkitTest, NestedBoxesCloseBackInTurnATenthIsShownAndTheButtonsShareTheRowEqually) {
     std::vector<Widget*> boxes;
     for (int i = 0; i < 10; ++i) {
         const std::string title = "Box " + std::to_string(i);
@@ -123,6 +107,20 @@ TEST_F(ToolkitTest, NestedBoxesCloseBackInTurnAndATenthIsShownThoughTheStackIsFu
         EXPECT_EQ(tk->savedCount, uint32_t(i)) << i;
     }
     EXPECT_EQ(g_pressed, std::vector<uint32_t>(10, 0));
+    // The buttons share the row equally.
+    // n cells of 32768 / (buttons still to place) fill the row exactly: 32768 / 3, then 21846 / 2, then the
+    // rest.
+    const std::vector<std::vector<uint32_t>> widths = {{kUnitsWhole}, {16384, 16384}, {10922, 10923, 10923}};
+    for (const std::vector<uint32_t>& expected : widths) {
+        Widget* box = MessageBox_ShowLabels(tk.get(), "Save", "Buttons.", kIconAlert, Remember, &g_pressed,
+                                            std::vector<std::string>(expected.size(), "B"));
+        uint32_t x = 0;
+        for (size_t i = 0; i < expected.size(); ++i) {
+            EXPECT_EQ(MessageBox_Buttons(box)[i]->x, x) << i;
+            EXPECT_EQ(MessageBox_Buttons(box)[i]->width, expected[i]) << i;
+            x += expected[i];
+        }
+    }
 }
 
 TEST_F(ToolkitTest, ProgressDialogCancelSetsTheKernelsFlag) {

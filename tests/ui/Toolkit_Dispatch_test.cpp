@@ -17,7 +17,7 @@ void CountPress(Toolkit*, Widget*, void*) {
     ++g_presses;
 }
 
-TEST_F(ToolkitTest, HitTestFindsTheDeepestControlAndAButtonPressesOnReleaseOverItOnly) {
+TEST_F(ToolkitTest, HitTestFindsTheDeepestControlAndPressesReleasesAndDragsGoWhereThePressLanded) {
     Widget* keep = W("BtKp");
     const PixelRect r = R(keep);
     EXPECT_EQ(Toolkit_HitTest(tk.get(), tk->root.get(), r.x, r.y), keep);
@@ -50,10 +50,7 @@ TEST_F(ToolkitTest, HitTestFindsTheDeepestControlAndAButtonPressesOnReleaseOverI
     Button_SetEnabled(tk.get(), keep, false);
     Click(keep);
     EXPECT_EQ(g_presses, 1);
-}
-
-TEST_F(ToolkitTest, DragsAndTheReleaseGoToTheWidgetThePressLandedOn) {
-    Widget* setter = W("LvS0");
+    // Drags and the release go to the widget the press landed on.
     const LevelSetterTrack t = LevelSetter_Track(tk.get(), setter);
     Press(t.left, t.centreY);
     EXPECT_EQ(LevelSetter_Value(setter), 0u);
