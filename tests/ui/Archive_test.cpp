@@ -5,6 +5,7 @@
 #include "support/Files.h"
 #include "ui/archive/Resources_Archive.h"
 
+#include <algorithm>
 #include <tuple>
 
 namespace {
@@ -55,10 +56,8 @@ std::vector<uint8_t> Build(const std::vector<Entry>& entries, const Options& opt
     for (const Entry& e : entries) records.push_back(e);
     const uint32_t slots = uint32_t(records.size());
     std::vector<uint8_t> file(78 + 8 * slots, 0);
-    for (int i = 0; i < 4; ++i) {
-        file[60 + i] = uint8_t(options.type[i]);
-        file[64 + i] = uint8_t(options.creator[i]);
-    }
+    std::copy_n(options.type.begin(), 4, file.begin() + 60);
+    std::copy_n(options.creator.begin(), 4, file.begin() + 64);
     file[76] = uint8_t(slots >> 8);
     file[77] = uint8_t(slots);
     // Bucket heads and chains, built from the last entry back: the first entry

@@ -33,7 +33,7 @@ std::vector<int32_t> Cell(int32_t pw, int32_t ph, uint32_t q, const Widget* w) {
 // a left band wider than the centre empties it, a left split beyond the
 // right one takes the right split along. A layout placed in part of its
 // parent splits its own rectangle.
-TEST(LayoutCells, SplitsMinimumBandsNonLayoutsAndOddInput) {
+TEST(LayoutCells, SplitsMinimumBandsNonLayoutsOddInputAndFormWidgetsInTheirCells) {
     struct Case {
         GeometryRecord g;  // left, top, right, bottom splits; then the four minimums in pixels
         int32_t pw, ph;
@@ -85,9 +85,7 @@ TEST(LayoutCells, SplitsMinimumBandsNonLayoutsAndOddInput) {
     // A layout record on a widget of zero width behaves as one cell.
     const Widget w = MakeLayout({8192, 8192, 24576, 24576}, 0, 0);
     EXPECT_EQ(Cell(800, 600, kQuadrantCenter, &w)[3], kWhole);
-}
-
-TEST(LayoutPlacement, FormWidgetsLandInTheirCells) {
+    // Form widgets land in their cells.
     auto tk = ToolkitTest_Screen(1000, 500);
     const std::string markup = R"(<FORM ID="Frm_">
         <LAYOUT ID="Main" TopLeftX="25%" BottomRightX="75%" TopLeftY="0" BottomRightY="100%">

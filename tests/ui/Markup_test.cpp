@@ -66,7 +66,7 @@ TEST_F(MarkupTest, IdentifiersPackTheFirstCharacterMostSignificantAndAreFoundDep
     EXPECT_EQ(Widget_FindById(second, Widget_PackId("Same")), second);
 }
 
-TEST_F(MarkupTest, EveryElementMakesItsKindWithItsAttributes) {
+TEST_F(MarkupTest, EveryElementMakesItsKindWithItsAttributesWhoseWordsMatchExactly) {
     Load(R"(<FORM ID="Form">
       <PELLUCIDAVIEW ID="View" TopLeftX="10%"></PELLUCIDAVIEW>
       <PELLUCIDAHISTOGRAM ID="Hist" NumBins="256"></PELLUCIDAHISTOGRAM>
@@ -114,9 +114,7 @@ TEST_F(MarkupTest, EveryElementMakesItsKindWithItsAttributes) {
     ASSERT_EQ(setter->children.size(), 2u);
     EXPECT_EQ(Rec<LevelSetterRecord>("LvS0")->captionLabel, setter->children[0].get());
     EXPECT_EQ(Rec<LevelSetterRecord>("LvS0")->valueLabel, setter->children[1].get());
-}
-
-TEST_F(MarkupTest, WordsMatchExactlyAndGeometryValuesFollowTheScreen) {
+    // Words match exactly, and geometry values follow the screen.
     tk = ToolkitTest_Screen(1920, 1080);
     Load(
         R"(<FORM><BUTTON ID="B1" Rounded="Full"></BUTTON><BUTTON ID="B2" Rounded="Round"></BUTTON>)"
