@@ -57,10 +57,8 @@ inline std::vector<uint8_t> DrawTest_FontBytes() {
 }
 
 inline const Font* DrawTest_Font() {
-    static const std::unique_ptr<Font> font = [] {
-        const std::vector<uint8_t> bytes = DrawTest_FontBytes();
-        return Font_Load(bytes.data(), bytes.size());
-    }();
+    static const std::vector<uint8_t> bytes = DrawTest_FontBytes();
+    static const std::unique_ptr<Font> font = Font_Load(bytes.data(), bytes.size());
     return font.get();
 }
 

@@ -37,11 +37,9 @@ TEST(DrawColour, OneRuleWithTheIconDecoderAnExactRoundTripAndEightBitChannelsRou
         ASSERT_EQ(Draw_565FromPixel(pixel), colour);
         ASSERT_EQ(Draw_Quantize(pixel), pixel) << "a pixel on the rule maps onto itself";
     }
-    for (auto [colour, pixel] : {std::pair{0xFFFF, 0x00F8FCF8u},
-                                 {0xF800, 0x00F80000u},
-                                 {0x07E0, 0x0000FC00u},
-                                 {0x001F, 0x000000F8u}})
-        EXPECT_EQ(Draw_PixelFrom565(Colour565(colour)), pixel);
+    const std::pair<Colour565, uint32_t> pixels[] = {
+        {0xFFFF, 0x00F8FCF8u}, {0xF800, 0x00F80000u}, {0x07E0, 0x0000FC00u}, {0x001F, 0x000000F8u}};
+    for (auto [colour, pixel] : pixels) EXPECT_EQ(Draw_PixelFrom565(colour), pixel);
     // Eight-bit channels round to the nearest level.
     EXPECT_EQ(Draw_Rgb565(255, 255, 255), 0xFFFF);
     EXPECT_EQ(Draw_Rgb565(0, 0, 0), 0x0000);

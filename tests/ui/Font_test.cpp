@@ -88,14 +88,10 @@ std::vector<std::pair<int, int>> TestFont_Box(int x0, int y0, int x1, int y1) {
 }
 
 // A box 8 x 20 design units standing on the baseline at x 2, advance 18 units
-// (14 after the default spacing of -4), its stem at x 2 unless told.
-TestGlyph TestFont_BoxGlyph(uint16_t code, int16_t stem = 2 * kFontSubUnits) {
-    TestGlyph g;
-    g.code = code;
-    g.advance = 18 * kFontSubUnits;
-    g.stemX = stem;
-    g.contours = {TestFont_Box(2, 0, 10, 20)};
-    return g;
+// (14 after the default spacing of -4), its stem at x 2.
+TestGlyph TestFont_BoxGlyph(uint16_t code) {
+    constexpr int s = kFontSubUnits;
+    return {.code = code, .advance = 18 * s, .stemX = 2 * s, .contours = {TestFont_Box(2, 0, 10, 20)}};
 }
 
 std::unique_ptr<Font> TestFont_Load(const TestFont& f) {
@@ -106,10 +102,7 @@ std::unique_ptr<Font> TestFont_Load(const TestFont& f) {
 // A font of the given glyphs, their codes ascending, and kerning pairs.
 std::unique_ptr<Font> TestFont_LoadGlyphs(std::vector<TestGlyph> glyphs,
                                           std::vector<std::tuple<uint16_t, uint16_t, int16_t>> kerning = {}) {
-    TestFont f;
-    f.glyphs = std::move(glyphs);
-    f.kerning = std::move(kerning);
-    return TestFont_Load(f);
+    return TestFont_Load({.glyphs = std::move(glyphs), .kerning = std::move(kerning)});
 }
 
 constexpr Colour565 kWhite = 0xFFFF;
@@ -124,15 +117,8 @@ uint32_t U32(const std::vector<uint8_t>& b, size_t at) {
 
 // 'I' and the replacement glyph, kerned against itself.
 TestFont TwoGlyphs() {
-    TestFont f;
-    TestGlyph r;
-    r.code = 0xFFFD;
-    r.advance = 10 * kFontSubUnits;
-    r.contours = {TestFont_Box(0, 0, 6, 6)};
-    f.glyphs = {TestFont_BoxGlyph('I'), r};
-    f.replacement = 1;
-    f.kerning = {{0, 0, -2 * kFontSubUnits}};
-    return f;
+    const TestGlyph r{.code = 0xFFFD, .advance = 10 * kFontSubUnits, .contours = {TestFont_Box(0, 0, 6, 6)}};
+    return {.replacement = 1, .glyphs = {TestFont_BoxGlyph('I'), r}, .kerning = {{0, 0, -2 * kFontSubUnits}}};
 }
 
 TEST(FontLoad, HandMadeEntryReadsBackAndEveryTruncationOrBrokenTableIsRefused) {
