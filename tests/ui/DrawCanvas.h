@@ -12,7 +12,6 @@
 #include <lodepng.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -52,20 +51,14 @@ void DrawTest_ExpectPixels(const DrawCanvas& c, F expected) {
         for (int32_t x = 0; x < c.width; ++x) ASSERT_EQ(c.At(x, y), expected(x, y)) << "at " << x << "," << y;
 }
 
-inline std::filesystem::path DrawTest_SourceDir() {
-    return PELLUCIDA_TEST_SOURCE_DIR;
-}
-
 // The font entry the repository ships (resources/font.fnt).
 inline std::vector<uint8_t> DrawTest_FontBytes() {
-    return ReadFileBytes(DrawTest_SourceDir() / ".." / "resources" / "font.fnt");
+    return ReadFileBytes(std::filesystem::path(PELLUCIDA_TEST_SOURCE_DIR) / ".." / "resources" / "font.fnt");
 }
 
 inline const Font* DrawTest_Font() {
-    static const std::unique_ptr<Font> font = [] {
-        const std::vector<uint8_t> bytes = DrawTest_FontBytes();
-        return Font_Load(bytes.data(), bytes.size());
-    }();
+    static const std::vector<uint8_t> bytes = DrawTest_FontBytes();
+    static const std::unique_ptr<Font> font = Font_Load(bytes.data(), bytes.size());
     return font.get();
 }
 

@@ -12,7 +12,7 @@ std::string Metric(const Toolkit& tk, const char* name) {
     return v ? v : "(undefined)";
 }
 
-TEST(EntityTable, DefineReplacesAndIgnoresEmpty) {
+TEST(EntityTable, DefineReplacesAndIgnoresEmptyAndCharacterReferencesDecode) {
     EntityTable t;
     Entity_Define(&t, "&system-language;", "english");
     Entity_Define(&t, "&system-language;", "deutsch");
@@ -24,11 +24,21 @@ TEST(EntityTable, DefineReplacesAndIgnoresEmpty) {
     Entity_Define(&t, "&a;", nullptr);
     EXPECT_EQ(t.pairs.size(), 1u);
     EXPECT_EQ(Entity_Lookup(&t, "&System-language;"), nullptr);
+    // Character references: named and hexadecimal, and a non-hex digit ends the text.
+    for (auto [in, out] : {std::pair<std::string, std::string>{"&quot;a&amp;b&apos;&gt;&lt;", "\"a&b'><"},
+                           {"&#xc3;&#xB6;!", "\xc3\xb6!"},
+                           {"&unknown; &#12;", "&unknown; &#12;"},
+                           {"ab&#xZZ;cd", "ab"},
+                           {"ab&#x41", "ab"}}) {
+        std::string s = in;
+        Entity_DecodeCharacters(&s);
+        EXPECT_EQ(s, out) << in;
+    }
 }
 
 // The minimal object size is 1/18 of the shorter side, capped at 48, and the
 // metric entities derive from it; a square screen counts as portrait.
-TEST(SystemMetrics, FollowTheScreen) {
+TEST(SystemMetrics, FollowTheScreenTheLargeInterfaceCapAndADisplayScale) {
     // "name=value" words, the names without their "&system-" and ";".
     const std::tuple<uint32_t, uint32_t, const char*> cases[] = {
         {1920, 1080,
@@ -53,58 +63,40 @@ TEST(SystemMetrics, FollowTheScreen) {
                 << w << " " << name;
         }
     }
-}
-
-TEST(SystemMetrics, LargeInterfaceCapAndRedefinition) {
+    // A large interface raises the cap; the entities are defined again, not twice.
     auto tk = ToolkitTest_Screen(1920, 1080);
     Toolkit_SetMinimalObjectSize(tk.get(), 60, 60, 96, 96);
     EXPECT_EQ(Metric(*tk, "&system-minimalobjectsizepixels;"), "60");
     EXPECT_EQ(Metric(*tk, "&system-buttonSizePixels;"), "45");
     // Either side over its cap brings both to the caps.
     Toolkit_SetMinimalObjectSize(tk.get(), 10, 100, 48, 40);
-    EXPECT_EQ(tk->minimalObjectSizeX, 48);
-    EXPECT_EQ(tk->minimalObjectSizeY, 40);
+    EXPECT_EQ(std::pair(tk->minimalObjectSizeX, tk->minimalObjectSizeY), std::pair(48, 40));
     size_t count = 0;
     for (const EntityPair& p : tk->systemEntities.pairs)
         if (p.name == "&system-buttonSizePixels;") ++count;
     EXPECT_EQ(count, 1u);
-}
-
-// A desktop scale raises the cap in proportion, so a 4K screen at twice the
-// density gets the controls and text a 1080p screen gets, in twice the
-// pixels; below the cap the screen share rules as before.
-TEST(SystemMetrics, DisplayScaleRaisesTheCap) {
+    // A desktop scale raises the cap in proportion, so a 4K screen at twice the
+    // density gets the controls and text a 1080p screen gets, in twice the
+    // pixels; below the cap the screen share rules as before.
     struct Case {
         uint32_t w, h, percent;
         int32_t size, button, text;
     };
-    const Case cases[] = {
+    const Case scales[] = {
         {3840, 2160, 100, 48, 36, 18},  // 4K without a scale: as small as on 1080p
         {3840, 2160, 200, 96, 72, 36},  {3840, 2160, 150, 72, 54, 27},
         {3840, 2160, 400, 120, 90, 45},                                // the screen share (2160 / 18) rules
         {2560, 1440, 125, 60, 45, 22},  {1280, 800, 200, 44, 33, 16},  // below the cap: unchanged
     };
-    for (const Case& c : cases) {
-        auto tk = Toolkit_CreateBare();
-        Toolkit_SetScreen(tk.get(), c.w, c.h, c.w, nullptr);
-        tk->displayScalePercent = c.percent;
-        Toolkit_SetMetricsFromScreen(tk.get());
-        EXPECT_EQ(tk->minimalObjectSizeY, c.size) << c.w << " at " << c.percent;
-        EXPECT_EQ(Toolkit_MetricPixels(tk.get(), "&system-buttonSizePixels;"), c.button)
-            << c.w << " at " << c.percent;
-        EXPECT_EQ(Toolkit_TextHeight(tk.get()), c.text) << c.w << " at " << c.percent;
-    }
-}
-
-TEST(CharacterReferences, NamedAndHexadecimalAndANonHexDigitEndsTheText) {
-    for (auto [in, out] : {std::pair<std::string, std::string>{"&quot;a&amp;b&apos;&gt;&lt;", "\"a&b'><"},
-                           {"&#xc3;&#xB6;!", "\xc3\xb6!"},
-                           {"&unknown; &#12;", "&unknown; &#12;"},
-                           {"ab&#xZZ;cd", "ab"},
-                           {"ab&#x41", "ab"}}) {
-        std::string s = in;
-        Entity_DecodeCharacters(&s);
-        EXPECT_EQ(s, out) << in;
+    for (const Case& c : scales) {
+        auto scaled = Toolkit_CreateBare();
+        Toolkit_SetScreen(scaled.get(), c.w, c.h, c.w, nullptr);
+        scaled->displayScalePercent = c.percent;
+        Toolkit_SetMetricsFromScreen(scaled.get());
+        SCOPED_TRACE(testing::Message() << c.w << " at " << c.percent);
+        EXPECT_EQ(scaled->minimalObjectSizeY, c.size);
+        EXPECT_EQ(Toolkit_MetricPixels(scaled.get(), "&system-buttonSizePixels;"), c.button);
+        EXPECT_EQ(Toolkit_TextHeight(scaled.get()), c.text);
     }
 }
 

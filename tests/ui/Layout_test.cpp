@@ -1,6 +1,6 @@
 // The 3 x 3 layout: cell rectangles, minimum bands in their fixed order, and
 // the placement of widgets from markup. (A band kept at a metric entity's
-// size is the test form's button row, checked in ResourcesFile_test and in
+// size is the test form's button row, checked in Archive_test and in
 // the toolkit's golden pictures.)
 #include "ToolkitFixture.h"
 
@@ -33,7 +33,7 @@ std::vector<int32_t> Cell(int32_t pw, int32_t ph, uint32_t q, const Widget* w) {
 // a left band wider than the centre empties it, a left split beyond the
 // right one takes the right split along. A layout placed in part of its
 // parent splits its own rectangle.
-TEST(LayoutCells, SplitsAndMinimumBands) {
+TEST(LayoutCells, SplitsMinimumBandsNonLayoutsOddInputAndFormWidgetsInTheirCells) {
     struct Case {
         GeometryRecord g;  // left, top, right, bottom splits; then the four minimums in pixels
         int32_t pw, ph;
@@ -69,13 +69,9 @@ TEST(LayoutCells, SplitsAndMinimumBands) {
         const Widget w = MakeLayout(c.g, c.x, c.width);
         EXPECT_EQ(Cell(c.pw, c.ph, c.quadrant, &w),
                   std::vector<int32_t>({c.expected.x, c.expected.y, c.expected.width, c.expected.height}))
-            << "quadrant " << c.quadrant << " of " << c.pw << "x" << c.ph << " minimums "
-            << c.g.minTopLeftPixelsX << "," << c.g.minTopLeftPixelsY << "," << c.g.minBottomRightPixelsX
-            << "," << c.g.minBottomRightPixelsY;
+            << "row " << &c - cases;
     }
-}
-
-TEST(LayoutCells, NonLayoutsAndOddInput) {
+    // Widgets that are not layouts, and odd input.
     Widget label;
     label.type = kWidgetLabel;
     label.x = 1000;
@@ -85,14 +81,11 @@ TEST(LayoutCells, NonLayoutsAndOddInput) {
     EXPECT_EQ(Cell(800, 600, kQuadrantCenter, &label), (std::vector<int32_t>{1000, 2000, 3000, 4000}));
     EXPECT_EQ(Cell(800, 600, kQuadrantNorthWest, &label)[2], 0);
     const std::vector<int32_t> none = Cell(800, 600, kQuadrantCenter, nullptr);
-    EXPECT_EQ(none[2], kWhole);
-    EXPECT_EQ(none[3], kWhole);
+    EXPECT_EQ(std::pair(none[2], none[3]), std::pair(kWhole, kWhole));
     // A layout record on a widget of zero width behaves as one cell.
     const Widget w = MakeLayout({8192, 8192, 24576, 24576}, 0, 0);
     EXPECT_EQ(Cell(800, 600, kQuadrantCenter, &w)[3], kWhole);
-}
-
-TEST(LayoutPlacement, FormWidgetsLandInTheirCells) {
+    // Form widgets land in their cells.
     auto tk = ToolkitTest_Screen(1000, 500);
     const std::string markup = R"(<FORM ID="Frm_">
         <LAYOUT ID="Main" TopLeftX="25%" BottomRightX="75%" TopLeftY="0" BottomRightY="100%">

@@ -26,10 +26,16 @@ protected:
         const auto* label = Widget_Record<LabelRecord>(Find(id));
         return label ? label->text : "(no label)";
     }
+    // Loads the markup and returns what the reader printed.
+    std::string Printed(const std::string& markup, const char* name = "test.xml") {
+        testing::internal::CaptureStdout();
+        Load(markup, nullptr, name);
+        return testing::internal::GetCapturedStdout();
+    }
 };
 using ToolkitEventsDeathTest = MarkupTest;
 
-TEST_F(MarkupTest, PackedFirstCharacterMostSignificantAndNotCapturedByNavIds) {
+TEST_F(MarkupTest, IdentifiersPackTheFirstCharacterMostSignificantAndAreFoundDepthFirst) {
     EXPECT_EQ(Widget_PackId("MFrm"), 0x4D46726Du);
     EXPECT_EQ(Widget_PackId("LONGER"), Widget_PackId("LONG"));
     Load(R"(<FORM ID="BTOK"></FORM><FORM ID="AB"></FORM>)"
@@ -46,23 +52,21 @@ TEST_F(MarkupTest, PackedFirstCharacterMostSignificantAndNotCapturedByNavIds) {
     EXPECT_EQ(form->children[1]->id, 0u);  // NavLeftID's tail is not an ID
     EXPECT_EQ(Widget_Record<ButtonRecord>(form->children[1].get())->navigation.navLeft,
               Widget_PackId("Only"));
-}
-
-TEST_F(MarkupTest, FindByIdIsDepthFirstPreOrder) {
+    // Widget_FindById is depth first, pre-order.
     Load(R"(<FORM ID="Root">)"
          R"(<LAYOUT ID="L1__"><LAYOUT ID="Deep"><LABEL ID="Same" Text="first"></LABEL></LAYOUT></LAYOUT>)"
          R"(<LABEL ID="Same" Text="second"></LABEL>)"
          R"(</FORM>)");
-    Widget* form = Find("Root");
-    ASSERT_NE(form, nullptr);
-    EXPECT_EQ(Widget_FindById(form, Widget_PackId("Root")), form);
+    Widget* root = Find("Root");
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(Widget_FindById(root, Widget_PackId("Root")), root);
     EXPECT_EQ(LabelText("Same"), "first");
-    EXPECT_EQ(Widget_FindById(form, Widget_PackId("None")), nullptr);
-    Widget* second = form->children[1].get();
+    EXPECT_EQ(Widget_FindById(root, Widget_PackId("None")), nullptr);
+    Widget* second = root->children[1].get();
     EXPECT_EQ(Widget_FindById(second, Widget_PackId("Same")), second);
 }
 
-TEST_F(MarkupTest, EveryElementMakesItsKindWithItsAttributes) {
+TEST_F(MarkupTest, EveryElementMakesItsKindWithItsAttributesWhoseWordsMatchExactly) {
     Load(R"(<FORM ID="Form">
       <PELLUCIDAVIEW ID="View" TopLeftX="10%"></PELLUCIDAVIEW>
       <PELLUCIDAHISTOGRAM ID="Hist" NumBins="256"></PELLUCIDAHISTOGRAM>
@@ -110,21 +114,17 @@ TEST_F(MarkupTest, EveryElementMakesItsKindWithItsAttributes) {
     ASSERT_EQ(setter->children.size(), 2u);
     EXPECT_EQ(Rec<LevelSetterRecord>("LvS0")->captionLabel, setter->children[0].get());
     EXPECT_EQ(Rec<LevelSetterRecord>("LvS0")->valueLabel, setter->children[1].get());
-}
-
-TEST_F(MarkupTest, WordsMatchExactlyAndGeometryValuesFollowTheScreen) {
+    // Words match exactly, and geometry values follow the screen.
     tk = ToolkitTest_Screen(1920, 1080);
     Load(
         R"(<FORM><BUTTON ID="B1" Rounded="Full"></BUTTON><BUTTON ID="B2" Rounded="Round"></BUTTON>)"
         R"(<BUTTON ID="B3" Rounded="full"></BUTTON><BITMAP ID="B4" FillMode="stretch"></BITMAP>)"
         R"(<LAYOUT ID="B5" Quadrant="NorthEast"></LAYOUT><LAYOUT ID="B6" Quadrant="Middle"></LAYOUT></FORM>)");
     // Unknown words change nothing.
-    EXPECT_EQ(Rec<ButtonRecord>("B1")->rounded, 15u);
-    EXPECT_EQ(Rec<ButtonRecord>("B2")->rounded, 0u);
-    EXPECT_EQ(Rec<ButtonRecord>("B3")->rounded, 0u);
-    EXPECT_EQ(Rec<BitmapRecord>("B4")->fillMode, kFillAutoFit);
-    EXPECT_EQ(Rec<LayoutRecord>("B5")->quadrant, kQuadrantNorthEast);
-    EXPECT_EQ(Rec<LayoutRecord>("B6")->quadrant, kQuadrantCenter);
+    EXPECT_EQ(std::tuple(Rec<ButtonRecord>("B1")->rounded, Rec<ButtonRecord>("B2")->rounded,
+                         Rec<ButtonRecord>("B3")->rounded, Rec<BitmapRecord>("B4")->fillMode,
+                         Rec<LayoutRecord>("B5")->quadrant, Rec<LayoutRecord>("B6")->quadrant),
+              std::tuple(15u, 0u, 0u, kFillAutoFit, kQuadrantNorthEast, kQuadrantCenter));
     for (auto [text, value] : {std::pair{"50%", 16384},
                                {"100%", 32768},
                                {"33%", (33 << 15) / 100},
@@ -175,7 +175,7 @@ TEST_F(MarkupTest, EntityDefinedInOneFormExpandsInALaterOneBeforeTheBuiltIns) {
 
 // Entities in a condition are expanded first; a section not shown defines no
 // entity either.
-TEST_F(MarkupTest, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacter) {
+TEST_F(MarkupTest, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacterAndSectionsDoNotNest) {
     const std::pair<const char*, bool> cases[] = {
         {R"(Condition="a!=b")", true},
         {R"(Condition="a=b")", false},
@@ -198,15 +198,12 @@ TEST_F(MarkupTest, ConditionsSplitAtTheFirstEqualsFromTheSecondCharacter) {
         EXPECT_EQ(Entity_Lookup(&tk->markupEntities, "&language-back;") != nullptr, shown) << condition;
         EXPECT_NE(Find("Aftr"), nullptr) << condition;
     }
-}
-
-TEST_F(MarkupTest, SectionsDoNotNest) {
-    testing::internal::CaptureStdout();
+    // Sections do not nest.
     // An inner "/CONDITIONAL" re-activates the rest of the outer section.
-    Load(R"(<CONDITIONAL Condition="a=b"><LABEL ID="Out1"></LABEL>)"
-         R"(<CONDITIONAL Condition="c=d"><LABEL ID="In__"></LABEL></CONDITIONAL>)"
-         R"(<LABEL ID="Out2"></LABEL></CONDITIONAL>)");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(Printed(R"(<CONDITIONAL Condition="a=b"><LABEL ID="Out1"></LABEL>)"
+                      R"(<CONDITIONAL Condition="c=d"><LABEL ID="In__"></LABEL></CONDITIONAL>)"
+                      R"(<LABEL ID="Out2"></LABEL></CONDITIONAL>)"),
+              "");
     EXPECT_EQ(Find("Out1"), nullptr);
     EXPECT_EQ(Find("In__"), nullptr);
     EXPECT_NE(Find("Out2"), nullptr);
@@ -216,13 +213,14 @@ TEST_F(MarkupTest, SectionsDoNotNest) {
     EXPECT_NE(Find("In2_"), nullptr);
 }
 
-TEST_F(MarkupTest, ChildrenOfControlsAndUnknownElementsAreSkipped) {
-    testing::internal::CaptureStdout();
-    Load(R"(<?xml version="1.0"?><!-- a comment --><FORM ID="Frm_">)"
-         R"(<BUTTON ID="Btn_"><LABEL ID="Skp1"><LAYOUT ID="Skp2"></LAYOUT></LABEL></BUTTON>)"
-         R"(<UNKNOWN ID="Unk_"><LABEL ID="Kept"></LABEL></UNKNOWN>)"
-         R"(<LABEL ID="Last" Bogus="1"></LABEL><LABEL ID="One_" Text="a/b"/><LAYOUT ID="Two_"/></FORM>)");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+TEST_F(MarkupTest, ChildrenOfControlsAndUnknownElementsAreSkippedAndUnbalancedMarkupSaysSo) {
+    EXPECT_EQ(
+        Printed(
+            R"(<?xml version="1.0"?><!-- a comment --><FORM ID="Frm_">)"
+            R"(<BUTTON ID="Btn_"><LABEL ID="Skp1"><LAYOUT ID="Skp2"></LAYOUT></LABEL></BUTTON>)"
+            R"(<UNKNOWN ID="Unk_"><LABEL ID="Kept"></LABEL></UNKNOWN>)"
+            R"(<LABEL ID="Last" Bogus="1"></LABEL><LABEL ID="One_" Text="a/b"/><LAYOUT ID="Two_"/></FORM>)"),
+        "");
     Widget* form = Find("Frm_");
     ASSERT_NE(form, nullptr);
     for (const char* skipped : {"Skp1", "Skp2", "Unk_"}) EXPECT_EQ(Find(skipped), nullptr) << skipped;
@@ -235,16 +233,11 @@ TEST_F(MarkupTest, ChildrenOfControlsAndUnknownElementsAreSkipped) {
     ASSERT_NE(inner, nullptr);
     EXPECT_EQ(inner->parent, form);
     EXPECT_EQ(tk->root->children.size(), 1u);
-}
-
-TEST_F(MarkupTest, UnbalancedMarkupSaysSoAndKeepsTheWidgets) {
-    testing::internal::CaptureStdout();
-    Load(R"(<FORM ID="Frm_"><LABEL ID="Lbl_"></LABEL>)", nullptr, "Pellucida_Broken.xml");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <Pellucida_Broken.xml>\n");
+    // Unbalanced markup says so and keeps the widgets.
+    EXPECT_EQ(Printed(R"(<FORM ID="Frm_"><LABEL ID="Lbl_"></LABEL>)", "Pellucida_Broken.xml"),
+              "OPENS != CLOSES <Pellucida_Broken.xml>\n");
     EXPECT_NE(Find("Lbl_"), nullptr);
-    testing::internal::CaptureStdout();
-    Load(R"(</FORM></LABEL>)");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "OPENS != CLOSES <test.xml>\n");
+    EXPECT_EQ(Printed(R"(</FORM></LABEL>)"), "OPENS != CLOSES <test.xml>\n");
 }
 
 int g_draws = 0;

@@ -23,23 +23,7 @@ TEST(MessageBoxIcons, ByType) {
     EXPECT_STREQ(MessageBox_IconName(0xFFFFFFFF), kIconInformation);
 }
 
-TEST_F(ToolkitTest, TheButtonsShareTheRowEqually) {
-    // n cells of 32768 / (buttons still to place) fill the row exactly: 32768 / 3, then 21846 / 2, then the
-    // rest.
-    const std::vector<std::vector<uint32_t>> widths = {{kUnitsWhole}, {16384, 16384}, {10922, 10923, 10923}};
-    for (const std::vector<uint32_t>& expected : widths) {
-        Widget* box = MessageBox_ShowLabels(tk.get(), "Save", "Buttons.", kIconAlert, Remember, &g_pressed,
-                                            std::vector<std::string>(expected.size(), "B"));
-        uint32_t x = 0;
-        for (size_t i = 0; i < expected.size(); ++i) {
-            EXPECT_EQ(MessageBox_Buttons(box)[i]->x, x) << i;
-            EXPECT_EQ(MessageBox_Buttons(box)[i]->width, expected[i]) << i;
-            x += expected[i];
-        }
-    }
-}
-
-TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitle) {
+TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitleAndItsLabelsAreExpanded) {
     Widget* box = MessageBox_Show(tk.get(), kCloseTitle, kCloseText, 2, Remember, &g_pressed, 2, kCloseButton,
                                   kCancelButton);
     EXPECT_EQ(box->id, Widget_PackId("Clos"));
@@ -50,9 +34,25 @@ TEST_F(ToolkitTest, TheBoxIsNamedByTheFirstFourCharactersOfItsTitle) {
     EXPECT_EQ(shortTitle->id, 0u);
     EXPECT_EQ(tk->currentForm, shortTitle);
     Toolkit_Dispatch(tk.get());
+    // Button labels are expanded for entities.
+    Entity_Define(&tk->markupEntities, "&language-buttonlast;", "Last");
+    box = MessageBox_Show(tk.get(), "Compare", "Sch&ouml;n", 1, Remember, &g_pressed, 2,
+                          "&language-buttonlast;", "&language-buttonunknown;");
+    std::vector<Widget*> b = MessageBox_Buttons(box);
+    EXPECT_EQ(Widget_Record<ButtonRecord>(b[0])->text, "Last");
+    EXPECT_EQ(Widget_Record<ButtonRecord>(b[1])->text, "&language-buttonunknown;");
+    EXPECT_EQ(Toolkit_ExpandText(tk.get(), "Sch&ouml;n &amp; klar"), "Sch\xC3\xB6n & klar");
+    // A plain "&" with no ";" near it does not stop the references after it.
+    const std::string far = "Tom & Jerry" + std::string(70, '.');
+    EXPECT_EQ(Toolkit_ExpandText(tk.get(), far + "&language-buttonlast;"), far + "Last");
 }
 
-TEST_F(ToolkitTest, TheCallbackGetsTheIndexOfTheButtonPressedAfterTheBoxIsGone) {
+void Nested(Toolkit* toolkit, uint32_t, void*) {
+    // A callback may open the next box at once: the first is already gone.
+    MessageBox_Show(toolkit, "Next", "Opened from the callback.", 1, Remember, &g_pressed, 1, "OK");
+}
+
+TEST_F(ToolkitTest, CallbackGetsThePressedIndexMayOpenAnotherBoxAndEnterPressesTheLast) {
     g_pressed.clear();
     Widget* box = MessageBox_Show(tk.get(), "Save", "Three buttons.", 0, Remember, &g_pressed, 3, "Yes", "No",
                                   "Cancel");
@@ -72,25 +72,23 @@ TEST_F(ToolkitTest, TheCallbackGetsTheIndexOfTheButtonPressedAfterTheBoxIsGone) 
     Press(k.x + 3, k.y + 3);
     EXPECT_EQ(tk->input.capture, keep);
     Release(k.x + 3, k.y + 3);
-}
-
-TEST_F(ToolkitTest, ButtonLabelsAreExpandedForEntities) {
-    Entity_Define(&tk->markupEntities, "&language-buttonlast;", "Last");
-    Widget* box = MessageBox_Show(tk.get(), "Compare", "Sch&ouml;n", 1, Remember, &g_pressed, 2,
-                                  "&language-buttonlast;", "&language-buttonunknown;");
-    std::vector<Widget*> b = MessageBox_Buttons(box);
-    EXPECT_EQ(Widget_Record<ButtonRecord>(b[0])->text, "Last");
-    EXPECT_EQ(Widget_Record<ButtonRecord>(b[1])->text, "&language-buttonunknown;");
-    EXPECT_EQ(Toolkit_ExpandText(tk.get(), "Sch&ouml;n &amp; klar"), "Sch\xC3\xB6n & klar");
-    // A plain "&" with no ";" near it does not stop the references after it.
-    const std::string far = "Tom & Jerry" + std::string(70, '.');
-    EXPECT_EQ(Toolkit_ExpandText(tk.get(), far + "&language-buttonlast;"), far + "Last");
+    // A callback may open another box; Enter presses the last button.
+    box = MessageBox_Show(tk.get(), "Asks", "Then asks again.", 1, Nested, &g_pressed, 1, "Go");
+    Click(MessageBox_Buttons(box)[0]);
+    ASSERT_NE(tk->currentForm, tk->root.get());
+    EXPECT_EQ(tk->currentForm->id, Widget_PackId("Next"));
+    EXPECT_EQ(tk->savedCount, 1u);
+    g_pressed.clear();
+    MessageBox_Show(tk.get(), kOverwriteTitle, kOverwriteText, 2, Remember, &g_pressed, 2, kOverwriteButton,
+                    kCancelButton);
+    Key(kKeyEnter);
+    EXPECT_EQ(g_pressed, std::vector<uint32_t>{1});
 }
 
 // Each box covers the one beneath, whose buttons (one or two) lie under its
 // row: a press goes to the box on top, which closes back to the one beneath.
 // The tenth is shown though the stack of saved states is full.
-TEST_F(ToolkitTest, NestedBoxesCloseBackInTurnAndATenthIsShownThoughTheStackIsFull) {
+TEST_F(ToolkitTest, NestedBoxesCloseBackInTurnATenthIsShownAndTheButtonsShareTheRowEqually) {
     std::vector<Widget*> boxes;
     for (int i = 0; i < 10; ++i) {
         const std::string title = "Box " + std::to_string(i);
@@ -109,24 +107,20 @@ TEST_F(ToolkitTest, NestedBoxesCloseBackInTurnAndATenthIsShownThoughTheStackIsFu
         EXPECT_EQ(tk->savedCount, uint32_t(i)) << i;
     }
     EXPECT_EQ(g_pressed, std::vector<uint32_t>(10, 0));
-}
-
-void Nested(Toolkit* toolkit, uint32_t, void*) {
-    // A callback may open the next box at once: the first is already gone.
-    MessageBox_Show(toolkit, "Next", "Opened from the callback.", 1, Remember, &g_pressed, 1, "OK");
-}
-
-TEST_F(ToolkitTest, ACallbackMayOpenAnotherBoxAndEnterPressesTheLastButton) {
-    Widget* box = MessageBox_Show(tk.get(), "Asks", "Then asks again.", 1, Nested, &g_pressed, 1, "Go");
-    Click(MessageBox_Buttons(box)[0]);
-    ASSERT_NE(tk->currentForm, tk->root.get());
-    EXPECT_EQ(tk->currentForm->id, Widget_PackId("Next"));
-    EXPECT_EQ(tk->savedCount, 1u);
-    g_pressed.clear();
-    MessageBox_Show(tk.get(), kOverwriteTitle, kOverwriteText, 2, Remember, &g_pressed, 2, kOverwriteButton,
-                    kCancelButton);
-    Key(kKeyEnter);
-    EXPECT_EQ(g_pressed, std::vector<uint32_t>{1});
+    // The buttons share the row equally.
+    // n cells of 32768 / (buttons still to place) fill the row exactly: 32768 / 3, then 21846 / 2, then the
+    // rest.
+    const std::vector<std::vector<uint32_t>> widths = {{kUnitsWhole}, {16384, 16384}, {10922, 10923, 10923}};
+    for (const std::vector<uint32_t>& expected : widths) {
+        Widget* box = MessageBox_ShowLabels(tk.get(), "Save", "Buttons.", kIconAlert, Remember, &g_pressed,
+                                            std::vector<std::string>(expected.size(), "B"));
+        uint32_t x = 0;
+        for (size_t i = 0; i < expected.size(); ++i) {
+            EXPECT_EQ(MessageBox_Buttons(box)[i]->x, x) << i;
+            EXPECT_EQ(MessageBox_Buttons(box)[i]->width, expected[i]) << i;
+            x += expected[i];
+        }
+    }
 }
 
 TEST_F(ToolkitTest, ProgressDialogCancelSetsTheKernelsFlag) {

@@ -2,15 +2,72 @@
 // the quadtree rules for inert and zero-sized nodes, resampling and the pixel
 // operations of direct and tinted icons.
 #include "DrawCanvas.h"
-#include "SqiBits.h"
 #include "ui/WidgetKinds.h"
 #include "ui/archive/Sqi_Decode.h"
 
+#include <cstdlib>
 #include <tuple>
+#include <vector>
 
 namespace {
 
-using sqi_test::BitWriter;
+// Writing .sqi bit streams by hand: bits least significant first within each
+// byte, a value's lowest bit first.
+struct BitWriter {
+    std::vector<uint8_t> bytes;
+    uint64_t bits = 0;
+
+    void Bit(uint32_t b) {
+        if (bits % 8 == 0) bytes.push_back(0);
+        if (b) bytes.back() |= uint8_t(1u << (bits % 8));
+        ++bits;
+    }
+    // A node: its value, then its split bit.
+    void Node(uint32_t v, int width, bool split) {
+        for (int i = 0; i < width; ++i) Bit((v >> i) & 1u);
+        Bit(split);
+    }
+};
+
+// Nodes written as words, "S21" a node of value 21 that splits, "L7" a leaf.
+BitWriter Nodes(const char* words, int width) {
+    BitWriter w;
+    for (const char* p = words; *p;) {
+        const bool split = *p == 'S';
+        char* end = nullptr;
+        const uint32_t v = uint32_t(std::strtoul(p + 1, &end, 10));
+        w.Node(v, width, split);
+        p = *end ? end + 1 : end;
+    }
+    return w;
+}
+
+void PutLe(std::vector<uint8_t>& out, uint32_t v, int bytes) {
+    for (int i = 0; i < bytes; ++i) out.push_back(uint8_t(v >> (8 * i)));
+}
+
+// A whole file from four plane streams.
+std::vector<uint8_t> File(uint16_t w, uint16_t h, uint32_t mode, const BitWriter (&planes)[4]) {
+    std::vector<uint8_t> out;
+    PutLe(out, w, 2);
+    PutLe(out, h, 2);
+    PutLe(out, mode, 4);
+    for (const BitWriter& p : planes) {
+        PutLe(out, uint32_t(p.bytes.size()), 4);
+        out.insert(out.end(), p.bytes.begin(), p.bytes.end());
+    }
+    return out;
+}
+
+// Four planes that are each one uniform leaf.
+std::vector<uint8_t> Uniform(uint16_t w, uint16_t h, uint32_t mode, uint32_t r, uint32_t g, uint32_t b,
+                             uint32_t a) {
+    BitWriter planes[4];
+    const uint32_t values[4] = {r, g, b, a};
+    const int widths[4] = {5, 6, 5, 8};
+    for (int i = 0; i < 4; ++i) planes[i].Node(values[i], widths[i], false);
+    return File(w, h, mode, planes);
+}
 
 // The strongest coverage, 255 of 256, leaves a field at (v * 255) >> 8 over black.
 uint32_t Covered(uint32_t v) {
@@ -19,13 +76,9 @@ uint32_t Covered(uint32_t v) {
 
 // A widget at (x, y) of w x h on the canvas, whose padded rows show any write past the framebuffer's width.
 SqiTarget Target(DrawCanvas& c, int32_t x, int32_t y, int32_t w, int32_t h, uint32_t mode = kFillStretch) {
-    SqiTarget t;
-    t.pixels = c.pixels.data();
-    t.pixelsPerRow = uint32_t(c.pixelsPerRow);
-    t.framebufferWidth = uint32_t(c.width);
-    t.framebufferHeight = uint32_t(c.height);
-    t.x = x, t.y = y, t.width = w, t.height = h, t.fillMode = mode;
-    return t;
+    // The framebuffer, then the widget's rectangle and fill mode, in the order SqiTarget declares them.
+    return {
+        c.pixels.data(), uint32_t(c.pixelsPerRow), uint32_t(c.width), uint32_t(c.height), x, y, w, h, mode};
 }
 
 // Placement by fill mode: the destination, its offset in the widget and the
@@ -67,7 +120,7 @@ TEST(SqiPlacement, FillModesScaleCentreAndRoundTheBufferUp) {
 // and the values. A one-pixel node that splits keeps its own value and its
 // children are read but inert; zero-sized children draw nothing; a stream
 // that ends early reads as zeros.
-TEST(SqiTree, NodesSplitFillAndStopByTheRules) {
+TEST(SqiTree, NodesSplitFillAndStopByTheRulesAndResamplingAveragesSixteenSamples) {
     struct Case {
         const char* nodes;
         uint32_t w, h;
@@ -82,26 +135,24 @@ TEST(SqiTree, NodesSplitFillAndStopByTheRules) {
         {"S9", 2, 2, 30, {0, 0, 0, 0}},
     };
     for (const Case& c : cases) {
-        const sqi_test::BitWriter s = sqi_test::Nodes(c.nodes, 5);
+        const BitWriter s = Nodes(c.nodes, 5);
         std::vector<uint8_t> buffer(c.w * c.h, 0xEE);
         EXPECT_EQ(Sqi_DecodePlane(s.bytes.data(), s.bytes.size(), 5, c.w, c.h, buffer.data()), c.bitsUsed)
             << c.nodes;
         EXPECT_EQ(buffer, c.expected) << c.nodes;
     }
     // The root's quadrants land in the quarters of a stretched 128 x 64 buffer.
-    const sqi_test::BitWriter s = sqi_test::Nodes("S0 L1 L2 L3 L4", 5);
+    const BitWriter s = Nodes("S0 L1 L2 L3 L4", 5);
     std::vector<uint8_t> buffer(128 * 64, 0xEE);
     Sqi_DecodePlane(s.bytes.data(), s.bytes.size(), 5, 128, 64, buffer.data());
     for (auto [at, value] :
          {std::pair{0, 1}, {63, 1}, {64, 2}, {31 * 128 + 127, 2}, {32 * 128, 3}, {63 * 128 + 127, 4}})
         EXPECT_EQ(buffer[size_t(at)], value) << at;
-}
-
-TEST(SqiResample, AveragesSixteenSamples) {
+    // Resampling averages sixteen samples.
     // Red quadrants 31, 0, 0, 16, opaque: shown 2 x 2 each is one pixel.
-    const BitWriter planes[4] = {sqi_test::Nodes("S0 L31 L0 L0 L16", 5), sqi_test::Nodes("L0", 6),
-                                 sqi_test::Nodes("L0", 5), sqi_test::Nodes("L255", 8)};
-    const auto file = sqi_test::File(4, 4, 0, planes);
+    const BitWriter planes[4] = {Nodes("S0 L31 L0 L0 L16", 5), Nodes("L0", 6), Nodes("L0", 5),
+                                 Nodes("L255", 8)};
+    const auto file = File(4, 4, 0, planes);
     DrawCanvas small(2, 2);
     ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), Target(small, 0, 0, 2, 2)));
     EXPECT_EQ(small.At(0, 0) >> 19, Covered(31));
@@ -115,7 +166,7 @@ TEST(SqiResample, AveragesSixteenSamples) {
     EXPECT_EQ(three.At(1, 1) >> 19, Covered((9u * 31u + 1u * 16u) >> 4));
 }
 
-TEST(SqiPixels, DirectColourReplacesFieldsAndBlendsCoverage) {
+TEST(SqiPixels, DirectColourBlendsCoverageAndTintedModeAddsTheScaledTintsWithoutClamping) {
     // A uniform icon over blue 31, drawn on the left half: coverage 255 of 256
     // leaves a trace of the blue, 128 weighs both halves, 0 leaves the pixel.
     const uint32_t blue = Sqi_PixelFrom565(0, 0, 31);
@@ -127,20 +178,18 @@ TEST(SqiPixels, DirectColourReplacesFieldsAndBlendsCoverage) {
                           {31, 63, 31, 0, blue}};
     for (const Case& c : cases) {
         DrawCanvas canvas(4, 4, blue);
-        const auto file = sqi_test::Uniform(4, 4, 0, c.r, c.g, c.b, c.a);
+        const auto file = Uniform(4, 4, 0, c.r, c.g, c.b, c.a);
         ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), Target(canvas, 0, 0, 2, 4)));
         EXPECT_EQ(canvas.At(0, 0), c.expected) << "coverage " << c.a;
         EXPECT_EQ(canvas.At(2, 0), blue) << "coverage " << c.a;
     }
-}
-
-TEST(SqiPixels, TintedModeScalesTheTintsAndAddsWithoutClamping) {
+    // Tinted mode scales the tints and adds them without clamping.
     DrawCanvas canvas(1, 1);
     SqiTarget t = Target(canvas, 0, 0, 1, 1);
     t.tint[0] = 0xF800;  // red 31
     t.tint[1] = 0x07E0;  // green 63
     t.tint[2] = 0x001F;  // blue 31
-    const auto file = sqi_test::Uniform(8, 8, kSqiModeTinted, 31, 32, 16, 255);
+    const auto file = Uniform(8, 8, kSqiModeTinted, 31, 32, 16, 255);
     ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), t));
     // s = value << (8 - bits): 248, 128, 128.
     const uint32_t r = 31 * 248 / 256, g = 63 * 128 / 256, b = 31 * 128 / 256;
@@ -152,16 +201,16 @@ TEST(SqiPixels, TintedModeScalesTheTintsAndAddsWithoutClamping) {
     SqiTarget o = Target(over, 0, 0, 1, 1);
     o.tint[0] = 0xF800;
     o.tint[1] = 0xF800;
-    const auto both = sqi_test::Uniform(8, 8, kSqiModeTinted, 31, 63, 0, 255);
+    const auto both = Uniform(8, 8, kSqiModeTinted, 31, 63, 0, 255);
     ASSERT_TRUE(Sqi_Draw(both.data(), both.size(), o));
     const uint32_t sum = 31 * 248 / 256 + 31 * 252 / 256;
     EXPECT_EQ(sum, 60u);
     EXPECT_EQ(over.At(0, 0), Sqi_PixelFrom565(((sum & 31) * 255) >> 8, 0, 0));
 }
 
-TEST(SqiDraw, ClipsToWidgetAndFramebuffer) {
+TEST(SqiDraw, ClipsToWidgetAndFramebufferAndRefusesShortFilesOrDrawsThemSafely) {
     DrawCanvas canvas(4, 4);
-    const auto file = sqi_test::Uniform(4, 4, 0, 31, 0, 0, 255);
+    const auto file = Uniform(4, 4, 0, 31, 0, 0, 255);
     // A widget hanging off the bottom-right corner.
     ASSERT_TRUE(Sqi_Draw(file.data(), file.size(), Target(canvas, 2, 2, 8, 8)));
     EXPECT_EQ(canvas.At(1, 1), 0u);
@@ -173,10 +222,7 @@ TEST(SqiDraw, ClipsToWidgetAndFramebuffer) {
     for (auto [x, y, drawn] :
          {std::tuple{2, 3, false}, {2, 4, true}, {7, 5, true}, {7, 6, false}, {8, 5, false}})
         EXPECT_EQ(wide.At(x, y) != 0u, drawn) << x << "," << y;
-}
-
-TEST(SqiDraw, ShortOrEmptyFilesAreRefusedOrDrawnSafely) {
-    DrawCanvas canvas(4, 4);
+    // Short or empty files are refused or drawn safely.
     const uint8_t header[4] = {1, 0, 1, 0};
     EXPECT_FALSE(Sqi_Draw(header, sizeof header, Target(canvas, 0, 0, 4, 4)));
     // A header with no planes: every plane reads as zeros, coverage 0.

@@ -6,16 +6,13 @@
 // more than that either. PELLUCIDA_REBASELINE=1 rewrites the pictures.
 #include "DrawCanvas.h"
 #include "ToolkitFixture.h"
-#include "host/Host.h"
 #include "host/HostFixture.h"
-#include "host/headless/Headless.h"
 #include "ui/MessageBox.h"
 #include "ui/ProgressDialog.h"
 #include "ui/Toolkit_AppEvent.h"
 #include "ui/widgets/LevelSetter.h"
 
 #include <fstream>
-#include <functional>
 
 namespace {
 
@@ -68,12 +65,6 @@ protected:
 
 void Ignore(Toolkit*, uint32_t, void*) {}
 
-struct Size {
-    uint32_t width, height;
-    const char* suffix;
-};
-constexpr Size kSizes[] = {{800, 480, "800x480"}, {1920, 1080, "1920x1080"}};
-
 void ShowBox(Toolkit* tk, int buttons) {
     if (buttons == 1)
         MessageBox_Show(tk, "Image saved", "The image was saved as M42_final.tif (16 bits per channel).",
@@ -91,15 +82,16 @@ void ShowBox(Toolkit* tk, int buttons) {
 // The test form alone (no buttons), then with each box over it.
 TEST_F(ToolkitGolden, TestFormAndMessageBoxes) {
     for (int buttons = 0; buttons <= 3; ++buttons) {
-        for (const Size& size : kSizes) {
-            SCOPED_TRACE(std::to_string(buttons) + " " + size.suffix);
-            Start(size.width, size.height);
+        for (auto [width, height] : {std::pair{800u, 480u}, {1920u, 1080u}}) {
+            const std::string size = std::to_string(width) + "x" + std::to_string(height);
+            SCOPED_TRACE(std::to_string(buttons) + " " + size);
+            Start(width, height);
             if (buttons > 0) {
                 ShowBox(tk(), buttons);
                 Toolkit_Dispatch(tk());
             }
             Compare((buttons ? "messagebox" + std::to_string(buttons) : std::string("testform")) + "_" +
-                    size.suffix);
+                    size);
             TearDown();
         }
     }
