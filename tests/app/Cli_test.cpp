@@ -191,8 +191,8 @@ TEST_F(CliTest, ReplayOfAProcessRunsLogGivesItsOutputFromTheLastLoad) {
     EXPECT_EQ(log.substr(second, log.rfind("File saved [") - second),
               log.substr(0, log.find("File saved [")));
 
-    // Of a log of several runs, only the steps after the last load are replayed.
-    ASSERT_EQ(RunCli({"process", bundled, "--rotate=900", "-o", Path("first.tif")}).status, 0);
+    // Of a log of several runs (the two above), only the steps after the last
+    // load are replayed.
     ASSERT_EQ(RunCli({"process", bundled, "--bin=5000", "-o", Path("second.tif")}).status, 0);
     ASSERT_EQ(RunCli({"replay", CopyOfLog(), bundled, "-o", Path("replay.tif")}).status, 0);
     EXPECT_EQ(ReadText(Path("replay.tif")), ReadText(Path("second.tif")));

@@ -38,14 +38,9 @@ protected:
     Shell shell;
 
     void SetUp() override {
-        const std::string archive = ToolkitTest_ArchivePath();
-        if (archive.empty()) GTEST_SKIP() << "no resources archive beside the tests";
+        shell.ui = ToolkitTest_Archived(800, 480, pixels.data());
+        if (!shell.ui) GTEST_SKIP() << "no resources archive beside the tests";
         Shell_Install(&shell);
-        shell.ui = Toolkit_CreateBare();
-        int code = 0;
-        shell.ui->archive = Resources_OpenPath(archive.c_str(), &code);
-        Toolkit_SetScreen(shell.ui.get(), 800, 480, 800, pixels.data());
-        Toolkit_SetMetricsFromScreen(shell.ui.get());
     }
     void TearDown() override {
         if (shell.module) Shell_LeaveModule(&shell, false);
@@ -73,10 +68,8 @@ protected:
 
 class ShellModuleTest : public ModuleFixture {
 protected:
-    void SetUp() override {
-        ModuleFixture::SetUp();
-        if (IsSkipped()) return;
-        // Large enough that a computation takes a while, and is previewed binned first.
+    // Large enough that a computation takes a while, and is previewed binned first.
+    ShellModuleTest() {
         shell.image = MakeImage(1600, 1200, 30, [](int32_t x, int32_t y, int) {
             return int64_t(((size_t(y) * 1600 + size_t(x)) * 2654435761u) % 1000003u) << 10;
         });
@@ -198,9 +191,7 @@ TEST_F(ShellModuleTest, CropCornersKeepsTheTurnAndEntersCropWithTheInnerRectangl
 // Crop on a 200 x 150 gradient (red = x << 20), small enough to be shown whole.
 class CropScreenTest : public ModuleFixture {
 protected:
-    void SetUp() override {
-        ModuleFixture::SetUp();
-        if (IsSkipped()) return;
+    CropScreenTest() {
         shell.image = Gradient(200, 150);
         shell.outcome = {false, false};  // shown as it is, not stretched
     }

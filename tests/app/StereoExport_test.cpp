@@ -61,11 +61,8 @@ protected:
     ExportSource source;
 
     void SetUp() override {
-        const std::string archive = ToolkitTest_ArchivePath();
-        if (archive.empty()) GTEST_SKIP() << "no resources archive beside the tests";
-        ui = Toolkit_CreateBare();
-        int code = 0;
-        ui->archive = Resources_OpenPath(archive.c_str(), &code);
+        ui = ToolkitTest_Archived(800, 480, nullptr);
+        if (!ui) GTEST_SKIP() << "no resources archive beside the tests";
         depth.reset(Stereo_DepthMap(image.get(), source.settings, nullptr));
         source.image = image.get();
         source.depth = depth.get();

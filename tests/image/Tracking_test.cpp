@@ -51,6 +51,13 @@ ImagePtr Noisy(int32_t width, int32_t height, uint32_t seed) {
     });
 }
 
+// A noisy image written to slot a, b as a plain record.
+ImagePtr WrittenNoisy(int a, int b, int32_t width, int32_t height, uint32_t seed) {
+    ImagePtr image = Noisy(width, height, seed);
+    EXPECT_TRUE(Tracking_WriteSlot(a, b, image.get(), false)) << "slot " << a << ", " << b;
+    return image;
+}
+
 // Words of the file are little-endian, as the planes are.
 uint32_t Word(const Bytes& bytes, size_t at) {
     uint32_t word;
@@ -114,8 +121,7 @@ TEST_F(TrackingStore, SlotFilesAreNamedByTheirTwoNumbersInTheDataFolder) {
     EXPECT_EQ(Slot(0, 9), dir_.Path() / "QV09.trk");
     EXPECT_EQ(Slot(10, 3).filename().string(), "QV:3.trk");  // no guard: 10 is the character after '9'
 
-    ImagePtr image = Noisy(5, 4, 1);
-    ASSERT_TRUE(Tracking_WriteSlot(0, 1, image.get(), false));
+    ImagePtr image = WrittenNoisy(0, 1, 5, 4, 1);
     EXPECT_EQ(dir_.Count(), 1u) << "nothing left pending";
     EXPECT_TRUE(fs::exists(Slot(0, 1)));
 }
@@ -207,17 +213,14 @@ TEST_F(TrackingStore, RoundTripIsExactAndPlanesSplitIntoBlocksOfEightMebibytesWh
 }
 
 TEST_F(TrackingStore, ReplacedRecordIsReusedForTheNextWriteAndCutToSize) {
-    ImagePtr large = Noisy(700, 500, 16);
-    ImagePtr small = Noisy(30, 20, 17);
-    ASSERT_TRUE(Tracking_WriteSlot(0, 1, large.get(), false));
+    ImagePtr large = WrittenNoisy(0, 1, 700, 500, 16);
     const Bytes first = ReadFileBytes(Slot(0, 1));
-    ImagePtr other = Noisy(700, 500, 18);
-    ASSERT_TRUE(Tracking_WriteSlot(0, 1, other.get(), false));
+    ImagePtr other = WrittenNoisy(0, 1, 700, 500, 18);
     EXPECT_EQ(ReadFileBytes(Tracking_SparePath()), first) << "the replaced record becomes the spare";
 
     // The spare is larger than the next record: what lands in the slot is
     // exactly the new record, nothing of the old one behind it.
-    ASSERT_TRUE(Tracking_WriteSlot(0, 2, small.get(), false));
+    ImagePtr small = WrittenNoisy(0, 2, 30, 20, 17);
     EXPECT_EQ(ParseRecord(ReadFileBytes(Slot(0, 2)), 4).size(), 3u);
     ExpectSlotHolds(0, 2, *small);
     ExpectSlotHolds(0, 1, *other);
@@ -225,10 +228,8 @@ TEST_F(TrackingStore, ReplacedRecordIsReusedForTheNextWriteAndCutToSize) {
 }
 
 TEST_F(TrackingStore, LinkRecordsNameTheSlotToReadAndLoopsAndMissingSlotsEndInNull) {
-    ImagePtr three = Noisy(9, 7, 7);
-    ImagePtr one = Noisy(9, 7, 8);
-    ASSERT_TRUE(Tracking_WriteSlot(3, 2, three.get(), false));
-    ASSERT_TRUE(Tracking_WriteSlot(1, 3, one.get(), false));  // same first number, other second
+    ImagePtr three = WrittenNoisy(3, 2, 9, 7, 7);
+    ImagePtr one = WrittenNoisy(1, 3, 9, 7, 8);  // same first number, other second
     ASSERT_TRUE(Tracking_WriteLink(1, 2, 3));
     EXPECT_EQ(ReadFileBytes(Slot(1, 2)), (Bytes{3, 0, 0, 0}));
     EXPECT_EQ(Tracking_ReadLink(1, 2), 3u);
@@ -300,8 +301,7 @@ TEST_F(TrackingStore, FailedWriteShowsTheSwapErrorAndKeepsTheEarlierState) {
     GTEST_SKIP() << "needs /dev/full to make a write fail half way";
 #else
     if (!fs::exists("/dev/full")) GTEST_SKIP() << "needs /dev/full to make a write fail half way";
-    ImagePtr earlier = Noisy(300, 200, 13);
-    ASSERT_TRUE(Tracking_WriteSlot(0, 1, earlier.get(), false));
+    ImagePtr earlier = WrittenNoisy(0, 1, 300, 200, 13);
     const Bytes earlierBytes = ReadFileBytes(Slot(0, 1));
 
     // The new contents land on a device that is always full.
@@ -332,8 +332,7 @@ TEST_F(TrackingStore, EveryKeptFuzzInputIsReadOrRefusedSafely) {
 // an impossible header it is refused; with a block that cannot be
 // decompressed it says "Error" and reading goes on.
 TEST_F(TrackingStore, DamagedSlotsAreRefusedAndASpoiltBlockIsZeroedWhileReadingGoesOn) {
-    ImagePtr image = Noisy(1100, 1000, 15);
-    ASSERT_TRUE(Tracking_WriteSlot(2, 2, image.get(), false));
+    ImagePtr image = WrittenNoisy(2, 2, 1100, 1000, 15);
     const Bytes good = ReadFileBytes(Slot(2, 2));
     std::string console;
     auto readWith = [&](const Bytes& bytes) {

@@ -56,6 +56,20 @@ inline std::unique_ptr<Toolkit> ToolkitTest_Screen(uint32_t w = 800, uint32_t h 
     return tk;
 }
 
+// A context with the archive the build made, its screen w x h drawn into
+// `pixels` (null: measured only); null when no archive lies beside the tests.
+inline std::unique_ptr<Toolkit> ToolkitTest_Archived(uint32_t w, uint32_t h, uint32_t* pixels) {
+    const std::string archive = ToolkitTest_ArchivePath();
+    if (archive.empty()) return nullptr;
+    auto tk = Toolkit_CreateBare();
+    int code = -1;
+    tk->archive = Resources_OpenPath(archive.c_str(), &code);
+    EXPECT_EQ(code, kResourceOk) << archive;
+    Toolkit_SetScreen(tk.get(), w, h, w, pixels);
+    Toolkit_SetMetricsFromScreen(tk.get());
+    return tk;
+}
+
 // Builds markup text under `parent` (the root when null).
 inline Widget* ToolkitTest_Load(Toolkit* tk, const std::string& markup, Widget* parent = nullptr,
                                 const char* name = "test.xml") {
@@ -71,16 +85,10 @@ protected:
     Widget* form = nullptr;
 
     void SetUp() override {
-        const std::string archive = ToolkitTest_ArchivePath();
-        if (archive.empty())
-            GTEST_SKIP() << "no resources archive beside the test program (build pellucida_resources)";
         framebuffer.assign(size_t(width) * height, 0);
-        tk = Toolkit_CreateBare();
-        int code = -1;
-        tk->archive = Resources_OpenPath(archive.c_str(), &code);
-        ASSERT_EQ(code, kResourceOk);
-        Toolkit_SetScreen(tk.get(), uint32_t(width), uint32_t(height), uint32_t(width), framebuffer.data());
-        Toolkit_SetMetricsFromScreen(tk.get());
+        tk = ToolkitTest_Archived(uint32_t(width), uint32_t(height), framebuffer.data());
+        if (!tk) GTEST_SKIP() << "no resources archive beside the test program (build pellucida_resources)";
+        ASSERT_NE(tk->archive, nullptr);
         ASSERT_TRUE(Toolkit_LoadFont(tk.get()));
         form = TestForm_Load(tk.get(), &content);
         ASSERT_NE(form, nullptr);

@@ -254,9 +254,7 @@ TEST(Win32Program, TheCloseQuestionAnsweredByClicksEndsTheProgramWithStatusZero)
     RECT client{};
     GetClientRect(window, &client);
 
-    auto tk = ToolkitTest_Screen(uint32_t(client.right), uint32_t(client.bottom));
-    int code = 0;
-    tk->archive = Resources_OpenPath(archive.c_str(), &code);
+    auto tk = ToolkitTest_Archived(uint32_t(client.right), uint32_t(client.bottom), nullptr);
     Toolkit_LoadFont(tk.get());
     const std::vector<Widget*> buttons =
         MessageBox_Buttons(MessageBox_Show(tk.get(), kCloseTitle, kCloseText, kMessageBoxError, nullptr,
