@@ -24,8 +24,9 @@ A coverage build, beside the others:
   cmake --build build/coverage
 
 The faults are planted in the checkout the build compiles, in place, and
-taken out again; nothing else may build from that checkout meanwhile. Script tests (windows, install) are not run for a
-fault and count as not catching it, so a LOST is on the safe side.
+taken out again; nothing else may build from that checkout meanwhile. Script
+tests (windows, install) are not run for a fault and count as not catching it,
+so a LOST is on the safe side.
 """
 import collections
 import glob

@@ -2,6 +2,7 @@
 // truncated headers.
 #include "formats/Bmp_Read.h"
 #include "image/Image.h"
+#include "support/LittleEndian.h"
 #include "support/TestImages.h"
 
 #include <gtest/gtest.h>
@@ -21,10 +22,6 @@ std::vector<int64_t> Planes(const ImageBuffer& image) {
     return out;
 }
 
-void Put32(std::vector<uint8_t>& out, size_t at, uint32_t v) {
-    for (int i = 0; i < 4; ++i) out[at + i] = uint8_t(v >> (8 * i));
-}
-
 // A BMP with a 40-byte info header (plus masks for compression 3); pixel bytes
 // are given per file row, already padded.
 std::vector<uint8_t> MakeBmp(int32_t width, int32_t height, uint32_t bits, uint32_t compression,
@@ -37,7 +34,7 @@ std::vector<uint8_t> MakeBmp(int32_t width, int32_t height, uint32_t bits, uint3
     fields.insert(fields.end(), masks.begin(), masks.end());
     std::vector<uint8_t> out = {'B', 'M'};
     out.resize(header);
-    for (size_t i = 0; i < fields.size(); ++i) Put32(out, 2 + 4 * i, fields[i]);
+    for (size_t i = 0; i < fields.size(); ++i) LittleEndian_Set(out, 2 + 4 * i, fields[i], 4);
     out.insert(out.end(), pixels.begin(), pixels.end());
     return out;
 }
@@ -54,8 +51,8 @@ TEST(BmpPixels, RowOrderPaddingAndChannelMasks) {
     // 10 bits a channel (red in bits 20..29, green 10..19, blue 0..9), and 5-6-5
     // in 32 bits, whose narrow channels stretch to the full range.
     std::vector<uint8_t> wide(4), narrow(4);
-    Put32(wide, 0, 1023u << 20 | 512u << 10 | 4u);
-    Put32(narrow, 0, 31u << 11 | 32u << 5 | 1u);
+    LittleEndian_Set(wide, 0, 1023u << 20 | 512u << 10 | 4u, 4);
+    LittleEndian_Set(narrow, 0, 31u << 11 | 32u << 5 | 1u, 4);
     const struct {
         const char* what;
         std::vector<uint8_t> bmp;
@@ -79,8 +76,8 @@ TEST(BmpPixels, RowOrderPaddingAndChannelMasks) {
 TEST(BmpRefused, UnsupportedDamagedOrTruncatedHeaders) {
     const std::vector<uint8_t> px(64, 7);
     auto core = MakeBmp(2, 2, 24, 0, px), offset = core;
-    Put32(core, 14, 12);
-    Put32(offset, 10, 0xFFFFFFF0);
+    LittleEndian_Set(core, 14, 12, 4);
+    LittleEndian_Set(offset, 10, 0xFFFFFFF0, 4);
     // 16 bits and palettes are refused seeds of the fuzz corpus.
     for (const auto& [what, bmp] :
          {std::pair{"RLE", MakeBmp(2, 2, 24, 1, px)},

@@ -152,8 +152,8 @@ protected:
         if (!std::getenv("PELLUCIDA_PRIVATE_BUS"))
             GTEST_SKIP() << "needs a private session bus: ctest runs these under dbus-run-session "
                             "(host.portal_dialogs)";
-        if (std::system("/usr/bin/python3 -c 'import dbusmock' 2>/dev/null") != 0)
-            GTEST_SKIP() << "needs python-dbusmock (Debian package python3-dbusmock)";
+        static const bool hasDbusmock = std::system("/usr/bin/python3 -c 'import dbusmock' 2>/dev/null") == 0;
+        if (!hasDbusmock) GTEST_SKIP() << "needs python-dbusmock (Debian package python3-dbusmock)";
     }
     void TearDown() override { Finish(); }
 

@@ -10,6 +10,7 @@
 #include "image/ImageFixtures.h"
 #include "support/Files.h"
 #include "support/FuzzReplay.h"
+#include "support/LittleEndian.h"
 #include "support/TestImages.h"
 
 #include <gmock/gmock.h>
@@ -60,9 +61,7 @@ ImagePtr WrittenNoisy(int a, int b, int32_t width, int32_t height, uint32_t seed
 
 // Words of the file are little-endian, as the planes are.
 uint32_t Word(const Bytes& bytes, size_t at) {
-    uint32_t word;
-    std::memcpy(&word, &bytes[at], 4);
-    return word;
+    return LittleEndian_Get(bytes, at, 4);
 }
 
 // The slot reads back with exactly the planes of `image`.

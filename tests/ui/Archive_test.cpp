@@ -3,6 +3,7 @@
 // archive the build makes, with the test form in it.
 #include "ToolkitFixture.h"
 #include "support/Files.h"
+#include "support/LittleEndian.h"
 #include "ui/archive/Resources_Archive.h"
 
 #include <algorithm>
@@ -40,9 +41,6 @@ struct Options {
 void PutBe32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
     for (int i = 0; i < 4; ++i) b[at + i] = uint8_t(v >> (24 - 8 * i));
 }
-void PutLe(std::vector<uint8_t>& b, size_t at, uint32_t v, int bytes) {
-    for (int i = 0; i < bytes; ++i) b[at + i] = uint8_t(v >> (8 * i));
-}
 
 // Byte offsets of what Build wrote, so tests can damage chosen fields.
 struct Layout {
@@ -70,7 +68,7 @@ std::vector<uint8_t> Build(const std::vector<Entry>& entries, const Options& opt
         heads[b] = uint16_t(s);
     }
     if (options.withIndex)
-        for (uint32_t b = 0; b < 8192; ++b) PutLe(records[0].data, 2 * b, heads[b], 2);
+        for (uint32_t b = 0; b < 8192; ++b) LittleEndian_Set(records[0].data, 2 * b, heads[b], 2);
     if (layout) layout->recordOffsets.assign(slots, 0);
     for (uint32_t s = 0; s < slots; ++s) {
         const uint32_t offset = uint32_t(file.size());
@@ -78,10 +76,10 @@ std::vector<uint8_t> Build(const std::vector<Entry>& entries, const Options& opt
         PutBe32(file, 78 + 8 * s, offset);
         const uint32_t headerLength = (24 + uint32_t(records[s].name.size()) + 1 + 3) & ~3u;
         std::vector<uint8_t> head(headerLength, 0);
-        PutLe(head, 4, headerLength, 4);
-        PutLe(head, 8, uint32_t(records[s].data.size()), 4);
-        PutLe(head, 12, 1, 2);
-        PutLe(head, 16, next[s], 2);
+        LittleEndian_Set(head, 4, headerLength, 4);
+        LittleEndian_Set(head, 8, uint32_t(records[s].data.size()), 4);
+        LittleEndian_Set(head, 12, 1, 2);
+        LittleEndian_Set(head, 16, next[s], 2);
         for (size_t i = 0; i < records[s].name.size(); ++i) head[24 + i] = uint8_t(records[s].name[i]);
         file.insert(file.end(), head.begin(), head.end());
         file.insert(file.end(), records[s].data.begin(), records[s].data.end());
@@ -166,7 +164,7 @@ TEST(ResourceArchiveLookup, TwoNamesInOneBucketAreBothFoundAndAMissingOneOrABrok
          {std::pair{0, kResourceNotFound}, {99, kResourceCorrupt}, {1, kResourceCorrupt}}) {
         Layout layout;
         std::vector<uint8_t> file = Build({{first, Bytes("one")}}, {}, &layout);
-        PutLe(file, layout.recordOffsets[1] + 16, uint32_t(next), 2);
+        LittleEndian_Set(file, layout.recordOffsets[1] + 16, uint32_t(next), 2);
         EXPECT_EQ(Open(file, "chain" + std::to_string(next))->OpenEntry(second), code) << next;
     }
 }

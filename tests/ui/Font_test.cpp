@@ -8,6 +8,7 @@
 // line box and how text wraps show in the specimen picture and the toolkit's
 // golden pictures.)
 #include "DrawCanvas.h"
+#include "support/LittleEndian.h"
 #include "ui/font/Font_Format.h"
 #include "ui/font/Utf8.h"
 
@@ -36,10 +37,7 @@ struct TestFont {
     std::vector<std::tuple<uint16_t, uint16_t, int16_t>> kerning;
 
     static void Put16(std::vector<uint8_t>& out, std::initializer_list<int> values) {
-        for (int v : values) {
-            out.push_back(uint8_t(v & 255));
-            out.push_back(uint8_t((v >> 8) & 255));
-        }
+        for (int v : values) LittleEndian_Append(out, uint64_t(v), 2);
     }
 
     std::vector<uint8_t> Bytes() const {
@@ -51,7 +49,7 @@ struct TestFont {
         out.resize(out.size() + 4 * glyphs.size());
         for (size_t i = 0; i < glyphs.size(); ++i) {
             const uint32_t at = uint32_t(out.size());
-            for (int b = 0; b < 4; ++b) out[offsets + 4 * i + b] = uint8_t(at >> (8 * b));
+            LittleEndian_Set(out, offsets + 4 * i, at, 4);
             const TestGlyph& g = glyphs[i];
             // Every delta as an i16: the long form, which the reader must take too.
             std::vector<uint8_t> counts, flags, xs, ys;
@@ -108,13 +106,6 @@ std::unique_ptr<Font> TestFont_LoadGlyphs(std::vector<TestGlyph> glyphs,
 constexpr Colour565 kWhite = 0xFFFF;
 const uint32_t kFull = Draw_PixelFrom565(kWhite);
 
-uint32_t U16(const std::vector<uint8_t>& b, size_t at) {
-    return b[at] | (uint32_t(b[at + 1]) << 8);
-}
-uint32_t U32(const std::vector<uint8_t>& b, size_t at) {
-    return U16(b, at) | (U16(b, at + 2) << 16);
-}
-
 // 'I' and the replacement glyph, kerned against itself.
 TestFont TwoGlyphs() {
     const TestGlyph r{.code = 0xFFFD, .advance = 10 * kFontSubUnits, .contours = {TestFont_Box(0, 0, 6, 6)}};
@@ -151,7 +142,7 @@ TEST(FontLoad, HandMadeEntryReadsBackAndEveryTruncationOrBrokenTableIsRefused) {
     EXPECT_TRUE(broken([](auto& c) { c[12] = 0xFF, c[13] = 0xFF; })) << "code points out of order";
     EXPECT_TRUE(broken([](auto& c) { c[16] = 5; })) << "a character of a missing glyph";
     EXPECT_TRUE(broken([](auto& c) { c[20] = 0xF0, c[21] = 0xFF; })) << "a glyph offset past the end";
-    const size_t glyph0 = U32(b, 20);
+    const size_t glyph0 = LittleEndian_Get(b, 20, 4);
     EXPECT_TRUE(broken([&](auto& c) { c[glyph0 + 8] = 200; })) << "more points than the body holds";
     EXPECT_TRUE(broken([&](auto& c) { c[glyph0 + 9] = 0; })) << "a contour starting off the curve";
     EXPECT_TRUE(broken([&](auto& c) { c[glyph0 + 1] = 200; })) << "a body past the end";

@@ -2,6 +2,7 @@
 // the quadtree rules for inert and zero-sized nodes, resampling and the pixel
 // operations of direct and tinted icons.
 #include "DrawCanvas.h"
+#include "support/LittleEndian.h"
 #include "ui/WidgetKinds.h"
 #include "ui/archive/Sqi_Decode.h"
 
@@ -42,18 +43,14 @@ BitWriter Nodes(const char* words, int width) {
     return w;
 }
 
-void PutLe(std::vector<uint8_t>& out, uint32_t v, int bytes) {
-    for (int i = 0; i < bytes; ++i) out.push_back(uint8_t(v >> (8 * i)));
-}
-
 // A whole file from four plane streams.
 std::vector<uint8_t> File(uint16_t w, uint16_t h, uint32_t mode, const BitWriter (&planes)[4]) {
     std::vector<uint8_t> out;
-    PutLe(out, w, 2);
-    PutLe(out, h, 2);
-    PutLe(out, mode, 4);
+    LittleEndian_Append(out, w, 2);
+    LittleEndian_Append(out, h, 2);
+    LittleEndian_Append(out, mode, 4);
     for (const BitWriter& p : planes) {
-        PutLe(out, uint32_t(p.bytes.size()), 4);
+        LittleEndian_Append(out, uint32_t(p.bytes.size()), 4);
         out.insert(out.end(), p.bytes.begin(), p.bytes.end());
     }
     return out;
